@@ -1,0 +1,200 @@
+// Look-ups in a schema, where its modules come from, and validation.
+#include "schema/schema.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+#include "schema/schema_reader.h"
+#include "schema/schema_storage.h"
+
+namespace bgp_platform::schema {
+
+namespace {
+
+struct ModuleFile {
+    std::string name;
+    std::string text;
+};
+
+std::string read_file(const std::filesystem::path& path)
+{
+    errno = 0;
+    std::ifstream file(path, std::ios::binary);
+    std::string text{std::istreambuf_iterator<char>(file), {}};
+    if (!file) {
+        throw SchemaError(path.string() + ": " + std::generic_category().message(errno));
+    }
+    return text;
+}
+
+// "router.yang" and "router@2026-11-21.yang" both hold the module "router".
+std::string module_name(const std::filesystem::path& path)
+{
+    const std::string stem = path.stem().string();
+    return stem.substr(0, stem.find('@'));
+}
+
+std::vector<ModuleFile> module_files(const std::string& folder)
+{
+    std::error_code error;
+    std::vector<std::filesystem::path> paths;
+    for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        if (at->path().extension() == ".yang") {
+            paths.push_back(at->path());
+        }
+    }
+    if (error) {
+        throw SchemaError(folder + ": " + error.message());
+    }
+    std::sort(paths.begin(), paths.end());
+    std::vector<ModuleFile> files;
+    for (const auto& path : paths) {
+        files.push_back({module_name(path), read_file(path)});
+    }
+    return files;
+}
+
+template <typename Matches>
+const Node* first_node(const std::vector<const Node*>& nodes, Matches matches)
+{
+    const auto at = std::find_if(nodes.begin(), nodes.end(), matches);
+    return at != nodes.end() ? *at : nullptr;
+}
+
+template <typename Modules, typename Matches>
+const Module* first_module(const Modules& modules, Matches matches)
+{
+    const auto at = std::find_if(modules.begin(), modules.end(), matches);
+    return at != modules.end() ? &*at : nullptr;
+}
+
+struct TreeDeleter {
+    void operator()(lyd_node* tree) const noexcept { lyd_free_all(tree); }
+};
+
+}  // namespace
+
+KeepMessages::KeepMessages(const ly_ctx* context) : context_(context), options_(ly_log_options(LY_LOSTORE))
+{
+    ly_err_clean(const_cast<ly_ctx*>(context_), nullptr);
+}
+
+KeepMessages::~KeepMessages()
+{
+    ly_err_clean(const_cast<ly_ctx*>(context_), nullptr);
+    ly_log_options(options_);
+}
+
+std::string KeepMessages::first_error() const
+{
+    const ly_err_item* item = ly_err_first(context_);
+    while (item != nullptr && item->level != LY_LLERR) {
+        item = item->next;
+    }
+    if (item == nullptr || item->msg == nullptr) {
+        return {};
+    }
+    return item->path != nullptr ? std::string(item->msg) + " (" + item->path + ")" : std::string(item->msg);
+}
+
+const Node* Node::child(std::string_view child_name) const noexcept
+{
+    return first_node(children, [=](const Node* node) { return node->name == child_name; });
+}
+
+const Node* Node::child(uint32_t child_tag) const noexcept
+{
+    return first_node(children, [=](const Node* node) { return node->tag == child_tag; });
+}
+
+std::string Node::path() const
+{
+    return (parent != nullptr ? parent->path() : std::string()) + "/" + name;
+}
+
+Schema::Schema() : storage_(std::make_unique<Storage>()) {}
+
+Schema::~Schema() = default;
+
+std::shared_ptr<const Schema> Schema::from_modules(const std::vector<ModuleText>& modules)
+{
+    return SchemaReader::read(modules);
+}
+
+std::shared_ptr<const Schema> Schema::from_folder(const std::string& folder)
+{
+    const std::vector<ModuleFile> files = module_files(folder);
+    if (files.empty()) {
+        throw SchemaError(folder + ": no *.yang file in it");
+    }
+    std::vector<ModuleText> modules;
+    for (const ModuleFile& file : files) {
+        modules.push_back({file.name, file.text});
+    }
+    return from_modules(modules);
+}
+
+std::shared_ptr<const Schema> Schema::builtin()
+{
+    static const std::shared_ptr<const Schema> schema = from_modules(builtin_modules());
+    return schema;
+}
+
+const Module* Schema::module_by_prefix(std::string_view prefix_or_name) const noexcept
+{
+    return first_module(storage_->modules, [=](const Module& module) {
+        return module.prefix == prefix_or_name || module.name == prefix_or_name;
+    });
+}
+
+const Module* Schema::module_by_hash(uint32_t hash) const noexcept
+{
+    return first_module(storage_->modules, [=](const Module& module) { return module.hash == hash; });
+}
+
+const Module* Schema::module_by_uri(std::string_view uri) const noexcept
+{
+    return first_module(storage_->modules, [=](const Module& module) { return module.uri == uri; });
+}
+
+const Node* Schema::top_node(std::string_view name, const Module* module) const noexcept
+{
+    const Node* found = nullptr;
+    for (const Node* node : top_) {
+        if (node->name != name || (module != nullptr && node->module != module)) {
+            continue;
+        }
+        if (found != nullptr) {
+            return nullptr;
+        }
+        found = node;
+    }
+    return found;
+}
+
+const char* Schema::name_of(uint32_t hash) const noexcept
+{
+    const auto at = storage_->names.find(hash);
+    return at != storage_->names.end() ? at->second->c_str() : nullptr;
+}
+
+std::string Schema::validate(const std::string& xml) const
+{
+    const ly_ctx* const context = storage_->context.get();
+    const KeepMessages messages(context);
+    lyd_node* read = nullptr;
+    const LY_ERR result = lyd_parse_data_mem(context, xml.c_str(), LYD_XML, LYD_PARSE_STRICT | LYD_PARSE_NO_STATE,
+                                             LYD_VALIDATE_NO_STATE, &read);
+    const std::unique_ptr<lyd_node, TreeDeleter> tree(read);
+    if (result == LY_SUCCESS) {
+        return {};
+    }
+    const std::string message = messages.first_error();
+    return message.empty() ? std::string("not valid: ") + std::to_string(result) : message;
+}
+
+}  // namespace bgp_platform::schema

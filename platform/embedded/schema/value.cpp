@@ -1,0 +1,231 @@
+// The memory behind values, and their order.
+#include "schema/value.h"
+
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <utility>
+
+namespace bgp_platform::schema {
+
+// The bytes lie right behind the head.
+struct Value::Block {
+    uint32_t references;
+    uint32_t size;
+
+    unsigned char* bytes() noexcept { return reinterpret_cast<unsigned char*>(this + 1); }
+
+    static Block* make(const void* bytes, std::size_t size)
+    {
+        if (size > std::numeric_limits<uint32_t>::max()) {
+            throw std::length_error("a value of more than 4 GiB");
+        }
+        auto* const block = new (::operator new(sizeof(Block) + size)) Block{1, static_cast<uint32_t>(size)};
+        std::memcpy(block->bytes(), bytes, size);
+        return block;
+    }
+};
+
+Value::Value(const Value& other) noexcept : meta_(other.meta_)
+{
+    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+    if (has_block()) {
+        ++block()->references;
+    }
+}
+
+Value::Value(Value&& other) noexcept : meta_(std::exchange(other.meta_, uint8_t{0}))
+{
+    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+}
+
+Value& Value::operator=(const Value& other) noexcept
+{
+    if (this != &other) {
+        *this = Value(other);
+    }
+    return *this;
+}
+
+Value& Value::operator=(Value&& other) noexcept
+{
+    if (this != &other) {
+        release();
+        std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+        meta_ = std::exchange(other.meta_, uint8_t{0});
+    }
+    return *this;
+}
+
+void Value::drop_block() noexcept
+{
+    Block* const shared = block();
+    if (--shared->references == 0) {
+        ::operator delete(shared);
+    }
+}
+
+template <typename T>
+Value Value::scalar(Kind kind, const T& content) noexcept
+{
+    static_assert(sizeof content <= kInPlace);
+    Value value;
+    std::memcpy(value.bytes_, &content, sizeof content);
+    value.meta_ = static_cast<uint8_t>(static_cast<unsigned>(kind) << 4);
+    return value;
+}
+
+Value Value::of_bytes(Kind in_place, Kind long_kind, std::string_view bytes)
+{
+    if (bytes.size() > kInPlace) {
+        return scalar(long_kind, Block::make(bytes.data(), bytes.size()));
+    }
+    Value value;
+    if (!bytes.empty()) {
+        std::memcpy(value.bytes_, bytes.data(), bytes.size());
+    }
+    value.meta_ = static_cast<uint8_t>(static_cast<unsigned>(in_place) << 4 | bytes.size());
+    return value;
+}
+
+Value Value::present() noexcept
+{
+    return scalar(Kind::Present, '\0');
+}
+
+Value Value::of_int(int64_t number) noexcept
+{
+    return scalar(Kind::Int, number);
+}
+
+Value Value::of_uint(uint64_t number) noexcept
+{
+    return scalar(Kind::Uint, number);
+}
+
+Value Value::of_enum(int32_t number) noexcept
+{
+    return scalar(Kind::Enum, number);
+}
+
+Value Value::of_bool(bool flag) noexcept
+{
+    return scalar(Kind::Bool, static_cast<unsigned char>(flag ? 1 : 0));
+}
+
+Value Value::of_ipv4(in_addr address) noexcept
+{
+    return scalar(Kind::Ipv4, address);
+}
+
+Value Value::of_ipv6(const in6_addr& address)
+{
+    return scalar(Kind::Ipv6, Block::make(&address, sizeof address));
+}
+
+Value Value::of_ipv4_prefix(in_addr address, uint8_t length) noexcept
+{
+    Value value = scalar(Kind::Ipv4Prefix, address);
+    value.bytes_[sizeof address] = length;
+    return value;
+}
+
+Value Value::of_text(std::string_view text)
+{
+    return of_bytes(Kind::Text, Kind::LongText, text);
+}
+
+Value Value::of_octets(std::string_view octets)
+{
+    return of_bytes(Kind::Octets, Kind::LongOctets, octets);
+}
+
+in6_addr Value::as_ipv6() const noexcept
+{
+    in6_addr address;
+    std::memcpy(&address, block()->bytes(), sizeof address);
+    return address;
+}
+
+std::string_view Value::bytes() const noexcept
+{
+    if (has_block()) {
+        return {reinterpret_cast<const char*>(block()->bytes()), block()->size};
+    }
+    return {reinterpret_cast<const char*>(bytes_), meta_ & 0x0FU};
+}
+
+std::size_t Value::block_bytes() const noexcept
+{
+    return has_block() ? sizeof(Block) + block()->size : 0;
+}
+
+namespace {
+
+template <typename T>
+int order(T left, T right) noexcept
+{
+    return static_cast<int>(left > right) - static_cast<int>(left < right);
+}
+
+int order_bytes(std::string_view left, std::string_view right) noexcept
+{
+    const int by_bytes = left.compare(right);
+    return order(by_bytes, 0);
+}
+
+// Where a value's bytes lie does not tell its place among others.
+Value::Kind order_kind(const Value& value) noexcept
+{
+    switch (value.kind()) {
+        case Value::Kind::LongText:
+            return Value::Kind::Text;
+        case Value::Kind::LongOctets:
+            return Value::Kind::Octets;
+        default:
+            return value.kind();
+    }
+}
+
+int order_ipv4(const Value& left, const Value& right) noexcept
+{
+    return order(ntohl(left.as_ipv4().s_addr), ntohl(right.as_ipv4().s_addr));
+}
+
+int order_ipv4_prefix(const Value& left, const Value& right) noexcept
+{
+    const int by_address = order_ipv4(left, right);
+    return by_address != 0 ? by_address : order(left.prefix_length(), right.prefix_length());
+}
+
+}  // namespace
+
+int compare(const Value& left, const Value& right) noexcept
+{
+    const Value::Kind kind = order_kind(left);
+    if (kind != order_kind(right)) {
+        return order(kind, order_kind(right));
+    }
+    switch (kind) {
+        case Value::Kind::Int:
+            return order(left.as_int(), right.as_int());
+        case Value::Kind::Uint:
+            return order(left.as_uint(), right.as_uint());
+        case Value::Kind::Enum:
+            return order(left.as_enum(), right.as_enum());
+        case Value::Kind::Bool:
+            return order(left.as_bool(), right.as_bool());
+        case Value::Kind::Ipv4:
+            return order_ipv4(left, right);
+        case Value::Kind::Ipv4Prefix:
+            return order_ipv4_prefix(left, right);
+        case Value::Kind::Ipv6:
+        case Value::Kind::Text:
+        case Value::Kind::Octets:
+            return order_bytes(left.bytes(), right.bytes());
+        default:
+            return 0;
+    }
+}
+
+}  // namespace bgp_platform::schema

@@ -1,0 +1,114 @@
+// One stored value in sixteen bytes: what a leaf of the configuration holds.
+//
+// A value does not carry its ConfD type; the leaf's schema::Type gives it its meaning (type.h). Text and octets up to
+// fifteen bytes lie in place, longer ones and IPv6 addresses in a shared, immutable block, so that copying a value never
+// copies bytes. Values belong to one thread: the reference counts are plain integers.
+#pragma once
+
+#include <netinet/in.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace bgp_platform::schema {
+
+class Value {
+public:
+    enum class Kind : uint8_t {
+        Absent,      // nothing is set
+        Present,     // a presence container that is there, or a leaf of YANG type empty
+        Int,         // signed number of any width
+        Uint,        // unsigned number of any width
+        Enum,        // the integer of an enumeration
+        Bool,        //
+        Ipv4,        // four octets, network order
+        Ipv6,        // sixteen octets, in a block
+        Ipv4Prefix,  // four octets and a length
+        Text,        // up to 15 bytes in place
+        LongText,    // in a block
+        Octets,      // up to 15 bytes in place
+        LongOctets,  // in a block
+    };
+
+    static constexpr std::size_t kInPlace = 15;
+
+    Value() noexcept = default;
+    Value(const Value& other) noexcept;
+    Value(Value&& other) noexcept;
+    Value& operator=(const Value& other) noexcept;
+    Value& operator=(Value&& other) noexcept;
+    ~Value() { release(); }
+
+    static Value present() noexcept;
+    static Value of_int(int64_t number) noexcept;
+    static Value of_uint(uint64_t number) noexcept;
+    static Value of_enum(int32_t number) noexcept;
+    static Value of_bool(bool flag) noexcept;
+    static Value of_ipv4(in_addr address) noexcept;
+    static Value of_ipv6(const in6_addr& address);
+    static Value of_ipv4_prefix(in_addr address, uint8_t length) noexcept;
+    static Value of_text(std::string_view text);
+    static Value of_octets(std::string_view octets);
+
+    Kind kind() const noexcept { return static_cast<Kind>(meta_ >> 4); }
+    bool absent() const noexcept { return meta_ == 0; }
+    explicit operator bool() const noexcept { return !absent(); }
+    bool is_text() const noexcept { return kind() == Kind::Text || kind() == Kind::LongText; }
+    bool is_octets() const noexcept { return kind() == Kind::Octets || kind() == Kind::LongOctets; }
+
+    // Each accessor is for the kind it names; the caller knows the kind from the type or has asked kind().
+    int64_t as_int() const noexcept { return load<int64_t>(); }
+    uint64_t as_uint() const noexcept { return load<uint64_t>(); }
+    int32_t as_enum() const noexcept { return load<int32_t>(); }
+    bool as_bool() const noexcept { return bytes_[0] != 0; }
+    in_addr as_ipv4() const noexcept { return load<in_addr>(); }  // of an Ipv4Prefix too
+    in6_addr as_ipv6() const noexcept;
+    uint8_t prefix_length() const noexcept { return bytes_[sizeof(in_addr)]; }
+    std::string_view bytes() const noexcept;  // of text and octets; valid while a copy of this value lives and stays put
+
+    // The bytes of memory that the value's block takes, 0 for a value in place (shared blocks count for each holder).
+    std::size_t block_bytes() const noexcept;
+
+private:
+    struct Block;  // reference count, size, bytes
+
+    template <typename T>
+    T load() const noexcept
+    {
+        T number;
+        std::memcpy(&number, bytes_, sizeof number);
+        return number;
+    }
+    template <typename T>
+    static Value scalar(Kind kind, const T& content) noexcept;
+    static Value of_bytes(Kind in_place, Kind long_kind, std::string_view bytes);
+    Block* block() const noexcept { return load<Block*>(); }
+    bool has_block() const noexcept
+    {
+        return kind() == Kind::LongText || kind() == Kind::LongOctets || kind() == Kind::Ipv6;
+    }
+    void release() noexcept
+    {
+        if (has_block()) {
+            drop_block();
+        }
+    }
+    void drop_block() noexcept;
+
+    alignas(8) unsigned char bytes_[kInPlace] = {};
+    uint8_t meta_ = 0;  // kind in the high half, the length of text and octets in place in the low half
+};
+
+static_assert(sizeof(Value) == 16);
+
+// The order of list keys: numbers by value, enumerations by their integer, text and octets by bytes (a prefix first),
+// addresses by their octets; values of different kinds (a union's members) in the order of the kinds. Negative, 0, positive.
+int compare(const Value& left, const Value& right) noexcept;
+
+inline bool operator==(const Value& left, const Value& right) noexcept { return compare(left, right) == 0; }
+inline bool operator!=(const Value& left, const Value& right) noexcept { return compare(left, right) != 0; }
+inline bool operator<(const Value& left, const Value& right) noexcept { return compare(left, right) < 0; }
+
+}  // namespace bgp_platform::schema
