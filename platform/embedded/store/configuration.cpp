@@ -1,0 +1,245 @@
+// Look-ups and writes by path. A write first looks whether it can be done, and unshares the road to its place only
+// then, so that a refused write leaves everything shared.
+#include "store/configuration.h"
+
+#include <algorithm>
+
+namespace bgp_platform::store {
+namespace {
+
+using schema::Node;
+using schema::NodeKind;
+using schema::Value;
+
+const Row* find_entry(const Row& around, const Selector& selector) noexcept
+{
+    const List& list = around.list(selector.list->slot);
+    return selector.position >= 0 ? list.at(static_cast<std::size_t>(selector.position))
+                                  : list.find(selector.keys.data(), selector.keys.size());
+}
+
+// The row that the first `count` selectors lead to; null when one of the entries is not there.
+const Row* follow(const Row& root, const std::vector<Selector>& selectors, std::size_t count) noexcept
+{
+    const Row* row = &root;
+    for (std::size_t i = 0; row != nullptr && i < count; ++i) {
+        row = find_entry(*row, selectors[i]);
+    }
+    return row;
+}
+
+// The same for writing; every entry is there.
+Row& follow_for_edit(Row& root, const std::vector<Selector>& selectors, std::size_t count)
+{
+    Row* row = &root;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Row& entry = *find_entry(*row, selectors[i]);
+        row = row->list(selectors[i].list->slot).edit(entry.keys(), entry.record().keys);
+    }
+    return *row;
+}
+
+// How many selectors lead to the row whose slot is the path's node: without the one that picks an entry of it.
+std::size_t selectors_around(const Path& path) noexcept
+{
+    return path.names_entry() ? path.entries.size() - 1 : path.entries.size();
+}
+
+// Whether every presence container between the node and its row is there.
+bool place_exists(const Row& row, const Node& node) noexcept
+{
+    for (const Node* around = node.parent; around != nullptr && !around->is_list(); around = around->parent) {
+        if (around->kind == NodeKind::Presence && row.value(around->slot).absent()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool has_content(const Row& row, const Node& node) noexcept
+{
+    if (node.is_list()) {
+        return !row.list(node.slot).empty();
+    }
+    if (node.kind != NodeKind::Container && row.value(node.slot)) {
+        return true;
+    }
+    return std::any_of(node.children.begin(), node.children.end(),
+                       [&](const Node* child) { return has_content(row, *child); });
+}
+
+void clear_content(Row& row, const Node& node) noexcept
+{
+    if (node.is_list()) {
+        row.list(node.slot).clear();
+        return;
+    }
+    if (node.kind != NodeKind::Container) {
+        row.value(node.slot) = Value();
+    }
+    for (const Node* child : node.children) {
+        clear_content(row, *child);
+    }
+}
+
+void set_key(Row& row, const std::vector<Value>& keys) noexcept
+{
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        row.value(static_cast<uint16_t>(i)) = keys[i];
+    }
+}
+
+}  // namespace
+
+Configuration::Configuration(std::shared_ptr<const schema::Schema> schema)
+    : schema_(std::move(schema)), root_(schema_->root())
+{
+}
+
+const Row* Configuration::find_row(const Path& path) const noexcept
+{
+    return follow(*root_, path.entries, path.entries.size());
+}
+
+// The row around the path's node, where a value or entry of it can stand; null when something on the way is not there.
+const Row* Configuration::find_place(const Path& path) const noexcept
+{
+    const Row* row = follow(*root_, path.entries, selectors_around(path));
+    return row != nullptr && (path.node == nullptr || place_exists(*row, *path.node)) ? row : nullptr;
+}
+
+Row& Configuration::edit_place(const Path& path)
+{
+    return follow_for_edit(root_.edit(), path.entries, selectors_around(path));
+}
+
+Row* Configuration::edit_row(const Path& path)
+{
+    return find_row(path) == nullptr ? nullptr : &follow_for_edit(root_.edit(), path.entries, path.entries.size());
+}
+
+Value Configuration::get(const Path& leaf) const noexcept
+{
+    const Row* row = find_place(leaf);
+    if (row == nullptr || leaf.node == nullptr || leaf.node->is_list() || leaf.node->kind == NodeKind::Container) {
+        return Value();
+    }
+    const Value& value = row->value(leaf.node->slot);
+    return value ? value : leaf.node->default_value;
+}
+
+const List* Configuration::find_list(const Path& list) const noexcept
+{
+    const Row* row = find_place(list);
+    return row != nullptr && list.node != nullptr && list.node->is_list() ? &row->list(list.node->slot) : nullptr;
+}
+
+std::size_t Configuration::count(const Path& list) const noexcept
+{
+    const List* entries = find_list(list);
+    return entries == nullptr ? 0 : entries->size();
+}
+
+bool Configuration::exists(const Path& path) const noexcept
+{
+    if (path.names_entry()) {
+        return find_row(path) != nullptr;
+    }
+    if (path.node == nullptr || path.node->kind == NodeKind::Container) {
+        return find_place(path) != nullptr;
+    }
+    return path.node->is_list() ? count(path) > 0 : !get(path).absent();
+}
+
+Result Configuration::create(const Path& path)
+{
+    if (!path.names_entry() && (path.node == nullptr || path.node->kind != NodeKind::Presence)) {
+        return Result::NotCreatable;
+    }
+    if (find_place(path) == nullptr) {
+        return Result::NotFound;
+    }
+    if (exists(path)) {
+        return Result::AlreadyExists;
+    }
+    if (!path.names_entry()) {
+        edit_place(path).value(path.node->slot) = Value::present();
+        return Result::Ok;
+    }
+    const std::vector<Value>& keys = path.entries.back().keys;
+    if (keys.size() != path.node->entry->keys) {
+        return Result::NotCreatable;  // by position or with a part of the key: no entry could be told from others
+    }
+    RowRef entry(*path.node->entry);
+    set_key(entry.edit(), keys);
+    edit_place(path).list(path.node->slot).insert(std::move(entry));
+    return Result::Ok;
+}
+
+Result Configuration::remove(const Path& path)
+{
+    if (path.node == nullptr) {
+        return Result::NotDeletable;
+    }
+    const Row* place = find_place(path);
+    if (place == nullptr) {
+        return Result::NotFound;
+    }
+    if (path.names_entry()) {
+        const Row* entry = find_row(path);
+        if (entry == nullptr) {
+            return Result::NotFound;
+        }
+        edit_place(path).list(path.node->slot).take(entry->keys(), entry->record().keys);
+        return Result::Ok;
+    }
+    if (path.node->key) {
+        return Result::NotDeletable;
+    }
+    if (!has_content(*place, *path.node)) {
+        return Result::NotFound;
+    }
+    clear_content(edit_place(path), *path.node);
+    return Result::Ok;
+}
+
+Result Configuration::set(const Path& leaf, Value value)
+{
+    if (leaf.node == nullptr || leaf.node->kind != NodeKind::Leaf || value.absent()) {
+        return Result::NotWritable;
+    }
+    const Row* place = find_place(leaf);
+    if (place == nullptr) {
+        return Result::NotFound;
+    }
+    if (place->value(leaf.node->slot) == value) {
+        return Result::Ok;
+    }
+    if (leaf.node->key) {
+        return Result::NotWritable;
+    }
+    edit_place(leaf).value(leaf.node->slot) = std::move(value);
+    return Result::Ok;
+}
+
+Result Configuration::move(const Path& entry, const std::vector<Value>& to_key)
+{
+    if (!entry.names_entry() || entry.node->kind != NodeKind::List || to_key.size() != entry.node->entry->keys) {
+        return Result::NotMovable;
+    }
+    const Row* row = find_row(entry);
+    if (row == nullptr || find_place(entry) == nullptr) {
+        return Result::NotFound;
+    }
+    const Row* there = find_list(entry)->find(to_key.data(), to_key.size());
+    if (there != nullptr) {
+        return there == row ? Result::Ok : Result::AlreadyExists;
+    }
+    List& list = edit_place(entry).list(entry.node->slot);
+    RowRef moved = list.take(row->keys(), row->record().keys);
+    set_key(moved.edit(), to_key);
+    list.insert(std::move(moved));
+    return Result::Ok;
+}
+
+}  // namespace bgp_platform::store

@@ -1,0 +1,103 @@
+// A configuration: the typed tree of one datastore, and the operations that a management API needs on it.
+//
+// A copy of a configuration shares everything with the original until either is written. Absent is not failed: look-ups
+// return null or an absent value, and only writes answer with a Result.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "schema/schema.h"
+#include "store/list.h"
+#include "store/row.h"
+
+namespace bgp_platform::store {
+
+// One list on the way of a path, and which entry of it is meant.
+struct Selector {
+    const schema::Node* list = nullptr;  // list or leaf-list
+    std::vector<schema::Value> keys;     // the whole key, or empty when `position` is given
+    std::ptrdiff_t position = -1;        // the n-th entry from 0
+};
+
+// A place in the tree: a node below the entries that the selectors pick, outermost first. A path whose last selector is
+// of `node` itself names that entry; otherwise a list or leaf-list node names the whole list.
+struct Path {
+    const schema::Node* node = nullptr;  // null: the root
+    std::vector<Selector> entries;
+
+    bool names_entry() const noexcept { return !entries.empty() && entries.back().list == node; }
+};
+
+enum class Result {
+    Ok,
+    NotFound,       // the thing asked for, or an entry on the way to it
+    AlreadyExists,  //
+    NotDeletable,   // a key leaf
+    NotCreatable,   // a leaf, or a container without presence
+    NotMovable,     // not a list entry
+    NotWritable,    // a key leaf with another value than the entry's, or a node that cannot be set
+};
+
+class Configuration {
+public:
+    explicit Configuration(std::shared_ptr<const schema::Schema> schema);
+
+    const schema::Schema& schema() const noexcept { return *schema_; }
+    const std::shared_ptr<const schema::Schema>& schema_ref() const noexcept { return schema_; }
+    const Row& root() const noexcept { return *root_; }
+    const RowRef& root_ref() const noexcept { return root_; }
+
+    // The row whose slots hold the path's node; for a path that names an entry, that entry. Null when an entry on the
+    // way is not there.
+    const Row* find_row(const Path& path) const noexcept;
+
+    // A leaf's value: its default when nothing is set and the entry and presence containers around it are there; absent
+    // otherwise.
+    schema::Value get(const Path& leaf) const noexcept;
+
+    // The entries of a list or leaf-list; null when an entry on the way is not there.
+    const List* find_list(const Path& list) const noexcept;
+    std::size_t count(const Path& list) const noexcept;  // 0 below an entry that is not there
+
+    // An entry; a leaf that is set or has a default; a presence container; a container whose row is there; a list or
+    // leaf-list with at least one entry.
+    bool exists(const Path& path) const noexcept;
+
+    // The writes. One that is not Ok changes nothing, and unshares nothing. All answer NotFound when an entry or a
+    // presence container around the path's node is not there.
+
+    // Creates an entry with nothing but its key, a leaf-list entry, or a presence container. AlreadyExists;
+    // NotCreatable for other nodes, and for an entry whose selector has not the whole key.
+    [[nodiscard]] Result create(const Path& path);
+
+    // Takes away an entry with all below it, a leaf-list entry, a leaf's value, or the whole content of a list or
+    // container (of a presence container the container too). NotFound when there is nothing, a default does not count;
+    // NotDeletable for a key leaf and the root.
+    [[nodiscard]] Result remove(const Path& path);
+
+    // Sets a leaf; it never creates the entry. A key leaf takes its entry's own value (Ok) and no other (NotWritable);
+    // NotWritable also for a node that is no leaf, and for an absent value.
+    [[nodiscard]] Result set(const Path& leaf, schema::Value value);
+
+    // Gives a list entry another key, keeping all below it. Onto its own key it is Ok and nothing changes;
+    // AlreadyExists when another entry has the key; NotMovable for what is not a list entry, and for a part of a key.
+    [[nodiscard]] Result move(const Path& entry, const std::vector<schema::Value>& to_key);
+
+    // The root row for a loader that builds a configuration from nothing (unshared).
+    Row& edit_root() { return root_.edit(); }
+
+    // The row of the path for writing, every row and node on the way unshared; null when an entry on the way is not
+    // there.
+    Row* edit_row(const Path& path);
+
+private:
+    const Row* find_place(const Path& path) const noexcept;
+    Row& edit_place(const Path& path);  // what find_place() finds, unshared with every row and node on the way
+
+    std::shared_ptr<const schema::Schema> schema_;
+    RowRef root_;
+};
+
+}  // namespace bgp_platform::store

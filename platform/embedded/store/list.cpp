@@ -1,0 +1,317 @@
+// Look-ups and writes of a list's tree. A write goes down by recursion, unsharing each node on its road, and puts
+// sizes, lowest rows and splits right on its way back.
+#include "store/list.h"
+
+#include <algorithm>
+
+namespace bgp_platform::store {
+namespace {
+
+constexpr std::size_t kFanOut = ListNode::kFanOut;
+constexpr std::size_t kFirstRoom = 2;
+constexpr std::size_t kMergedMost = kFanOut / 2;  // neighbours are merged when they hold no more than that together
+
+// A key tuple to look for.
+struct Tuple {
+    const schema::Value* keys;
+    std::size_t count;
+
+    bool behind(const Row& row) const noexcept { return compare_key(row, keys, count) < 0; }
+    bool at_or_behind(const Row& row) const noexcept { return compare_key(row, keys, count) <= 0; }
+};
+
+// How many references of the node, from the left, begin with a row that passes; those that pass come first.
+template <typename Passes>
+std::size_t count_passing(const ListNode& node, Passes passes) noexcept
+{
+    std::size_t low = 0;
+    std::size_t high = node.count;
+    while (low < high) {
+        const std::size_t middle = (low + high) / 2;
+        if (passes(node.lowest_at(middle))) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    return low;
+}
+
+// The first row of the tree that does not pass; those that pass come first.
+template <typename Passes>
+const Row* first_not_passing(const ListNode* node, Passes passes) noexcept
+{
+    const Row* next = nullptr;  // the first row to the right of `node`
+    while (node != nullptr) {
+        const std::size_t passing = count_passing(*node, passes);
+        if (passing < node->count) {
+            next = &node->lowest_at(passing);
+        }
+        if (node->leaf || passing == 0) {
+            return next;
+        }
+        node = node->children()[passing - 1].get();
+    }
+    return nullptr;
+}
+
+// The reference of a node below which the tuple's row is or belongs.
+std::size_t position_of(const ListNode& node, const Tuple& tuple) noexcept
+{
+    const std::size_t passing = count_passing(node, [&](const Row& row) { return tuple.at_or_behind(row); });
+    return passing == 0 ? 0 : passing - 1;
+}
+
+void count_rows(ListNode* node) noexcept
+{
+    node->size = node->leaf ? node->count : 0;
+    for (std::size_t i = 0; !node->leaf && i < node->count; ++i) {
+        node->size += node->children()[i]->size;
+    }
+    node->lowest = node->count == 0 ? nullptr : &node->lowest_at(0);
+}
+
+RowRef* references(ListNode* node, const RowRef& /*kind*/) noexcept
+{
+    return node->rows();
+}
+
+ListNodeRef* references(ListNode* node, const ListNodeRef& /*kind*/) noexcept
+{
+    return node->children();
+}
+
+// Moves the references of `from` behind position `first` to the end of `to`, which has room for them.
+void move_references(ListNode* from, std::size_t first, ListNode* to) noexcept
+{
+    const auto move_to_end = [&](auto* source, auto* target) {
+        std::move(source + first, source + from->count, target + to->count);
+    };
+    if (from->leaf) {
+        move_to_end(from->rows(), to->rows());
+    } else {
+        move_to_end(from->children(), to->children());
+    }
+    to->count = static_cast<uint16_t>(to->count + from->count - first);
+    from->count = static_cast<uint16_t>(first);
+}
+
+// Gives an unshared node room for `wanted` references.
+void make_room(ListNodeRef* node, std::size_t wanted)
+{
+    if (wanted <= (*node)->room) {
+        return;
+    }
+    ListNodeRef roomier(
+        ListNode::make((*node)->leaf, std::min(kFanOut, std::max(wanted, std::size_t{2} * (*node)->room))));
+    move_references(&node->edit(), 0, &roomier.edit());
+    *node = std::move(roomier);
+}
+
+// Puts a reference into an unshared node that is not full.
+template <typename Reference>
+void put(ListNodeRef* place, std::size_t position, Reference reference)
+{
+    make_room(place, (*place)->count + std::size_t{1});
+    ListNode& node = place->edit();
+    Reference* all = references(&node, reference);
+    std::move_backward(all + position, all + node.count, all + node.count + 1);
+    all[position] = std::move(reference);
+    ++node.count;
+    count_rows(&node);
+}
+
+// Puts a reference into an unshared node and counts its rows anew. When the node is full it is split and what was split
+// off, to its right, is returned; at its right end the node is left full, so that rows that come in order fill the
+// tree.
+template <typename Reference>
+ListNodeRef put_or_split(ListNodeRef* place, std::size_t position, Reference reference)
+{
+    if ((*place)->count < kFanOut) {
+        put(place, position, std::move(reference));
+        return {};
+    }
+    if (position == kFanOut) {
+        ListNodeRef right(ListNode::make((*place)->leaf, kFirstRoom));
+        put(&right, 0, std::move(reference));
+        count_rows(&place->edit());
+        return right;
+    }
+    ListNodeRef right(ListNode::make((*place)->leaf, kFanOut));
+    move_references(&place->edit(), kFanOut / 2, &right.edit());
+    if (position <= kFanOut / 2) {
+        put(place, position, std::move(reference));
+        count_rows(&right.edit());
+    } else {
+        put(&right, position - kFanOut / 2, std::move(reference));
+        count_rows(&place->edit());
+    }
+    return right;
+}
+
+// Inserts a row whose key is not there yet; returns what was split off from the node, if anything.
+ListNodeRef insert_below(ListNodeRef* place, const Tuple& key, RowRef row)
+{
+    ListNode& node = place->edit();
+    if (node.leaf) {
+        const std::size_t position = count_passing(node, [&](const Row& other) { return key.behind(other); });
+        return put_or_split(place, position, std::move(row));
+    }
+    const std::size_t position = position_of(node, key);
+    ListNodeRef split = insert_below(&node.children()[position], key, std::move(row));
+    if (split) {
+        return put_or_split(place, position + 1, std::move(split));
+    }
+    ++node.size;
+    node.lowest = &node.lowest_at(0);
+    return {};
+}
+
+// Takes a reference out of an unshared node, which may be empty then; its size is not counted anew.
+template <typename Reference>
+Reference pull(ListNode* node, Reference* all, std::size_t position) noexcept
+{
+    Reference pulled = std::move(all[position]);
+    std::move(all + position + 1, all + node->count, all + position);
+    --node->count;
+    return pulled;
+}
+
+// Merges the child at `position` with its right neighbour when both are small.
+bool merge_with_next(ListNode* parent, std::size_t position)
+{
+    if (position + 1 >= parent->count) {
+        return false;
+    }
+    ListNodeRef* children = parent->children();
+    if (children[position]->count + children[position + 1]->count > static_cast<int>(kMergedMost)) {
+        return false;
+    }
+    children[position].edit();
+    make_room(&children[position], kMergedMost);
+    move_references(&children[position + 1].edit(), 0, &children[position].edit());
+    count_rows(&children[position].edit());
+    pull(parent, children, position + 1);
+    return true;
+}
+
+// Takes out the row with that key, which is there.
+RowRef take_below(ListNodeRef* place, const Tuple& key)
+{
+    ListNode& node = place->edit();
+    const std::size_t position = position_of(node, key);
+    RowRef taken;
+    if (node.leaf) {
+        taken = pull(&node, node.rows(), position);
+    } else {
+        taken = take_below(&node.children()[position], key);
+        if (node.children()[position]->count == 0) {
+            pull(&node, node.children(), position);
+        } else if (!merge_with_next(&node, position) && position > 0) {
+            merge_with_next(&node, position - 1);
+        }
+    }
+    --node.size;
+    node.lowest = node.count == 0 ? nullptr : &node.lowest_at(0);
+    return taken;
+}
+
+// Unshares the road to the row with that key, which is there.
+Row& edit_below(ListNodeRef* place, const Tuple& key)
+{
+    ListNode& node = place->edit();
+    const std::size_t position = position_of(node, key);
+    Row& row = node.leaf ? node.rows()[position].edit() : edit_below(&node.children()[position], key);
+    node.lowest = &node.lowest_at(0);
+    return row;
+}
+
+std::size_t bytes_below(const ListNode& node) noexcept
+{
+    std::size_t bytes = node.block_bytes();
+    for (std::size_t i = 0; !node.leaf && i < node.count; ++i) {
+        bytes += bytes_below(*node.children()[i]);
+    }
+    return bytes;
+}
+
+}  // namespace
+
+const Row* List::find(const schema::Value* keys, std::size_t count) const noexcept
+{
+    const Row* row = find_from(keys, count);
+    return row != nullptr && compare_key(*row, keys, count) == 0 ? row : nullptr;
+}
+
+const Row* List::at(std::size_t position) const noexcept
+{
+    if (position >= size()) {
+        return nullptr;
+    }
+    const ListNode* node = root_.get();
+    while (!node->leaf) {
+        const ListNodeRef* child = node->children();
+        for (; position >= (*child)->size; ++child) {
+            position -= (*child)->size;
+        }
+        node = child->get();
+    }
+    return node->rows()[position].get();
+}
+
+const Row* List::find_from(const schema::Value* keys, std::size_t count) const noexcept
+{
+    const Tuple tuple{keys, count};
+    return first_not_passing(root_.get(), [&](const Row& row) { return tuple.behind(row); });
+}
+
+const Row* List::find_after(const schema::Value* keys, std::size_t count) const noexcept
+{
+    const Tuple tuple{keys, count};
+    return first_not_passing(root_.get(), [&](const Row& row) { return tuple.at_or_behind(row); });
+}
+
+Row* List::edit(const schema::Value* keys, std::size_t count)
+{
+    return find(keys, count) == nullptr ? nullptr : &edit_below(&root_, Tuple{keys, count});
+}
+
+bool List::insert(RowRef row)
+{
+    const Tuple key{row->keys(), row->record().keys};
+    if (find(key.keys, key.count) != nullptr) {
+        return false;
+    }
+    if (!root_) {
+        root_ = ListNodeRef(ListNode::make(true, kFirstRoom));
+    }
+    if (ListNodeRef split = insert_below(&root_, key, std::move(row))) {
+        ListNodeRef top(ListNode::make(false, kFirstRoom));
+        put(&top, 0, std::move(root_));
+        put(&top, 1, std::move(split));
+        root_ = std::move(top);
+    }
+    return true;
+}
+
+RowRef List::take(const schema::Value* keys, std::size_t count)
+{
+    if (find(keys, count) == nullptr) {
+        return {};
+    }
+    RowRef taken = take_below(&root_, Tuple{keys, count});
+    if (root_->count == 0) {
+        clear();
+    }
+    while (root_ && !root_->leaf && root_->count == 1) {
+        root_ = ListNodeRef(root_->children()[0]);
+    }
+    return taken;
+}
+
+std::size_t List::node_bytes() const noexcept
+{
+    return root_ ? bytes_below(*root_) : 0;
+}
+
+}  // namespace bgp_platform::store
