@@ -1,0 +1,40 @@
+// VRF numbers: VRF v has the components from base + step * v on. Base and step are the device's settings.
+//
+// The inverse holds for a step of 65536 and more. A number below the base belongs to no VRF and is counted to the
+// global one.
+#include "libvrfid.h"
+
+#include "middleware/middleware_state.h"
+
+namespace libvrfid {
+
+namespace {
+
+struct Numbering {
+    uint32_t base;
+    uint32_t step;
+};
+
+Numbering numbering()
+{
+    const bgp_platform::MiddlewareState defaults;
+    const bgp_platform::MiddlewareState* const device = bgp_platform::current_middleware();
+    const bgp_platform::MiddlewareState& settings = device == nullptr ? defaults : *device;
+    return {settings.vrf_base, settings.vrf_step};
+}
+
+}  // namespace
+
+uint32_t VrfId::ComponentFromVrf(uint32_t vrf_index)
+{
+    const auto [base, step] = numbering();
+    return base + step * vrf_index;
+}
+
+uint32_t VrfId::VrfFromComponent(uint32_t component)
+{
+    const auto [base, step] = numbering();
+    return component < base || step == 0 ? 0 : (component - base) / step;
+}
+
+}  // namespace libvrfid

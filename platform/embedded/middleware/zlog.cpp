@@ -1,0 +1,73 @@
+// The calls of zlog that the trace functions use: each line goes to the device of the process, whatever its level. Left
+// out of the build where the system's zlog is used.
+#include "zlog.h"
+
+#include <map>
+#include <string>
+
+#include "middleware/format.h"
+#include "middleware/middleware_state.h"
+
+struct zlog_category_s {
+    std::string name;
+};
+
+namespace {
+
+// By name; a map keeps its elements in place, so that a category is known by its address. Never destroyed, since traces
+// may come from destructors of static objects.
+std::map<std::string, zlog_category_s>& categories()
+{
+    static auto* const all = new std::map<std::string, zlog_category_s>;
+    return *all;
+}
+
+}  // namespace
+
+extern "C" {
+
+int zlog_init(const char* /*config*/)
+{
+    return 0;
+}
+
+void zlog_fini(void)
+{
+    categories().clear();
+}
+
+zlog_category_t* zlog_get_category(const char* name)
+{
+    if (name == nullptr) {
+        return nullptr;
+    }
+    return &categories().try_emplace(name, zlog_category_s{name}).first->second;
+}
+
+void vzlog(zlog_category_t* category, const char* file, size_t filelen, const char* func, size_t funclen, long line,
+           int level, const char* format, va_list args)
+{
+    const bgp_platform::MiddlewareState* const device = bgp_platform::current_middleware();
+    if (category == nullptr || device == nullptr || !device->on_trace) {
+        return;
+    }
+    bgp_platform::TraceLine trace;
+    trace.category = category->name;
+    trace.level = level;
+    trace.source.assign(file, filelen);
+    trace.function.assign(func, funclen);
+    trace.line = line;
+    trace.text = bgp_platform::format_text(format, args);
+    device->on_trace(trace);
+}
+
+void zlog(zlog_category_t* category, const char* file, size_t filelen, const char* func, size_t funclen, long line,
+          int level, const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    vzlog(category, file, filelen, func, funclen, line, level, format, args);
+    va_end(args);
+}
+
+}  // extern "C"

@@ -1,0 +1,52 @@
+#include "registry.h"
+
+#include <algorithm>
+
+#include "capi/endpoint.h"
+#include "device.h"
+
+namespace bgp_platform {
+
+Registry& Registry::instance()
+{
+    static auto* const registry = new Registry;  // outlives every static object that may still call the API
+    return *registry;
+}
+
+void Registry::add(Device* device)
+{
+    devices_.push_back(device);
+}
+
+void Registry::remove(Device* device) noexcept
+{
+    devices_.erase(std::remove(devices_.begin(), devices_.end(), device), devices_.end());
+    for (auto endpoint = endpoints.begin(); endpoint != endpoints.end();) {
+        endpoint = endpoint->second->device == device ? endpoints.erase(endpoint) : std::next(endpoint);
+    }
+}
+
+bool Registry::lives(const Device* device) const noexcept
+{
+    return std::find(devices_.begin(), devices_.end(), device) != devices_.end();
+}
+
+Device* Registry::current() const noexcept
+{
+    return devices_.empty() ? nullptr : devices_.back();
+}
+
+Device* Registry::at_port(uint16_t port) const noexcept
+{
+    const auto found = std::find_if(devices_.rbegin(), devices_.rend(),
+                                    [port](const Device* device) { return device->port() == port; });
+    return found == devices_.rend() ? nullptr : *found;
+}
+
+MiddlewareState* current_middleware() noexcept
+{
+    Device* const device = Registry::instance().current();
+    return device == nullptr ? nullptr : &device->middleware();
+}
+
+}  // namespace bgp_platform
