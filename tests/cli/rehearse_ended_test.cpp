@@ -1,0 +1,154 @@
+// Upgrades that do not return: each way of ending is told, ends only the rehearsal, leaves no output, and keeps the
+// log.
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/fake_library.h"
+
+namespace bgp_test {
+namespace {
+
+using nlohmann::json;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+
+class RehearseEnded : public RehearseTest {
+protected:
+    // Runs an update with that body, asking for an output over an old one, which must stay as it was.
+    CommandResult run_body(const std::string& body, std::vector<std::string> more = {})
+    {
+        const std::string output = folder.file("out.xml", "the old content");
+        std::vector<std::string> arguments = {"run", config, "--library", fake_library(folder, body), "-o", output};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        CommandResult result = rehearse(arguments);
+        EXPECT_EQ(content_of(output), "the old content");
+        EXPECT_THAT(folder.names(), Not(Contains(testing::StartsWith(".bgp-rehearse"))));
+        return result;
+    }
+
+    json ended(const std::string& body)
+    {
+        const CommandResult result = run_body(body, {"--json"});
+        EXPECT_EQ(result.status, 1) << result.err;
+        const json document = json::parse(result.out);
+        EXPECT_EQ(document["result"], nullptr);
+        EXPECT_EQ(document["changes"], json::array());
+        return document["ended"];
+    }
+};
+
+constexpr char kFault[] = R"(
+    log("before");
+    nzmw_gen_fault(1, "CreateThing", "src/daemon/things", 42, "No thing");
+    exit(1);)";
+
+TEST_F(RehearseEnded, Fault_IsToldWithItsPlace)
+{
+    const CommandResult result = run_body(kFault);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.out, HasSubstr("did not return: fault\n"
+                                      "            function  CreateThing\n"
+                                      "            source    src/daemon/things:42\n"
+                                      "            text      No thing\n"));
+    EXPECT_THAT(result.out, Not(HasSubstr("Changes")));
+    EXPECT_EQ(result.err,
+              "bgp-rehearse: the upgrade ended in a fault in CreateThing (src/daemon/things:42): No thing; " +
+                  (folder / "out.xml") + " is not written\n");
+}
+
+TEST_F(RehearseEnded, FaultInJson_HasAllMembers)
+{
+    EXPECT_EQ(ended(kFault), json({{"kind", "fault"},
+                                   {"function", "CreateThing"},
+                                   {"source", "src/daemon/things"},
+                                   {"line", 42},
+                                   {"text", "No thing"},
+                                   {"signal", 0},
+                                   {"status", 1}}));
+}
+
+TEST_F(RehearseEnded, Assertion_IsToldWithItsExpression)
+{
+    const json assertion = ended("assert(1 + 1 == 3); return 0;");
+    EXPECT_EQ(assertion["kind"], "assertion");
+    EXPECT_EQ(assertion["text"], "1 + 1 == 3");
+    EXPECT_EQ(assertion["function"], "int update(int, int, int)");
+    EXPECT_EQ(assertion["source"], folder / "fake_library.cpp");
+    EXPECT_EQ(assertion["signal"], SIGABRT);
+}
+
+TEST_F(RehearseEnded, Signal_IsToldByName)
+{
+    constexpr char kCrash[] = "signal(SIGSEGV, SIG_DFL); raise(SIGSEGV); return 0;";
+    const CommandResult result = run_body(kCrash);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.out, HasSubstr("did not return: SIGSEGV"));
+    EXPECT_EQ(ended(kCrash)["signal"], SIGSEGV);
+}
+
+TEST_F(RehearseEnded, Kill_LeavesTheOldFile)
+{
+    EXPECT_EQ(ended("kill(getpid(), SIGKILL); return 0;")["signal"], SIGKILL);
+}
+
+TEST_F(RehearseEnded, Exit_IsToldEvenWithStatusZero)
+{
+    const json exited = ended("exit(0);");
+    EXPECT_EQ(exited["kind"], "exit");
+    EXPECT_EQ(exited["status"], 0);
+    EXPECT_THAT(run_body("exit(7);").out, HasSubstr("did not return: an exit with status 7"));
+}
+
+TEST_F(RehearseEnded, Exception_IsToldWithItsText)
+{
+    const json thrown = ended("throw std::runtime_error(\"out of things\");");
+    EXPECT_EQ(thrown["kind"], "exception");
+    EXPECT_EQ(thrown["text"], "out of things");
+    EXPECT_EQ(ended("throw 5;")["kind"], "exception");
+}
+
+TEST_F(RehearseEnded, LogFile_HoldsEveryLineUpToTheEnd)
+{
+    const std::string log = folder / "upgrade.log";
+    const CommandResult result =
+        run_body("log(\"one\\n\"); log(\"two\"); kill(getpid(), SIGKILL); return 0;", {"--log", log});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(content_of(log), "one\ntwo\n");
+}
+
+TEST_F(RehearseEnded, LogInReport_HoldsEveryLineUpToTheEnd)
+{
+    EXPECT_THAT(run_body(kFault, {"--log", "-"}).out, HasSubstr("Log:\n  before\n"));
+}
+
+TEST_F(RehearseEnded, LogInJson_HoldsEveryLineUpToTheEnd)
+{
+    EXPECT_EQ(json::parse(run_body(kFault, {"--json"}).out)["log"], json({"before"}));
+}
+
+TEST_F(RehearseEnded, ControlCharactersInAFault_AreEscaped)
+{
+    const CommandResult result = run_body("nzmw_gen_fault(1, \"f\", \"s\", 1, \"red \\033[31m\\nnext\"); exit(1);");
+    EXPECT_THAT(result.out, HasSubstr("red \\x1b[31m\\nnext"));
+    EXPECT_THAT(result.err, HasSubstr("red \\x1b[31m\\nnext"));
+}
+
+TEST_F(RehearseEnded, ProcessLeftBehind_DoesNotHoldUpTheReport)
+{
+    EXPECT_EQ(ended("if (fork() == 0) { for (;;) pause(); } _exit(9);")["status"], 9);
+}
+
+TEST_F(RehearseEnded, FaultThatDoesNotEndTheUpgrade_IsInTheSummary)
+{
+    const std::string library = fake_library(folder, "nzmw_gen_fault(1, \"f\", \"src/s\", 5, \"odd\"); return 0;");
+    const CommandResult result = rehearse({"run", config, "--library", library});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, HasSubstr("returned 0"));
+    EXPECT_THAT(result.out, HasSubstr("f (src/s:5): odd"));
+    EXPECT_EQ(rehearse({"run", config, "--library", library, "--strict"}).status, 3);
+}
+
+}  // namespace
+}  // namespace bgp_test

@@ -1,0 +1,47 @@
+// Runs code in a child process, so that whatever it does ends only that process.
+#pragma once
+
+#include <csignal>
+#include <functional>
+#include <string_view>
+
+namespace bgp_rehearse {
+
+// While it lives, the signals that ask the command to end (SIGINT, SIGTERM, SIGHUP, those that are not ignored) wait,
+// so that temporary files are removed before the command goes. Make it before the files, so that it outlives them: what
+// still waits then strikes.
+class InterruptGuard {
+public:
+    InterruptGuard();
+    ~InterruptGuard();
+    InterruptGuard(const InterruptGuard&) = delete;
+    InterruptGuard& operator=(const InterruptGuard&) = delete;
+
+    int descriptor() const noexcept
+    {
+        return descriptor_;
+    }                               // readable when a signal waits, the end of a child included
+    int take() const noexcept;      // the next waiting signal, 0 when there is none
+    void release() const noexcept;  // signals strike again; for the child
+
+private:
+    sigset_t before_;
+    int descriptor_;
+};
+
+// How a child ended: by exit with a status, by a signal of its own, or killed because the command was interrupted.
+struct ChildEnd {
+    int status = 0;
+    int signal = 0;
+    int interrupted_by = 0;
+};
+
+// Forks, and runs `body` in the child with a descriptor to send lines to the parent through; the child ends with the
+// body's result as its exit status and runs no destructors or exit handlers. The parent calls `on_line` for each line
+// that comes, without its line end, until the child is gone. What the child started ends with it, and the child ends
+// with the parent. In the child, standard output leads to standard error and standard input is empty. Throws
+// CommandError when no process can be made.
+ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(int channel)>& body,
+                      const std::function<void(std::string_view)>& on_line);
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,16 @@
+// The device of a rehearsal: set up as the command line says, and loaded with the stored configuration.
+#pragma once
+
+#include "device.h"
+#include "options.h"
+#include "report.h"
+
+namespace bgp_rehearse {
+
+// A device with the configuration loaded; throws CommandError (BadInput) when it cannot be. It is never freed: that
+// would take a big configuration apart row by row, and the process ends soon.
+bgp_platform::Device& load_device(const RunOptions& options);
+
+ConfigurationSize size_of(const bgp_platform::store::Configuration& configuration);
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,40 @@
+// The command line of bgp-rehearse.
+#pragma once
+
+#include <netinet/in.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "exit_status.h"
+
+namespace bgp_rehearse {
+
+// What `bgp-rehearse run` was asked to do.
+struct RunOptions {
+    std::string configuration;        // the file to upgrade
+    std::string library;              // empty: the library that belongs to this build
+    std::string output;               // where the upgraded configuration goes; empty: nowhere
+    std::string log;                  // where the upgrade log goes; "-": into the report; empty: nowhere
+    std::vector<in_addr> interfaces;  // the device's IPv4 interface addresses, in order
+    uint32_t user_profile = 0;        // of the forwarding resources
+    bool json = false;
+    bool strict = false;
+    bool commit_check = false;
+
+    bool log_in_report() const noexcept { return log == "-"; }
+    bool log_in_file() const noexcept { return !log.empty() && !log_in_report(); }
+};
+
+// What a command line comes to: something to run, or a status to exit with at once (help and version were printed, or a
+// message about the command line was).
+struct CommandLine {
+    std::optional<RunOptions> run;
+    ExitStatus status = ExitStatus::Ok;
+};
+
+CommandLine parse_command_line(int argc, const char* const* argv);
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,51 @@
+// A file that appears whole or not at all: it is written under another name in the same folder and renamed when it is
+// done.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+namespace bgp_rehearse {
+
+// The file that a name of the command line stands for: a symbolic link is followed, also one whose target is not there.
+// Throws CommandError, naming the option, when it could not be replaced: its folder is missing or not writable, or it
+// is there and is no ordinary file or is write-protected.
+std::string replaceable_file(const std::string& option, const std::string& name);
+
+// Throws CommandError when the two names stand for one file, whatever links lead to it: writing the one would lose the
+// other.
+void refuse_same_file(const std::string& option, const std::string& name, const std::string& what,
+                      const std::string& other);
+
+class OutputFile {
+public:
+    // Makes the temporary file, empty, with the mode of the file that it will replace, else as the umask says. `target`
+    // comes from replaceable_file(). Throws CommandError (BadInput).
+    OutputFile(const std::string& option, std::string target);
+
+    // Removes the temporary file when it was not put in place.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    int descriptor() const noexcept { return descriptor_; }
+    const std::string& target() const noexcept { return target_; }
+
+    // Puts the file in place: content, then name, both on the disk when this returns. Throws CommandError (NotWritten)
+    // with the old file untouched.
+    void put_in_place();
+
+private:
+    void make_temporary(const std::string& option, mode_t mode);
+
+    std::string target_;
+    std::string folder_;
+    std::string temporary_;  // empty once it is in place
+    int descriptor_ = -1;
+};
+
+// Writes all of the text to a descriptor. False: it failed, and errno says why.
+[[nodiscard]] bool write_all(int descriptor, const char* text, std::size_t size) noexcept;
+
+}  // namespace bgp_rehearse

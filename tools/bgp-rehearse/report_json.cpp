@@ -1,0 +1,126 @@
+#include "report_json.h"
+
+#include <nlohmann/json.hpp>
+
+namespace bgp_rehearse {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using bgp_platform::capi::Function;
+
+Json ended_json(const Ended& ended)
+{
+    return {{"kind", name_of(ended.kind)}, {"function", ended.function}, {"source", ended.source}, {"line", ended.line},
+            {"text", ended.text},          {"signal", ended.signal},     {"status", ended.status}};
+}
+
+Json fault_json(const bgp_platform::Fault& fault)
+{
+    return {{"function", fault.function}, {"source", fault.source}, {"line", fault.line}, {"text", fault.text}};
+}
+
+Json calls_json(const bgp_platform::capi::CallCounts& counts)
+{
+    Json calls = Json::object();
+    for (std::size_t i = 0; i < bgp_platform::capi::kFunctions; ++i) {
+        if (counts.calls[i] > 0) {
+            calls[bgp_platform::capi::name_of(static_cast<Function>(i))] = {{"calls", counts.calls[i]},
+                                                                            {"failures", counts.failures[i]}};
+        }
+    }
+    return calls;
+}
+
+Json failed_writes_json(const bgp_platform::capi::CallCounts& counts)
+{
+    Json failed = Json::array();
+    for (const bgp_platform::capi::FailedCall& call : counts.failed_writes) {
+        failed.push_back({{"function", bgp_platform::capi::name_of(call.function)},
+                          {"error", call.error},
+                          {"message", call.message}});
+    }
+    return failed;
+}
+
+Json value_json(const Leaf& leaf, const std::optional<std::string>& value)
+{
+    return value ? Json(shown(leaf, *value)) : Json(nullptr);
+}
+
+Json leaves_json(const Change& change)
+{
+    Json leaves = Json::object();
+    for (const Leaf& leaf : change.leaves) {
+        switch (change.kind) {
+            case Change::Kind::Created:
+                leaves[leaf.name] = value_json(leaf, leaf.after);
+                break;
+            case Change::Kind::Deleted:
+                leaves[leaf.name] = value_json(leaf, leaf.before);
+                break;
+            case Change::Kind::Moved:
+                break;
+            case Change::Kind::Changed:
+                leaves[leaf.name] = {{"before", value_json(leaf, leaf.before)},
+                                     {"after", value_json(leaf, leaf.after)}};
+                break;
+        }
+    }
+    return leaves;
+}
+
+// A change, and after it those of the entries below it.
+void add_change(const Change& change, const std::string& around, Json* changes)
+{
+    const std::string list = around.empty() ? change.list : around + "/" + change.list;
+    const std::string path = list + braced(change.key);
+    Json json = {{"path", path.empty() ? "/" : path}, {"change", name_of(change.kind)}};
+    if (change.kind == Change::Kind::Moved) {
+        json["from"] = list + braced(change.from);
+    }
+    json["leaves"] = leaves_json(change);
+    changes->push_back(std::move(json));
+    for (const Change& below : change.below) {
+        add_change(below, path, changes);
+    }
+}
+
+Json changes_json(const std::vector<Change>& all)
+{
+    Json changes = Json::array();
+    for (const Change& change : all) {
+        add_change(change, "", &changes);
+    }
+    return changes;
+}
+
+Json check_json(const std::optional<std::string>& check)
+{
+    return check ? Json{{"valid", check->empty()}, {"message", *check}} : Json(nullptr);
+}
+
+}  // namespace
+
+std::string json_report(const Report& report)
+{
+    Json document;
+    document["version"] = BGP_REHEARSE_VERSION;
+    document["configuration"] = report.configuration;
+    document["library"] = report.library;
+    document["loaded"] = {{"entries", report.loaded.entries}, {"values", report.loaded.values}};
+    document["result"] = report.ended ? Json(nullptr) : Json(report.result);
+    document["ended"] = report.ended ? ended_json(*report.ended) : Json(nullptr);
+    document["calls"] = calls_json(report.calls);
+    document["failed_writes"] = failed_writes_json(report.calls);
+    document["faults"] = Json::array();
+    for (const bgp_platform::Fault& fault : report.faults) {
+        document["faults"].push_back(fault_json(fault));
+    }
+    document["check"] = check_json(report.check);
+    document["changes"] = changes_json(report.changes);
+    document["log"] = report.log;
+    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,247 @@
+#include "report_text.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <string_view>
+
+#include "text_escape.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+constexpr std::size_t kShownFailures = 5;
+constexpr std::size_t kNarrowestNames = 28;  // so that values of neighbouring entries stand under each other
+
+class TextReport {
+public:
+    TextReport(const Report& report, bool colour) : report_(report), colour_(colour) {}
+
+    std::string write()
+    {
+        summary();
+        if (!report_.ended) {
+            changes();
+        }
+        if (report_.show_log) {
+            log();
+        }
+        return std::move(out_);
+    }
+
+private:
+    template <typename... Arguments>
+    void line(fmt::format_string<Arguments...> format, Arguments&&... arguments)
+    {
+        fmt::format_to(std::back_inserter(out_), format, std::forward<Arguments>(arguments)...);
+        out_ += '\n';
+    }
+
+    std::string painted(std::string_view text, const char* colour) const
+    {
+        return colour_ ? fmt::format("\033[{}m{}\033[0m", colour, text) : std::string(text);
+    }
+    std::string bold(std::string_view text) const { return painted(text, "1"); }
+    std::string red(std::string_view text) const { return painted(text, "31"); }
+    std::string green(std::string_view text) const { return painted(text, "32"); }
+    std::string yellow(std::string_view text) const { return painted(text, "33"); }
+
+    void fact(std::string_view name, std::string_view text) { line("  {:<10}{}", name, text); }
+    void more(std::string_view text) { fact("", text); }
+
+    void summary();
+    void ending(const Ended& ended);
+    void returned();
+    void failures();
+    void changes();
+    void totals(const ChangeTotals& totals);
+    void change(const Change& change, std::size_t indent);
+    void leaf(const Leaf& leaf, bool changed, std::size_t indent, std::size_t width);
+    void leaves(const Change& change, std::size_t indent);
+    void log();
+
+    const Report& report_;
+    bool colour_;
+    std::string out_;
+};
+
+std::string grouped(std::size_t number)
+{
+    std::string text = std::to_string(number);
+    for (std::size_t place = text.size(); place > 3; place -= 3) {
+        text.insert(place - 3, ",");
+    }
+    return text;
+}
+
+// "1 entry", "2,000 entries"
+std::string counted(std::size_t number, std::string_view one, std::string_view many)
+{
+    return fmt::format("{} {}", grouped(number), number == 1 ? one : many);
+}
+
+void TextReport::summary()
+{
+    line("{}", bold("Rehearsal of " + escaped(report_.configuration)));
+    fact("library", escaped(report_.library));
+    fact("loaded", fmt::format("{}, {}", counted(report_.loaded.entries, "entry", "entries"),
+                               counted(report_.loaded.values, "value", "values")));
+    if (report_.ended) {
+        ending(*report_.ended);
+    } else {
+        returned();
+    }
+}
+
+void TextReport::ending(const Ended& ended)
+{
+    const bool reported = !ended.function.empty() || !ended.text.empty();
+    fact("update",
+         red(fmt::format("did not return: {}",
+                         ended.kind == Ended::Kind::Signal || !reported ? describe(ended) : name_of(ended.kind))));
+    if (!ended.function.empty()) {
+        more("function  " + escaped(ended.function));
+        more(fmt::format("source    {}:{}", escaped(ended.source), ended.line));
+    }
+    if (!ended.text.empty()) {
+        more("text      " + escaped(ended.text));
+    }
+}
+
+void TextReport::returned()
+{
+    const std::size_t failed = report_.calls.failed_write_count();
+    const std::string failed_text = fmt::format("({} failed)", grouped(failed));
+    fact("update",
+         fmt::format("returned {}: {}, {}, {} {}", report_.result, counted(report_.log.size(), "log line", "log lines"),
+                     counted(report_.calls.reads(), "read", "reads"),
+                     counted(report_.calls.writes(), "write", "writes"), failed > 0 ? red(failed_text) : failed_text));
+    failures();
+    if (report_.check) {
+        fact("check", report_.check->empty() ? std::string("the result is valid")
+                                             : red("the result is not valid: " + escaped(*report_.check)));
+    }
+}
+
+void TextReport::failures()
+{
+    const auto& kept = report_.calls.failed_writes;
+    const std::size_t shown = std::min(kept.size(), kShownFailures);
+    for (std::size_t i = 0; i < shown; ++i) {
+        // The text of the API names the function and the path.
+        fact(i == 0 ? "failed" : "", escaped(kept[i].message));
+    }
+    if (report_.calls.failed_write_count() > shown) {
+        more(fmt::format("and {} more", grouped(report_.calls.failed_write_count() - shown)));
+    }
+    for (const bgp_platform::Fault& fault : report_.faults) {
+        fact("fault", red(fmt::format("{} ({}:{}): {}", escaped(fault.function), escaped(fault.source), fault.line,
+                                      escaped(fault.text))));
+    }
+}
+
+void TextReport::changes()
+{
+    if (report_.changes.empty()) {
+        line("{}", bold("Changes: none"));
+        return;
+    }
+    totals(count_changes(report_.changes));
+    const std::string* list = nullptr;
+    for (const Change& each : report_.changes) {
+        if (list == nullptr || *list != each.list) {
+            list = &each.list;
+            line("  {}", bold(list->empty() ? "/" : escaped(*list)));
+        }
+        change(each, 4);
+    }
+}
+
+void TextReport::totals(const ChangeTotals& totals)
+{
+    std::string text = fmt::format("Changes: {} created, {} deleted", counted(totals.created, "entry", "entries"),
+                                   grouped(totals.deleted));
+    if (totals.moved > 0) {
+        text += fmt::format(", {} moved", grouped(totals.moved));
+    }
+    text += fmt::format(", {} set", counted(totals.leaves_set, "leaf", "leaves"));
+    if (totals.leaves_removed > 0) {
+        text += fmt::format(", {} removed", grouped(totals.leaves_removed));
+    }
+    line("{}", bold(text));
+}
+
+// An entry on a line of its own, and below it its leaves and the entries in it. An entry below a created one is led by
+// the name of its list instead of a mark.
+void TextReport::change(const Change& change, std::size_t indent)
+{
+    const std::string key = escaped(braced(change.key));
+    switch (change.kind) {
+        case Change::Kind::Created:
+            line("{:{}}{}", "", indent, green("+ " + key));
+            break;
+        case Change::Kind::Deleted:
+            line("{:{}}{}", "", indent, red("- " + key));
+            return;
+        case Change::Kind::Moved:
+            line("{:{}}{}", "", indent, yellow(fmt::format("~ {} -> {}", escaped(braced(change.from)), key)));
+            return;
+        case Change::Kind::Changed:
+            if (!key.empty()) {
+                line("{:{}}{}", "", indent, yellow("~ " + key));
+            }
+            break;
+    }
+    leaves(change, indent + (key.empty() ? 0 : 4));
+}
+
+void TextReport::leaves(const Change& change, std::size_t indent)
+{
+    std::size_t width = kNarrowestNames;
+    for (const Leaf& each : change.leaves) {
+        width = std::max(width, each.name.size());
+    }
+    for (const Leaf& each : change.leaves) {
+        leaf(each, change.kind == Change::Kind::Changed, indent, width);
+    }
+    for (const Change& below : change.below) {
+        line("{:{}}{}", "", indent, green(fmt::format("{} {}", escaped(below.list), escaped(braced(below.key)))));
+        leaves(below, indent + 4);
+    }
+}
+
+void TextReport::leaf(const Leaf& leaf, bool changed, std::size_t indent, std::size_t width)
+{
+    const std::string after = leaf.after ? escaped(shown(leaf, *leaf.after)) : "(not set)";
+    const std::string before = leaf.before ? escaped(shown(leaf, *leaf.before)) : "(not set)";
+    line("{:{}}{:<{}}  {}", "", indent, escaped(leaf.name), width, changed ? before + " -> " + after : after);
+}
+
+void TextReport::log()
+{
+    line("{}", bold(report_.log.empty() ? "Log: empty" : "Log:"));
+    for (const std::string& each : report_.log) {
+        line("  {}", escaped_line(each));
+    }
+}
+
+}  // namespace
+
+std::string text_report(const Report& report, bool colour)
+{
+    return TextReport(report, colour).write();
+}
+
+bool wants_colour()
+{
+    const char* no_color = std::getenv("NO_COLOR");
+    const char* terminal = std::getenv("TERM");
+    const bool refused = no_color != nullptr && *no_color != '\0';
+    return !refused && terminal != nullptr && std::string_view(terminal) != "dumb" && isatty(STDOUT_FILENO) == 1;
+}
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,17 @@
+// Makes text from a configuration or a library safe and plain to show.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace bgp_rehearse {
+
+// The text with everything that a terminal would act on made visible: control characters as \n, \r, \t or \xNN (those
+// beyond ASCII, and the marks that turn the direction of writing, as \u{NNNN}), and bytes that are not UTF-8 as \xNN.
+// Printable text of any script stays as it is.
+std::string escaped(std::string_view text);
+
+// A log line as a line of text: escaped, without the line end that it may have.
+std::string escaped_line(std::string_view line);
+
+}  // namespace bgp_rehearse
