@@ -1,0 +1,47 @@
+// The type check: before a value read is used, its type tag must be the expected one. Another tag is a failed
+// assertion, in release builds too, which names the expression, the source path without extension, a fixed line and the
+// signature of the function in which the check stands.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "confd_lib.h"
+
+// As libc has it; <cassert> declares it only in builds with assertions.
+extern "C" void __assert_fail(const char* assertion, const char* file, unsigned int line, const char* function) noexcept
+    __attribute__((__noreturn__));
+
+namespace confd {
+
+// A function's signature as GCC spells it: Clang sets a blank before `*` and `&`.
+inline std::string plain_signature(std::string signature)
+{
+    for (const char* spaced : {" *", " &"}) {
+        for (std::size_t at = signature.find(spaced); at != std::string::npos; at = signature.find(spaced)) {
+            signature.erase(at, 1);
+        }
+    }
+    return signature;
+}
+
+[[noreturn]] inline void type_check_failed(const char* expression, const char* source, unsigned int line,
+                                           const char* signature)
+{
+    __assert_fail(expression, source, line, plain_signature(signature).c_str());
+}
+
+}  // namespace confd
+
+// Checks that *pointer has the type tag `tag`. `line` is the line to report; the source path is the kSource of the
+// file. To stand in the function whose signature is to be told, not in a lambda, and with the pointer spelled as it is
+// to be told.
+#define BGP_REQUIRE_TYPE(line, pointer, tag) \
+    BGP_REQUIRE_TYPE_TOLD(__PRETTY_FUNCTION__, line, pointer, tag, "(" #pointer ")->type == " #tag)
+
+// The same in code that works for several functions: tells the signature that it is given.
+#define BGP_REQUIRE_TYPE_FOR(signature, line, pointer, tag) \
+    BGP_REQUIRE_TYPE_TOLD(signature, line, pointer, tag, "(" #pointer ")->type == " #tag)
+
+#define BGP_REQUIRE_TYPE_TOLD(signature, line, pointer, tag, expression) \
+    ((pointer)->type == (tag) ? static_cast<void>(0) : ::confd::type_check_failed(expression, kSource, line, signature))

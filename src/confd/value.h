@@ -1,0 +1,55 @@
+// Values that a read fills, and arrays of them, which give back what they own at the end of their scope.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "confd_lib.h"
+
+namespace confd {
+
+// A value for cdb_get() and its kin: it is a confd_value_t, so that its address can be handed to every call. Not for
+// values that borrow what they point to.
+class Value : public confd_value_t {
+public:
+    Value() : confd_value_t{} { type = C_NOEXISTS; }
+    ~Value() { confd_free_value(this); }
+    Value(const Value&) = delete;
+    Value& operator=(const Value&) = delete;
+
+    // Gives back what the value owns, so that it can be read into again.
+    void release()
+    {
+        confd_free_value(this);
+        type = C_NOEXISTS;
+    }
+};
+
+// Consecutive values for cdb_get_objects(), with which a batch of rows is read.
+class ValueArray {
+public:
+    explicit ValueArray(std::size_t count) : values_(count, absent()) {}
+    ~ValueArray()
+    {
+        for (confd_value_t& value : values_) {
+            confd_free_value(&value);
+        }
+    }
+    ValueArray(const ValueArray&) = delete;
+    ValueArray& operator=(const ValueArray&) = delete;
+
+    confd_value_t* values() { return values_.data(); }
+    confd_value_t& operator[](std::size_t position) { return values_[position]; }
+
+private:
+    static confd_value_t absent()
+    {
+        confd_value_t value{};
+        value.type = C_NOEXISTS;
+        return value;
+    }
+
+    std::vector<confd_value_t> values_;
+};
+
+}  // namespace confd

@@ -1,0 +1,67 @@
+// The upgrade's entry point: reads what decides which steps the stored BGP configuration needs, and runs them in their
+// fixed order. With no BGP router entity, or several, no step runs. Nothing is written here.
+#include "bgp_update/update.h"
+
+#include <cstdint>
+
+#include "bgp_update/router_bgp.h"
+#include "conf_updt_log.h"
+#include "confd/tags.h"
+#include "confd/type_check.h"
+#include "confd/value.h"
+#include "confd_cdb.h"
+
+namespace {
+
+constexpr char kSource[] = "src/config_update/bgp_update";
+constexpr int32_t kFalse = 2;  // of the MIBs' truth values
+
+}  // namespace
+
+static void report_ipv6(int32_t cdb_socket, int entry, nzmw_log_t* log)
+{
+    int32_t supported = 0;
+    if (cdb_get_enum_value(cdb_socket, &supported, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntSupportIpv6",
+                           entry) != CONFD_OK) {
+        nzmw_log_debug(log, "Failed to read IPv6 enable flag for BGP entry: %d, err: %s", entry, confd_lasterr());
+        return;
+    }
+    nzmw_log_debug(log, "Read IPv6 flag %d for BGP entry %d", supported, entry);
+    if (supported != kFalse) {
+        nzmw_log_debug(log, "IPv6 is already enabled for BGP entry : %d", entry);
+    }
+}
+
+static int32_t update_bgp_pfx(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int entry, nzmw_log_t* log)
+{
+    update_router_bgp(maapi_socket, thandle, cdb_socket, entry);
+    nzmw_log_debug(log, "Handling BGP entry : %d", entry);
+    report_ipv6(cdb_socket, entry, log);
+
+    confd::Value temp;
+    if (cdb_get(cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntLocalAs", entry) != CONFD_OK) {
+        return 0;
+    }
+    const int bgp_count = cdb_num_instances(cdb_socket, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+    BGP_REQUIRE_TYPE(91, &temp, C_UINT32);
+    const int vrf_count = cdb_num_instances(cdb_socket, "/router/bgp{%u}/vrf", CONFD_GET_UINT32(&temp));
+    nzmw_log_debug(log, "num bgp: %d, num_bgp_vrs: %d, err: %s\n", bgp_count, vrf_count, confd_lasterr());
+    return 0;
+}
+
+extern "C" int update(int maapi_socket, int thandle, int cdb_socket)
+{
+    nzmw_log_t* log = get_conf_updt_log_handle();
+
+    nzmw_log_debug(log, "Starting BGP update\n");
+    cdb_set_namespace(cdb_socket, tag::kBgpMibNamespace);
+    const int bgp_count = cdb_num_instances(cdb_socket, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+    nzmw_log_debug(log, "Found %d BGP entities", bgp_count);
+    if (bgp_count == 1) {
+        update_bgp_pfx(maapi_socket, thandle, cdb_socket, 0, log);
+    } else {
+        nzmw_log_debug(log, "No need to update others config\n");
+    }
+    nzmw_log_debug(log, "Finishing BGP update\n");
+    return 0;
+}
