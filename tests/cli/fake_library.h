@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "cli/run_command.h"
-#include "cli/scratch_folder.h"
+#include "support/run_command.h"
+#include "support/scratch_folder.h"
 
 namespace bgp_test {
 

@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
-#include "cli/run_command.h"
-#include "cli/scratch_folder.h"
+#include "support/run_command.h"
+#include "support/scratch_folder.h"
 
 namespace bgp_test {
 namespace {

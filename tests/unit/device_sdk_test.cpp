@@ -7,12 +7,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
-#include "cli/run_command.h"
-#include "cli/scratch_folder.h"
 #include "confd_lib.h"
+#include "support/run_command.h"
+#include "support/scratch_folder.h"
 #include "support/text_lines.h"
 
 namespace {
@@ -63,6 +64,7 @@ protected:
     }
 
     fs::path sdk() const { return fs::path(folder_.path()) / "sdk"; }
+    fs::path installed() const { return fs::path(folder_.path()) / "installed"; }
     fs::path build() const { return fs::path(folder_.path()) / "build"; }
 
     // A shared library that has these symbols; what they do does not matter to a linker.
@@ -82,10 +84,58 @@ protected:
     // Configures and builds the library alone against the SDK.
     CommandResult buildLibrary()
     {
-        const CommandResult configured = run_command({BGP_CMAKE, "-S", BGP_SOURCE_DIR, "-B", build(), "-DBGP_WERROR=ON",
+        const CommandResult configured =
+            run_command({BGP_CMAKE, "-S", BGP_SOURCE_DIR, "-B", build(), "-DBGP_WERROR=ON",
+                         std::string("-DCMAKE_CXX_COMPILER=") + BGP_CXX_COMPILER, "-DCMAKE_BUILD_TYPE=Debug",
+                         "-DCMAKE_INSTALL_PREFIX=" + installed().string(), "-DBGP_PLATFORM_DIR=" + sdk().string()});
+        return configured.status != 0 ? configured : run_command({BGP_CMAKE, "--build", build(), "--parallel", "2"});
+    }
+
+    void installLibrary()
+    {
+        const CommandResult done = run_command({BGP_CMAKE, "--install", build()});
+        ASSERT_EQ(done.status, 0) << done.out << done.err;
+    }
+
+    // A program that calls the library; the SDK's own symbols are the device's to give.
+    std::string callerSource()
+    {
+        return folder_.file("caller.cpp",
+                            "#include <bgp_update/update.h>\nint main() { return update(-1, -1, -1); }\n");
+    }
+
+    void expectCallerBuildsByCMake()
+    {
+        callerSource();
+        folder_.file("CMakeLists.txt",
+                     "cmake_minimum_required(VERSION 3.25)\nproject(caller LANGUAGES CXX)\n"
+                     "find_package(bgp_update 0.1 REQUIRED)\nadd_executable(caller caller.cpp)\n"
+                     "target_link_libraries(caller bgp::bgp_update)\n"
+                     "target_link_options(caller PRIVATE -Wl,--allow-shlib-undefined)\n");
+        const std::string build_folder = (fs::path(folder_.path()) / "caller").string();
+        const CommandResult configured = run_command({BGP_CMAKE, "-S", folder_.path(), "-B", build_folder,
                                                       std::string("-DCMAKE_CXX_COMPILER=") + BGP_CXX_COMPILER,
-                                                      "-DBGP_PLATFORM_DIR=" + sdk().string()});
-        return configured.status != 0 ? configured : run_command({BGP_CMAKE, "--build", build()});
+                                                      "-DCMAKE_PREFIX_PATH=" + installed().string()});
+        ASSERT_EQ(configured.status, 0) << configured.out << configured.err;
+        const CommandResult built = run_command({BGP_CMAKE, "--build", build_folder});
+        EXPECT_EQ(built.status, 0) << built.out << built.err;
+    }
+
+    void expectCallerBuildsByPkgConfig()
+    {
+        const std::string search = "PKG_CONFIG_PATH=" + pkgConfigFolder();
+        const CommandResult flags = run_command({"pkg-config", "--cflags", "--libs", "bgp_update"}, {search});
+        ASSERT_EQ(flags.status, 0) << flags.err;
+        std::vector<std::string> command = {BGP_CXX_COMPILER,
+                                            "-std=c++17",
+                                            callerSource(),
+                                            "-o",
+                                            (fs::path(folder_.path()) / "by-pkg-config").string(),
+                                            "-Wl,--allow-shlib-undefined"};
+        std::istringstream words(flags.out);
+        command.insert(command.end(), std::istream_iterator<std::string>(words), {});
+        const CommandResult built = run_command(command);
+        EXPECT_EQ(built.status, 0) << built.err;
     }
 
     std::string library() const { return (build() / "lib/libbgp_update.so").string(); }
@@ -106,10 +156,21 @@ protected:
     }
 
 private:
+    // Where the library lies below the prefix differs from system to system.
+    std::string pkgConfigFolder() const
+    {
+        for (const auto& entry : fs::recursive_directory_iterator(installed())) {
+            if (entry.path().extension() == ".pc") {
+                return entry.path().parent_path().string();
+            }
+        }
+        return {};
+    }
+
     bgp_test::ScratchFolder folder_;
 };
 
-TEST_F(DeviceSdk, OneLibrary_IsEnoughToBuildAgainst)
+TEST_F(DeviceSdk, OneLibrary_IsEnoughToBuildAndInstall)
 {
     makeLibrary("device", platform_symbols());
     const CommandResult built = buildLibrary();
@@ -117,6 +178,10 @@ TEST_F(DeviceSdk, OneLibrary_IsEnoughToBuildAgainst)
     expectEntryPoints();
     EXPECT_NE(neededLibraries().find("libdevice.so"), std::string::npos);
     EXPECT_EQ(neededLibraries().find("libbgp_platform"), std::string::npos);
+
+    installLibrary();
+    expectCallerBuildsByCMake();
+    expectCallerBuildsByPkgConfig();
 }
 
 TEST_F(DeviceSdk, ZlogOfItsOwn_IsTakenFromItsLibFolder)

@@ -6,7 +6,7 @@
 #include <set>
 #include <sstream>
 
-#include "cli/run_command.h"
+#include "support/run_command.h"
 #include "support/text_lines.h"
 
 namespace {
