@@ -331,6 +331,20 @@ TEST(ConfigReaderRefusals, BrokenXml_IsToldInTheParsersWords)
     EXPECT_THAT(refusal("<bgp><as-number>\xff</as-number></bgp>"), StartsWith("edge.xml:1: not well-formed: "));
 }
 
+// The parser stops reading at such octets: behind the document's end, too, they must not pass for its end.
+TEST(ConfigReaderRefusals, OctetsThatAreNotInTheStatedEncoding_AreRefusedAndNotPrinted)
+{
+    std::string utf16 = "\xFF\xFE";
+    for (const char letter : "<?xml version=\"1.0\" encoding=\"UTF-16\"?>" + document("")) {
+        utf16.append({letter, '\0'});
+    }
+    EXPECT_EQ(refusal_of_text(utf16), "not refused");
+    testing::internal::CaptureStderr();
+    EXPECT_THAT(refusal_of_text(utf16 + std::string("\x00\xD8\x05\x00", 4)),
+                StartsWith("edge.xml:1: not well-formed: input conversion failed"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(ConfigReaderRefusals, EmptyText_IsNoDocument)
 {
     EXPECT_EQ(refusal_of_text(""), "edge.xml:1: not well-formed: Document is empty");

@@ -108,13 +108,31 @@ struct ContextDeleter {
     }
 };
 
+// Errors of libxml2's character decoders come to the thread's handler, not to the parser's; without one they are printed
+// and the document just ends. Gives the thread a handler for the time of its scope.
+class ErrorsOfThread {
+public:
+    ErrorsOfThread(xmlStructuredErrorFunc handler, void* context)
+        : handler_before_(xmlStructuredError), context_before_(xmlStructuredErrorContext)
+    {
+        xmlSetStructuredErrorFunc(context, handler);
+    }
+    ~ErrorsOfThread() { xmlSetStructuredErrorFunc(context_before_, handler_before_); }
+    ErrorsOfThread(const ErrorsOfThread&) = delete;
+    ErrorsOfThread& operator=(const ErrorsOfThread&) = delete;
+
+private:
+    xmlStructuredErrorFunc handler_before_;
+    void* context_before_;
+};
+
 // One run of the parser. What goes wrong in an event is thrown when the parser has returned, for exceptions do not pass
 // through libxml2. Until then further events do nothing, and a further read gives it no more bytes. (xmlStopParser
 // would take away the buffer under the parser's feet when it is called from a read.)
 class Parse {
 public:
     Parse(Source* source, const std::string& name, store::Configuration* into)
-        : source_(source), name_(name), loader_(name, into)
+        : source_(source), name_(name), loader_(name, into), errors_of_thread_(error, this)
     {
         xmlSAXHandler handler = events();
         context_.reset(xmlCreateIOParserCtxt(&handler, this, read, nullptr, this, XML_CHAR_ENCODING_NONE));
@@ -148,7 +166,7 @@ private:
     }
 
     static Parse& self(void* parse) { return *static_cast<Parse*>(parse); }
-    int line() const { return context_->input != nullptr ? context_->input->line : 0; }
+    int line() const { return context_ && context_->input != nullptr ? context_->input->line : 0; }
 
     template <typename Action>
     void guarded(Action action) noexcept
@@ -227,7 +245,7 @@ private:
         me.guarded([&] {
             std::string what = error->message != nullptr ? error->message : "unknown error";
             what.erase(what.find_last_not_of('\n') + 1);
-            me.loader_.refuse_document(error->line, "not well-formed: " + what);
+            me.loader_.refuse_document(error->line > 0 ? error->line : me.line(), "not well-formed: " + what);
         });
     }
 
@@ -235,6 +253,7 @@ private:
     const std::string& name_;
     ConfigLoader loader_;
     std::exception_ptr failure_;
+    ErrorsOfThread errors_of_thread_;
     std::unique_ptr<xmlParserCtxt, ContextDeleter> context_;
 };
 

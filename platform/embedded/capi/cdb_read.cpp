@@ -1,0 +1,60 @@
+// CDB reads of single leaves, leaf-lists and lists.
+#include <cstdlib>
+
+#include "capi/read.h"
+#include "confd_cdb.h"
+
+using namespace bgp_platform;
+using namespace bgp_platform::capi;
+
+int cdb_get(int sock, confd_value_t* v, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(cdb_get, Handle{sock}, fmt,
+                           [v](Call& call, const store::Path& path) { return read_value(call, path, v); });
+}
+
+int cdb_get_enum_value(int sock, int32_t* rval, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(
+        cdb_get_enum_value, Handle{sock}, fmt,
+        typed_read<C_ENUM_VALUE>(rval, [](const confd_value_t& value) { return value.val.enumvalue; }));
+}
+
+int cdb_get_u_int16(int sock, uint16_t* rval, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(cdb_get_u_int16, Handle{sock}, fmt,
+                           typed_read<C_UINT16>(rval, [](const confd_value_t& value) { return value.val.u16; }));
+}
+
+int cdb_get_list(int sock, confd_value_t** values, int* n, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(cdb_get_list, Handle{sock}, fmt, [values, n](Call& call, const store::Path& path) {
+        const int count = path.node != nullptr && path.node->kind == schema::NodeKind::LeafList
+                              ? read_count(call, path)
+                              : call.fail(CONFD_ERR_BADPATH, "not a leaf-list");
+        if (count < 0) {
+            return count;
+        }
+        if (count == 0) {
+            return call.fail(CONFD_ERR_NOEXISTS);
+        }
+        // The caller gives the array back with free(), so it is not one of the owned values.
+        *values = static_cast<confd_value_t*>(std::calloc(static_cast<std::size_t>(count), sizeof(confd_value_t)));
+        if (*values == nullptr) {
+            return call.fail(CONFD_ERR_MALLOC);
+        }
+        fill_leaf_list(*path.node, *call.view().find_list(path), *values);
+        *n = count;
+        return CONFD_OK;
+    });
+}
+
+int cdb_exists(int sock, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(cdb_exists, Handle{sock}, fmt, read_exists);
+}
+
+int cdb_num_instances(int sock, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(cdb_num_instances, Handle{sock}, fmt, read_count);
+}

@@ -1,0 +1,42 @@
+#include "capi/fault_plan.h"
+
+#include <utility>
+
+namespace bgp_platform::capi {
+
+void FaultPlan::fail_call(std::size_t n, PlannedFailure failure, bool from_there)
+{
+    by_count_ = ByCount{seen_ + n, failure, from_there};
+}
+
+void FaultPlan::fail(Function function, std::string path, PlannedFailure failure, std::size_t times, std::size_t skip)
+{
+    by_match_.push_back({function, std::move(path), failure, times, skip});
+}
+
+void FaultPlan::clear() noexcept
+{
+    seen_ = 0;
+    by_count_.reset();
+    by_match_.clear();
+}
+
+std::optional<PlannedFailure> FaultPlan::next(Function function, const std::string& path)
+{
+    ++seen_;
+    if (by_count_ && (seen_ == by_count_->n || (by_count_->from_there && seen_ > by_count_->n))) {
+        return by_count_->failure;
+    }
+    for (ByMatch& match : by_match_) {
+        if (match.function != function || path.compare(0, match.path.size(), match.path) != 0) {
+            continue;
+        }
+        const std::size_t turn = match.matched++;
+        if (turn >= match.skip && (match.times == 0 || turn < match.skip + match.times)) {
+            return match.failure;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace bgp_platform::capi

@@ -1,0 +1,97 @@
+// Keypaths of the C API: printf-like templates and their arguments, resolved to a place in the tree or formatted as
+// text.
+//
+// A template is parsed once into a plan; a call only walks the plan, looks its names up and fills in its keys.
+#pragma once
+
+#include <cstdarg>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "confd_lib.h"
+#include "store/configuration.h"
+
+namespace bgp_platform::capi {
+
+// Where one key of "{...}", or the number of "[...]", comes from.
+struct KeySource {
+    enum class Kind { Literal, Int, Unsigned, Short, Text, Value, Tuple };
+    Kind kind = Kind::Literal;
+    std::string literal;
+};
+
+// One piece of a template, in order.
+struct Step {
+    enum class Kind {
+        Child,  // "/name" or "/prefix:name"
+        Keys,   // "{...}"
+        Index,  // "[...]"
+        Splice  // %s outside braces: a path, or a name behind a slash, given as text
+    };
+    Kind kind = Kind::Child;
+    std::string prefix;
+    std::string name;
+    std::vector<KeySource> keys;  // of Index: one
+
+    // What the name meant the last time, so that a walk along the usual road looks nothing up.
+    mutable const schema::Node* last_parent = nullptr;
+    mutable const schema::Module* last_module = nullptr;
+    mutable const schema::Node* last_child = nullptr;
+};
+
+struct Plan {
+    std::vector<Step> steps;
+    std::string error;  // what is wrong with the template; empty when nothing is
+};
+
+Plan parse_template(std::string_view format);
+Plan parse_path_text(std::string_view text);  // the same grammar without conversions: a percent sign is itself
+
+// The node that a Child step names below `parent` (null: the root, where `name_space`, when given, is asked first);
+// null when there is none.
+const schema::Node* find_child(const schema::Schema& schema, const Step& step, const schema::Node* parent,
+                               const schema::Module* name_space);
+
+// Why a path could not be resolved: CONFD_ERR_BADPATH, or CONFD_ERR_BADTYPE for a key its type does not take.
+struct PathError {
+    int code = CONFD_OK;
+    std::string detail;
+
+    explicit operator bool() const noexcept { return code != CONFD_OK; }
+};
+
+// The key of a list, or the first part of it, given as values.
+PathError read_keys(const schema::Node& list, const confd_value_t* values, int n, std::vector<schema::Value>* keys);
+
+// The templates of one device, parsed.
+class KeypathCache {
+public:
+    explicit KeypathCache(const schema::Schema& schema) : schema_(schema) {}
+
+    // Resolves a template with its arguments; `name_space` is that of the session, or null.
+    PathError resolve(const char* format, va_list arguments, const schema::Module* name_space, store::Path* path);
+
+private:
+    static constexpr std::size_t kMost =
+        4096;  // templates are literals; a program that builds them must not fill memory
+
+    const Plan& plan_of(const char* format);
+
+    const schema::Schema& schema_;
+    std::unordered_map<std::string, Plan> plans_;
+    std::string lookup_;  // reused, so that finding a plan allocates nothing
+};
+
+// The template as text, its arguments filled in. With a schema, a %x key of an absolute path whose nodes it knows is
+// printed as its type prints it; without, and elsewhere, as confd_pp_value does. Consumes the arguments.
+std::string format_template(const char* format, va_list arguments, const schema::Schema* schema);
+
+// A resolved place as text, prefix-free: "/router/bgp{65010}/vrf[0]".
+std::string keypath_text(const store::Path& path);
+
+// A key of a list, or a part of it, as it stands in a keypath: "{5 ipv4}"; "{}" for no keys.
+std::string key_tuple_text(const schema::Node& list, const std::vector<schema::Value>& keys);
+
+}  // namespace bgp_platform::capi

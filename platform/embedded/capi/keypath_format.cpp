@@ -1,0 +1,210 @@
+// Templates and their arguments as text.
+#include <array>
+#include <cstdio>
+
+#include "capi/keypath.h"
+#include "store/changes.h"
+
+namespace bgp_platform::capi {
+
+namespace {
+
+std::string plain_text(const confd_value_t* value)
+{
+    std::array<char, 256> small{};
+    const int length = value == nullptr ? 0 : confd_pp_value(small.data(), static_cast<int>(small.size()), value);
+    if (static_cast<std::size_t>(length) < small.size()) {
+        return {small.data(), static_cast<std::size_t>(length)};
+    }
+    std::string text(static_cast<std::size_t>(length) + 1, '\0');
+    confd_pp_value(text.data(), length + 1, value);
+    text.pop_back();
+    return text;
+}
+
+// As a text key stands between braces: quoted where it would not be read back as one key.
+std::string quoted(std::string_view text)
+{
+    static const schema::Type kText;
+    std::string out;
+    store::append_key(kText, schema::Value::of_text(text), &out);
+    return out;
+}
+
+class Formatter {
+public:
+    Formatter(const char* format, va_list arguments, const schema::Schema* schema) : at_(format), schema_(schema)
+    {
+        va_copy(arguments_, arguments);
+    }
+    ~Formatter() { va_end(arguments_); }
+    Formatter(const Formatter&) = delete;
+    Formatter& operator=(const Formatter&) = delete;
+
+    std::string format()
+    {
+        while (*at_ != '\0') {
+            if (!conversion()) {
+                literal(*at_++);
+            }
+        }
+        return std::move(text_);
+    }
+
+private:
+    void literal(char letter)
+    {
+        if (in_quotes_ && letter == '\\' && *at_ != '\0') {
+            text_ += letter;
+            letter = *at_++;
+        } else if (in_quotes_) {
+            in_quotes_ = letter != '"';
+        } else if (in_key_ && letter == '"') {
+            in_quotes_ = true;
+        } else if (letter == '{') {
+            open();
+        } else if (letter == '}') {
+            in_key_ = false;
+        } else if (in_key_ && letter == ' ') {
+            if (text_.back() != '{' && text_.back() != ' ') {
+                ++keys_;
+            }
+        }
+        text_ += letter;
+    }
+
+    void open()
+    {
+        in_key_ = true;
+        keys_ = 0;
+        record_ = nullptr;
+        if (schema_ == nullptr) {
+            return;
+        }
+        if (const schema::Node* const list = list_of(text_)) {
+            record_ = list->entry;
+        }
+    }
+
+    // The list that an absolute path without its last key names, whatever its keys are; null when the schema has none.
+    // A slash before the brace ("/prefix-list/{") stands for nothing.
+    const schema::Node* list_of(std::string_view path) const
+    {
+        const schema::Node* node = nullptr;
+        const Plan plan = parse_path_text(path.substr(0, path.find_last_not_of('/') + 1));
+        if (!plan.error.empty()) {
+            return nullptr;
+        }
+        for (const Step& step : plan.steps) {
+            if (step.kind == Step::Kind::Child && (node = find_child(*schema_, step, node, nullptr)) == nullptr) {
+                return nullptr;
+            }
+        }
+        return node != nullptr && node->is_list() ? node : nullptr;
+    }
+
+    bool conversion()
+    {
+        if (take("%d")) {
+            text_ += std::to_string(va_arg(arguments_, int));
+        } else if (take("%u")) {
+            text_ += std::to_string(va_arg(arguments_, unsigned int));
+        } else if (take("%hu")) {
+            text_ += std::to_string(static_cast<unsigned short>(va_arg(arguments_, int)));
+        } else if (take("%s")) {
+            const char* const text = va_arg(arguments_, const char*);
+            text_ += in_key_ ? quoted(text == nullptr ? "" : text) : text == nullptr ? "" : text;
+        } else if (take("%x")) {
+            key(va_arg(arguments_, const confd_value_t*));
+        } else if (take("%*x")) {
+            tuple();
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    void tuple()
+    {
+        const int count = va_arg(arguments_, int);
+        const confd_value_t* const values = va_arg(arguments_, const confd_value_t*);
+        for (int i = 0; i < count; ++i) {
+            if (i > 0) {
+                text_ += ' ';
+                ++keys_;
+            }
+            key(values + i);
+        }
+    }
+
+    void key(const confd_value_t* value)
+    {
+        schema::Value typed;
+        if (value != nullptr && record_ != nullptr && keys_ < record_->keys &&
+            record_->values[keys_]->type->from_confd(*value, &typed)) {
+            store::append_key(*record_->values[keys_]->type, typed, &text_);
+        } else {
+            text_ += in_key_ ? quoted(plain_text(value)) : plain_text(value);
+        }
+    }
+
+    bool take(std::string_view expected)
+    {
+        if (std::string_view(at_).substr(0, expected.size()) != expected) {
+            return false;
+        }
+        at_ += expected.size();
+        return true;
+    }
+
+    const char* at_;
+    const schema::Schema* schema_;
+    va_list arguments_;
+    std::string text_;
+    bool in_key_ = false;
+    bool in_quotes_ = false;
+    std::size_t keys_ = 0;  // of the brace that is open: keys written before the one at hand
+    const schema::Record* record_ = nullptr;
+};
+
+}  // namespace
+
+std::string key_tuple_text(const schema::Node& list, const std::vector<schema::Value>& keys)
+{
+    std::string text = "{";
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        text += i == 0 ? "" : " ";
+        store::append_key(*list.entry->values[i]->type, keys[i], &text);
+    }
+    return text + "}";
+}
+
+std::string keypath_text(const store::Path& path)
+{
+    std::vector<const schema::Node*> nodes;
+    for (const schema::Node* node = path.node; node != nullptr; node = node->parent) {
+        nodes.push_back(node);
+    }
+    std::string text;
+    auto selector = path.entries.begin();
+    for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
+        text.append("/").append((*node)->name);
+        if (selector == path.entries.end() || selector->list != *node) {
+            continue;
+        }
+        if (selector->position >= 0) {
+            text.append("[").append(std::to_string(selector->position)).append("]");
+        } else {
+            text += key_tuple_text(*selector->list, selector->keys);
+        }
+        ++selector;
+    }
+    return text;
+}
+
+std::string format_template(const char* format, va_list arguments, const schema::Schema* schema)
+{
+    return format == nullptr ? std::string() : Formatter(format, arguments, schema).format();
+}
+
+}  // namespace bgp_platform::capi

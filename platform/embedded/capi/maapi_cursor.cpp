@@ -1,0 +1,142 @@
+// MAAPI cursors: a walk of a list by its keys, in the transaction as it is at each step.
+#include <memory>
+
+#include "capi/call.h"
+#include "confd_maapi.h"
+#include "registry.h"
+
+using namespace bgp_platform;
+using namespace bgp_platform::capi;
+
+namespace {
+
+// Where a cursor stands, behind maapi_cursor::position.
+struct Position {
+    Device* device;
+    store::Path list;
+    std::string path;                 // the list's, for messages
+    std::vector<schema::Value> keys;  // of the entry at hand
+    bool started = false;
+    bool ended = false;
+};
+
+Position* position_of(const maapi_cursor& cursor)
+{
+    return static_cast<Position*>(cursor.position);
+}
+
+void release_keys(maapi_cursor* cursor)
+{
+    for (int i = 0; i < cursor->n; ++i) {
+        confd_free_value(&cursor->keys[i]);
+    }
+    cursor->n = 0;
+}
+
+// Hands out the row's key, or no key at the end.
+int arrive(maapi_cursor* cursor, Position* position, const store::Row* row)
+{
+    release_keys(cursor);
+    position->started = true;
+    position->ended = row == nullptr;
+    position->keys.clear();
+    if (row == nullptr) {
+        return CONFD_OK;
+    }
+    const schema::Record& record = row->record();
+    position->keys.assign(row->keys(), row->keys() + record.keys);
+    for (std::size_t i = 0; i < record.keys; ++i) {
+        record.values[i]->type->to_confd(row->value(static_cast<uint16_t>(i)), &cursor->keys[i]);
+    }
+    cursor->n = record.keys;
+    return CONFD_OK;
+}
+
+int step(Call& call, maapi_cursor* cursor, Position* position)
+{
+    const store::List* const list = call.transaction().find_list(position->list);
+    const store::Row* row = nullptr;
+    if (list != nullptr && !position->ended) {
+        row = position->started ? list->find_after(position->keys.data(), position->keys.size())
+                                : list->find_from(nullptr, 0);
+    }
+    return arrive(cursor, position, row);
+}
+
+int find(Call& call, maapi_cursor* cursor, Position* position, confd_find_next_type type, const confd_value_t* inkeys,
+         int n)
+{
+    std::vector<schema::Value> keys;
+    if (const PathError error = read_keys(*position->list.node, inkeys, n, &keys)) {
+        return call.fail(error.code, error.detail);
+    }
+    if (call.recorded()) {
+        call.arguments((type == CONFD_FIND_NEXT ? "after " : "from ") + key_tuple_text(*position->list.node, keys));
+    }
+    const store::List* const list = call.transaction().find_list(position->list);
+    const store::Row* row = nullptr;
+    if (list != nullptr) {
+        row = type == CONFD_FIND_NEXT ? list->find_after(keys.data(), keys.size())
+                                      : list->find_from(keys.data(), keys.size());
+    }
+    return arrive(cursor, position, row);
+}
+
+// A call on an open cursor.
+template <typename Work>
+int cursor_call(Function function, maapi_cursor* cursor, Work&& work)
+{
+    Position* const position = position_of(*cursor);
+    if (position == nullptr) {
+        return fail_call(function, CONFD_ERR_PROTOUSAGE, {}, "the cursor is not initialised");
+    }
+    return run_call(function, {cursor->sock, cursor->thandle}, position->path,
+                    [&](Call& call) { return work(call, position); });
+}
+
+}  // namespace
+
+int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc, const char* fmt, ...)
+{
+    *mc = maapi_cursor{};
+    mc->sock = sock;
+    mc->thandle = thandle;
+    BGP_PLATFORM_PATH_CALL(maapi_init_cursor, (Handle{sock, thandle}), fmt, [mc](Call& call, const store::Path& path) {
+        if (path.node == nullptr || !path.node->is_list() || path.names_entry()) {
+            return call.fail(CONFD_ERR_BADPATH, "not a list");
+        }
+        auto position = std::make_unique<Position>();
+        position->device = &call.device();
+        position->list = path;
+        position->path = keypath_text(path);
+        mc->position = position.release();
+        call.device().cursor_opened();
+        return CONFD_OK;
+    });
+}
+
+int maapi_get_next(struct maapi_cursor* mc)
+{
+    return cursor_call(Function::maapi_get_next, mc,
+                       [mc](Call& call, Position* position) { return step(call, mc, position); });
+}
+
+int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type, confd_value_t* inkeys, int n_inkeys)
+{
+    return cursor_call(Function::maapi_find_next, mc, [=](Call& call, Position* position) {
+        return find(call, mc, position, type, inkeys, n_inkeys);
+    });
+}
+
+void maapi_destroy_cursor(struct maapi_cursor* mc)
+{
+    const std::unique_ptr<Position> position(position_of(*mc));
+    if (position == nullptr) {
+        return;
+    }
+    release_keys(mc);
+    mc->position = nullptr;
+    if (Registry::instance().lives(position->device)) {
+        position->device->cursor_closed();
+    }
+}

@@ -1,0 +1,102 @@
+// MAAPI writes of entries and leaves.
+#include "capi/call.h"
+#include "confd_maapi.h"
+
+using namespace bgp_platform;
+using namespace bgp_platform::capi;
+
+namespace {
+
+int set_leaf(Call& call, const store::Path& path, schema::Value value)
+{
+    return call.fail(call.transaction().set(path, std::move(value)));
+}
+
+bool is_leaf(const store::Path& path)
+{
+    return path.node != nullptr && path.node->kind == schema::NodeKind::Leaf;
+}
+
+int set_elem(Call& call, const store::Path& path, const confd_value_t& given)
+{
+    call.argument(path.node, given);
+    if (!is_leaf(path)) {
+        return call.fail(CONFD_ERR_BADPATH, "not a leaf");
+    }
+    schema::Value value;
+    if (!path.node->type->from_confd(given, &value)) {
+        return call.fail(CONFD_ERR_BADTYPE, "the leaf is a " + path.node->type->name);
+    }
+    return set_leaf(call, path, std::move(value));
+}
+
+int set_text(Call& call, const store::Path& path, const char* text)
+{
+    confd_value_t as_text;
+    CONFD_SET_STR(&as_text, text);
+    call.argument(path.node, as_text);
+    if (!is_leaf(path)) {
+        return call.fail(CONFD_ERR_BADPATH, "not a leaf");
+    }
+    schema::Value value;
+    std::string why;
+    if (!path.node->type->parse(text, &value, &why)) {
+        return call.fail(CONFD_ERR_BADTYPE, is_secret(*path.node) ? "not a value of the leaf's type" : why);
+    }
+    return set_leaf(call, path, std::move(value));
+}
+
+int move_entry(Call& call, const store::Path& path, const confd_value_t* tokey, int n)
+{
+    if (!path.names_entry() || path.node->kind != schema::NodeKind::List) {
+        return call.fail(CONFD_ERR_NOTMOVABLE, "not a list entry");
+    }
+    std::vector<schema::Value> keys;
+    if (const PathError error = read_keys(*path.node, tokey, n, &keys)) {
+        return call.fail(error.code, error.detail);
+    }
+    if (keys.size() != path.node->entry->keys) {
+        return call.fail(CONFD_ERR_BADPATH, "not a whole key");
+    }
+    if (call.recorded()) {
+        store::Path to = path;
+        to.entries.back() = {path.node, keys};
+        call.arguments("to " + keypath_text(to));
+    }
+    return call.fail(call.transaction().move(path, keys));
+}
+
+}  // namespace
+
+int maapi_create(int sock, int thandle, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(maapi_create, (Handle{sock, thandle}), fmt, [](Call& call, const store::Path& path) {
+        return call.fail(call.transaction().create(path));
+    });
+}
+
+int maapi_delete(int sock, int thandle, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(maapi_delete, (Handle{sock, thandle}), fmt, [](Call& call, const store::Path& path) {
+        return call.fail(call.transaction().remove(path));
+    });
+}
+
+int maapi_set_elem(int sock, int thandle, confd_value_t* v, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(maapi_set_elem, (Handle{sock, thandle}), fmt,
+                           [v](Call& call, const store::Path& path) { return set_elem(call, path, *v); });
+}
+
+int maapi_set_elem2(int sock, int thandle, const char* strval, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(maapi_set_elem2, (Handle{sock, thandle}), fmt,
+                           [strval](Call& call, const store::Path& path) { return set_text(call, path, strval); });
+}
+
+int maapi_move(int sock, int thandle, confd_value_t* tokey, int n, const char* fmt, ...)
+{
+    BGP_PLATFORM_PATH_CALL(maapi_move, (Handle{sock, thandle}), fmt, [tokey, n](Call& call, const store::Path& path) {
+        return move_entry(call, path, tokey, n);
+    });
+}

@@ -1,0 +1,98 @@
+#include "capi/read.h"
+
+#include <climits>
+
+#include "capi/owned_values.h"
+
+namespace bgp_platform::capi {
+
+namespace {
+
+bool is_value(const store::Path& path)
+{
+    return path.node != nullptr && !path.names_entry() &&
+           (path.node->kind == schema::NodeKind::Leaf || path.node->kind == schema::NodeKind::LeafList);
+}
+
+void set_list(const schema::Node& node, const store::List& list, confd_value_t* value)
+{
+    confd_value_t* const entries = own_array(list.size());
+    fill_leaf_list(node, list, entries);
+    CONFD_SET_LIST(value, entries, list.size());
+}
+
+}  // namespace
+
+void fill_leaf_list(const schema::Node& node, const store::List& list, confd_value_t* values)
+{
+    list.for_each([&node, &values](const store::Row& row) { node.type->to_confd(row.value(0), values++); });
+}
+
+int read_value(Call& call, const store::Path& path, confd_value_t* value)
+{
+    if (!is_value(path)) {
+        return call.fail(CONFD_ERR_BADPATH, "neither a leaf nor a leaf-list");
+    }
+    if (path.node->kind == schema::NodeKind::Leaf) {
+        const schema::Value stored = call.view().get(path);
+        if (stored.absent()) {
+            return call.fail(CONFD_ERR_NOEXISTS);
+        }
+        path.node->type->to_confd(stored, value);
+        return CONFD_OK;
+    }
+    const store::List* const list = call.view().find_list(path);
+    if (list == nullptr || list->empty()) {
+        return call.fail(CONFD_ERR_NOEXISTS);
+    }
+    set_list(*path.node, *list, value);
+    return CONFD_OK;
+}
+
+int read_typed(Call& call, const store::Path& path, confd_vtype type, confd_value_t* value)
+{
+    if (is_value(path) && (path.node->kind != schema::NodeKind::Leaf || path.node->type->vtype != type)) {
+        return call.fail(CONFD_ERR_BADTYPE, "the leaf is a " + path.node->type->name);
+    }
+    return read_value(call, path, value);
+}
+
+int read_exists(Call& call, const store::Path& path)
+{
+    return call.view().exists(path) ? 1 : 0;
+}
+
+int read_count(Call& call, const store::Path& path)
+{
+    if (path.node == nullptr || !path.node->is_list() || path.names_entry()) {
+        return call.fail(CONFD_ERR_BADPATH, "neither a list nor a leaf-list");
+    }
+    const std::size_t count = call.view().count(path);
+    return count > INT_MAX ? call.fail(CONFD_ERR_INTERNAL, "more entries than an int counts") : static_cast<int>(count);
+}
+
+bool place_is_there(const store::Row& row, const schema::Node& node)
+{
+    for (const schema::Node* around = node.parent; around != nullptr && !around->is_list(); around = around->parent) {
+        if (around->kind == schema::NodeKind::Presence && row.value(around->slot).absent()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void read_slot(const store::Row& row, const schema::Node& node, confd_value_t* value)
+{
+    CONFD_SET_NOEXISTS(value);
+    if (!place_is_there(row, node)) {
+        return;
+    }
+    if (node.kind == schema::NodeKind::Leaf) {
+        const schema::Value& stored = row.value(node.slot);
+        node.type->to_confd(stored.absent() ? node.default_value : stored, value);
+    } else if (node.kind == schema::NodeKind::LeafList && !row.list(node.slot).empty()) {
+        set_list(node, row.list(node.slot), value);
+    }
+}
+
+}  // namespace bgp_platform::capi

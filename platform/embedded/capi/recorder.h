@@ -1,0 +1,63 @@
+// What the program asked of the C API: counts always, and the calls themselves when recording is switched on.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "capi/function.h"
+#include "schema/schema.h"
+
+namespace bgp_platform::capi {
+
+// Whether a leaf's values are kept out of records, messages and reports: its name says password.
+bool is_secret(const schema::Node& leaf);
+
+// One call: function, the path it named (formatted; empty where it names none), its other arguments as text, its result
+// and, when it failed, the code. Values of secret leaves show as "********".
+struct RecordedCall {
+    Function function = Function::cdb_get;
+    std::string path;
+    std::string arguments;
+    int result = 0;
+    int error = 0;  // confd_errno after a failure, else 0
+
+    std::string text() const;  // "maapi_set_elem /router/bgp{65010}/as-size 2 -> 0"
+};
+
+class Recorder {
+public:
+    void start() noexcept { on_ = true; }
+    void stop() noexcept { on_ = false; }
+    bool on() const noexcept { return on_; }
+    void add(RecordedCall call) { calls_.push_back(std::move(call)); }
+    void clear() noexcept { calls_.clear(); }
+    const std::vector<RecordedCall>& calls() const noexcept { return calls_; }
+
+private:
+    bool on_ = false;
+    std::vector<RecordedCall> calls_;
+};
+
+// The first failures of one kind are kept with their text; all are counted.
+struct FailedCall {
+    Function function = Function::cdb_get;
+    int error = 0;
+    std::string message;  // confd_lasterr() after it
+};
+
+struct CallCounts {
+    static constexpr std::size_t kKept = 20;
+
+    std::array<std::size_t, kFunctions> calls{};
+    std::array<std::size_t, kFunctions> failures{};
+    std::vector<FailedCall> failed_writes;  // at most kKept
+
+    std::size_t of(Function function) const noexcept { return calls[static_cast<std::size_t>(function)]; }
+    std::size_t reads() const noexcept;
+    std::size_t writes() const noexcept;
+    std::size_t failed_write_count() const noexcept;
+};
+
+}  // namespace bgp_platform::capi

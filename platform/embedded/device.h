@@ -1,0 +1,163 @@
+// A device on the workstation: the one face of the stand-in for tests and tools.
+//
+// A device holds a stored configuration, opens one upgrade transaction over it as the update framework does, answers
+// the ConfD C API on real socket descriptors and keeps what the code under rehearsal reported. It belongs to one
+// thread.
+//
+//     Device device;
+//     device.load_file("examples/edge-router.xml");
+//     const UpgradeHandles upgrade = device.open_upgrade();
+//     update(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket);
+//     device.walk_changes(report);
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "capi/fault_plan.h"
+#include "capi/keypath.h"
+#include "capi/recorder.h"
+#include "confd_cdb.h"
+#include "confd_dp.h"
+#include "confd_lib.h"
+#include "middleware/middleware_state.h"
+#include "store/changes.h"
+#include "store/configuration.h"
+#include "xml/config_reader.h"
+#include "xml/config_writer.h"
+
+class NzConfdInterface;
+
+namespace bgp_platform {
+
+// What the update framework hands to update(), in its order.
+struct UpgradeHandles {
+    int maapi_socket = -1;
+    int thandle = -1;
+    int cdb_socket = -1;
+};
+
+// What the program has open or has not given back.
+struct OpenThings {
+    std::size_t cdb_sessions = 0;  // read sessions on sockets that the program connected itself
+    std::size_t cdb_sockets = 0;   // sockets that the program connected itself and did not close
+    std::size_t cursors = 0;       // initialised and not destroyed
+    std::size_t values = 0;        // owned values not released
+
+    bool none() const noexcept { return cdb_sessions + cdb_sockets + cursors + values == 0; }
+};
+
+// The two configurations of an upgrade.
+enum class Datastore { Stored, Transaction };
+
+class Device {
+public:
+    struct Options {
+        uint16_t port = CONFD_PORT;                    // where private CDB sessions reach it, on 127.0.0.1
+        std::shared_ptr<const schema::Schema> schema;  // null: the modules the platform is built with
+    };
+
+    Device() : Device(Options{}) {}
+    explicit Device(Options options);
+    ~Device();
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+
+    // The stored configuration. A load adds the file's content to it, or throws xml::LoadError and leaves it as it was.
+    void load_file(const std::string& path, const xml::Progress& progress = {});
+    void load_text(std::string_view xml, const std::string& name = "configuration");
+    void clear();  // an empty stored configuration
+
+    // Opens the transaction and the two sockets (once; a second call before drop() or commit() throws
+    // std::logic_error).
+    UpgradeHandles open_upgrade();
+    bool upgrade_open() const noexcept { return transaction_ != nullptr; }
+
+    // A transaction context as a daemon's callback gets it, for the open transaction. Owned by the device.
+    confd_trans_ctx* transaction_context();
+    int data_timeout() const noexcept { return data_timeout_; }  // seconds last set, -1 when never
+    std::size_t data_timeout_calls() const noexcept { return data_timeout_calls_; }
+
+    // What the transaction changed; visits nothing when none is open.
+    void walk_changes(store::ChangeVisitor& visitor) const;
+
+    void commit();  // the transaction becomes the stored configuration
+    void drop();    // the transaction is forgotten; both close the upgrade's sockets
+
+    const store::Configuration& configuration(Datastore which) const;
+    const schema::Schema& schema() const noexcept { return *schema_; }
+
+    // Writes a datastore to an open descriptor, or as text. Throws xml::WriteError.
+    void write(Datastore which, int descriptor, const xml::Progress& progress = {}) const;
+    std::string text(Datastore which) const;
+
+    // The first thing libyang finds against a datastore, empty when it is valid.
+    std::string validate(Datastore which) const;
+
+    // What was reported, in order. A sink, when set, gets each line as it comes; keep_reports(false) stops the keeping.
+    const std::vector<std::string>& log() const noexcept { return log_; }
+    const std::vector<TraceLine>& trace() const noexcept { return trace_; }
+    const std::vector<Fault>& faults() const noexcept { return faults_; }
+    std::size_t backtraces() const noexcept { return backtraces_; }
+    void keep_reports(bool keep) noexcept { keep_reports_ = keep; }
+    std::function<void(std::string_view)> log_sink;
+    std::function<void(const Fault&)> fault_sink;
+
+    // The settings that the middleware answers with.
+    void set_vrf_component(uint32_t base, uint32_t step);
+    void set_user_profile(uint32_t value);
+    void set_interfaces(std::vector<in_addr> addresses);
+
+    // Every call of the C API passes here (capi/recorder.h, capi/fault_plan.h).
+    capi::Recorder& recorder() noexcept { return recorder_; }
+    capi::FaultPlan& fault_plan() noexcept { return fault_plan_; }
+    const capi::CallCounts& calls() const noexcept { return calls_; }
+
+    OpenThings open_things() const;
+
+    // The stand-in's own side.
+    uint16_t port() const noexcept { return port_; }
+    MiddlewareState& middleware() noexcept { return middleware_; }
+    capi::CallCounts& call_counts() noexcept { return calls_; }
+    capi::KeypathCache& keypaths() noexcept { return keypaths_; }
+    store::Configuration* transaction() noexcept { return transaction_.get(); }
+    const store::Configuration& stored() const noexcept { return stored_; }
+    int thandle() const noexcept { return upgrade_.thandle; }
+    NzConfdInterface& confd_interface() noexcept { return *interface_; }
+    void set_data_timeout(int seconds) noexcept;
+    void cursor_opened() noexcept { ++cursors_; }
+    void cursor_closed() noexcept { --cursors_; }
+
+private:
+    void close_upgrade() noexcept;
+    void connect_middleware();
+
+    std::shared_ptr<const schema::Schema> schema_;
+    uint16_t port_;
+    store::Configuration stored_;
+    std::unique_ptr<store::Configuration> transaction_;
+    UpgradeHandles upgrade_;
+    int next_thandle_ = 1;
+    std::unique_ptr<NzConfdInterface> interface_;
+    confd_trans_ctx context_{};
+    MiddlewareState middleware_;
+    capi::Recorder recorder_;
+    capi::FaultPlan fault_plan_;
+    capi::CallCounts calls_;
+    capi::KeypathCache keypaths_;
+    std::vector<std::string> log_;
+    std::vector<TraceLine> trace_;
+    std::vector<Fault> faults_;
+    std::size_t backtraces_ = 0;
+    bool keep_reports_ = true;
+    int data_timeout_ = -1;
+    std::size_t data_timeout_calls_ = 0;
+    std::size_t cursors_ = 0;
+    std::size_t values_before_ = 0;
+};
+
+}  // namespace bgp_platform
