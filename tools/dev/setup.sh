@@ -1,0 +1,47 @@
+# Shared by ./demo and ./check: installs what is missing (Debian packages) and builds a CMake preset.
+# Sourced from the top folder of the tree, by bash.
+
+build_packages=(
+    g++ cmake ninja-build pkg-config
+    libyang2-dev libxml2-dev libcli11-dev libfmt-dev nlohmann-json3-dev
+    libgtest-dev libgmock-dev librapidcheck-dev
+    libyang2-tools binutils
+)
+
+say() { printf '== %s\n' "$*"; }
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        printf 'Missing packages can only be installed as root or with sudo: %s\n' "$*" >&2
+        return 1
+    fi
+}
+
+install_missing() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return
+    say "Installing ${missing[*]}"
+    as_root apt-get -qq update
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# build PRESET [TARGET...]: configures build/PRESET and builds it; the compiler's output shows only when something fails.
+build() {
+    local preset=$1 log
+    shift
+    say "Building ($preset)"
+    mkdir -p build
+    log=build/$preset.log
+    if ! { cmake --preset "$preset" && cmake --build --preset "$preset" ${@:+--target "$@"}; } >"$log" 2>&1; then
+        cat "$log" >&2
+        printf 'The build failed; its whole output is in %s\n' "$log" >&2
+        return 1
+    fi
+}
