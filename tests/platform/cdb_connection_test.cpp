@@ -59,7 +59,8 @@ TEST_F(CdbConnection, SessionReadsUntilItEnds)
     EXPECT_EQ(cdb_exists(sock, "/depot/label"), 1);
     EXPECT_EQ(cdb_end_session(sock), CONFD_OK);
     EXPECT_EQ(device.open_things().cdb_sessions, 0U);
-    EXPECT_TRUE(fails(cdb_exists(sock, "/depot/label"), CONFD_ERR_NOSESSION, "cdb_exists", "no session on the socket"));
+    EXPECT_TRUE(fails(cdb_exists(sock, "/depot/label"), CONFD_ERR_NOSESSION, "cdb_exists",
+                      "/depot/label: no session on the socket"));
     EXPECT_EQ(cdb_start_session(sock, CDB_RUNNING), CONFD_OK) << "one after another";
     EXPECT_EQ(cdb_close(sock), CONFD_OK);
     EXPECT_FALSE(is_open(sock));
@@ -141,7 +142,8 @@ TEST_F(CdbConnection, SocketNeverConnected_IsAnErrorOfTheSystem)
     EXPECT_TRUE(fails(cdb_start_session(sock, CDB_RUNNING), CONFD_ERR_OS, "cdb_start_session", unknown));
     EXPECT_EQ(errno, EBADF);
     EXPECT_TRUE(fails(cdb_end_session(sock), CONFD_ERR_OS, "cdb_end_session", unknown));
-    EXPECT_TRUE(fails(cdb_num_instances(sock, "/depot/bay"), CONFD_ERR_OS, "cdb_num_instances", unknown));
+    EXPECT_TRUE(
+        fails(cdb_num_instances(sock, "/depot/bay"), CONFD_ERR_OS, "cdb_num_instances", "/depot/bay: " + unknown));
 }
 
 TEST_F(CdbConnection, Close_ClosesTheDescriptorAlsoWhenItReportsAnError)
@@ -196,10 +198,10 @@ TEST_F(CdbConnection, Namespace_HoldsForItsSocketAlone)
 TEST_F(CdbConnection, SocketOfTheOtherKind_IsRefused)
 {
     open();
-    EXPECT_TRUE(
-        fails(cdb_exists(maapi, "/depot"), CONFD_ERR_PROTOUSAGE, "cdb_exists", "the socket is of the other kind"));
+    EXPECT_TRUE(fails(cdb_exists(maapi, "/depot"), CONFD_ERR_PROTOUSAGE, "cdb_exists",
+                      "/depot: the socket is of the other kind"));
     EXPECT_TRUE(fails(maapi_exists(cdb, th, "/depot"), CONFD_ERR_PROTOUSAGE, "maapi_exists",
-                      "the socket is of the other kind"));
+                      "/depot: the socket is of the other kind"));
 }
 
 TEST_F(CdbConnection, TwoDevices_EachAnswerOnTheirPort)

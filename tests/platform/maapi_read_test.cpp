@@ -80,7 +80,7 @@ TEST_F(MaapiRead, UnknownHandle_IsNoTransaction)
     open();
     const auto refused = [this](int thandle) {
         return fails(maapi_exists(maapi, thandle, "/depot"), CONFD_ERR_NOTRANS, "maapi_exists",
-                     "no transaction " + std::to_string(thandle) + " on the socket");
+                     "/depot: no transaction " + std::to_string(thandle) + " on the socket");
     };
     EXPECT_TRUE(refused(th + 1));
     EXPECT_TRUE(refused(-1));
@@ -104,9 +104,9 @@ TEST_F(MaapiRead, SocketOfADroppedTransaction_IsClosed)
     open();
     device.drop();
     EXPECT_TRUE(fails(maapi_exists(maapi, th, "/depot"), CONFD_ERR_OS, "maapi_exists",
-                      "socket " + std::to_string(maapi) + " is not connected to a device"));
+                      "/depot: socket " + std::to_string(maapi) + " is not connected to a device"));
     EXPECT_TRUE(fails(cdb_exists(cdb, "/depot"), CONFD_ERR_OS, "cdb_exists",
-                      "socket " + std::to_string(cdb) + " is not connected to a device"));
+                      "/depot: socket " + std::to_string(cdb) + " is not connected to a device"));
 }
 
 }  // namespace

@@ -97,23 +97,41 @@ bool Call::check_socket()
     return true;
 }
 
+void Call::name_path(const char* format, va_list arguments)
+{
+    format_ = format;
+    va_copy(format_arguments_, arguments);
+}
+
+Call::~Call()
+{
+    if (format_ != nullptr) {
+        va_end(format_arguments_);
+    }
+}
+
 bool Call::locate(const char* format, va_list arguments, store::Path* path)
 {
-    PathError error = device().keypaths().resolve(format, arguments, endpoint_->name_space, path);
-    if (error || recorded() || device().fault_plan().active()) {
-        path_ = format_template(format, arguments, &device().schema());
+    if (recorded() || device().fault_plan().active()) {
+        this->path();  // now, as the work may write where the arguments point to
     }
+    const PathError error = device().keypaths().resolve(format, arguments, endpoint_->name_space, path);
     if (error) {
         fail(error.code, error.detail);
         return false;
     }
-    located_ = path;
     return true;
 }
 
-std::string Call::path_text() const
+const std::string& Call::path() const
 {
-    return !path_.empty() || located_ == nullptr ? path_ : keypath_text(*located_);
+    if (path_.empty() && format_ != nullptr) {
+        va_list arguments;
+        va_copy(arguments, format_arguments_);
+        path_ = format_template(format_, arguments, endpoint_ == nullptr ? nullptr : &device().schema());
+        va_end(arguments);
+    }
+    return path_;
 }
 
 bool Call::planned_failure(int* result)
@@ -122,7 +140,7 @@ bool Call::planned_failure(int* result)
     if (!plan.active()) {
         return false;
     }
-    const auto planned = plan.next(function_, path_);
+    const auto planned = plan.next(function_, path());
     if (!planned) {
         return false;
     }
@@ -134,7 +152,7 @@ bool Call::planned_failure(int* result)
 int Call::fail(int code, std::string_view detail)
 {
     error_ = code;
-    return fail_call(function_, code, path_text(), detail);
+    return fail_call(function_, code, path(), detail);
 }
 
 int Call::fail(store::Result result)
@@ -174,8 +192,7 @@ int Call::finish(int result)
         }
     }
     if (recorded()) {
-        device().recorder().add(
-            {function_, path_text(), std::move(arguments_), result, result < 0 ? error_ : CONFD_OK});
+        device().recorder().add({function_, path(), std::move(arguments_), result, result < 0 ? error_ : CONFD_OK});
     }
     return result;
 }

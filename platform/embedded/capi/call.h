@@ -30,6 +30,9 @@ struct Handle {
 class Call {
 public:
     Call(Function function, Handle handle) : function_(function), handle_(handle) {}
+    ~Call();
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
 
     Device& device() const noexcept { return *endpoint_->device; }
     Endpoint& endpoint() const noexcept { return *endpoint_; }
@@ -37,6 +40,9 @@ public:
     // What the call reads: the stored configuration on a CDB socket, the transaction on a MAAPI socket.
     const store::Configuration& view() const noexcept;
     store::Configuration& transaction() const noexcept { return *device().transaction(); }
+
+    // The path as the program called it, its arguments filled in; empty where a call names none.
+    const std::string& path() const;
 
     // Fails the call: the work returns what this returns.
     int fail(int code, std::string_view detail = {});
@@ -51,19 +57,20 @@ public:
     bool begin();  // finds and checks the socket
     bool locate(const char* format, va_list arguments, store::Path* path);
     void name_path(const std::string& path) { path_ = path; }
+    void name_path(const char* format, va_list arguments);  // made into text when somebody asks for it
     bool planned_failure(int* result);
     int finish(int result);
 
 private:
     bool check_socket();
-    std::string path_text() const;
 
     Function function_;
     Handle handle_;
     Endpoint* endpoint_ = nullptr;
-    const store::Path* located_ = nullptr;
-    std::string path_;       // as the template says it; made only when somebody will see it
-    std::string arguments_;  //
+    const char* format_ = nullptr;  // with its arguments, until the path is made of them
+    mutable va_list format_arguments_;  // only copied, but va_copy takes no const one
+    mutable std::string path_;  // made only when somebody will see it
+    std::string arguments_;
     int error_ = CONFD_OK;
 };
 
@@ -85,6 +92,7 @@ template <typename Work>
 int run_call(Function function, Handle handle, const char* format, va_list arguments, Work&& work)
 {
     Call call(function, handle);
+    call.name_path(format, arguments);
     store::Path path;
     int result = CONFD_ERR;
     if (call.begin() && call.locate(format, arguments, &path) && !call.planned_failure(&result)) {

@@ -108,7 +108,7 @@ int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc, const char
         auto position = std::make_unique<Position>();
         position->device = &call.device();
         position->list = path;
-        position->path = keypath_text(path);
+        position->path = call.path();
         mc->position = position.release();
         call.device().cursor_opened();
         return CONFD_OK;
