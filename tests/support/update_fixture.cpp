@@ -79,9 +79,13 @@ std::string& UpdateTest::moduleText(std::string_view module)
 void UpdateTest::leafHasType(std::string_view module, std::string_view leaf, std::string_view type)
 {
     std::string& text = moduleText(module);
-    std::size_t node = text.find("leaf " + std::string(leaf) + " {");
+    const std::size_t slash = leaf.find('/');
+    const std::size_t list =
+        slash == std::string_view::npos ? 0 : text.find("list " + std::string(leaf.substr(0, slash)) + " {");
+    const std::string name(leaf.substr(slash == std::string_view::npos ? 0 : slash + 1));
+    std::size_t node = text.find("leaf " + name + " {", list);
     if (node == std::string::npos) {
-        node = text.find("leaf-list " + std::string(leaf) + " {");
+        node = text.find("leaf-list " + name + " {", list);
     }
     if (node == std::string::npos) {
         throw std::logic_error("module " + std::string(module) + " has no leaf " + std::string(leaf));

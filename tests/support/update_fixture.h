@@ -35,7 +35,8 @@ std::string planned(std::string_view function, std::string_view path);  // a fai
 class UpdateTest : public testing::Test {
 protected:
     // Gives a leaf or leaf-list of a module another type, to be called before anything is stored: the way to a value of
-    // the wrong type. Or makes a leaf-list a leaf.
+    // the wrong type. A name that the module has several times is told by its list, "vrf/name". Or makes a leaf-list a
+    // leaf.
     void leafHasType(std::string_view module, std::string_view leaf, std::string_view type);
     void leafListIsLeaf(std::string_view module, std::string_view name);
 
