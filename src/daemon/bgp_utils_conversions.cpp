@@ -1,0 +1,141 @@
+// Small conversions between the command line's values and the routing stack's: addresses, passwords, durations; the
+// search in a keypath, and the test of a regular expression.
+#include <regex.h>
+#include <string.h>
+
+#include <array>
+#include <cstdio>
+
+#include "bgp_update/bgp_utils.h"
+#include "confd/fault.h"
+#include "confd/type_check.h"
+#include "nz_address.h"
+#include "nzos_passwd.h"
+
+namespace {
+
+constexpr char kSource[] = "src/daemon/bgp_utils";
+
+// Address types of the MIBs.
+constexpr int kIpv4 = 1;
+constexpr int kIpv6 = 2;
+constexpr int kWholeAddress = 32;  // a prefix length
+
+constexpr std::size_t kDurationSize = 20;
+constexpr std::size_t kRangeTextSize = 64;
+constexpr unsigned int kNotFound = 0xFFFFFFFF;
+
+constexpr uint32_t kMinute = 60;
+constexpr uint32_t kHour = 60 * kMinute;
+constexpr uint32_t kDay = 24 * kHour;
+constexpr uint32_t kWeek = 7 * kDay;
+constexpr uint32_t kMonth = 30 * kDay;
+constexpr uint32_t kYear = 12 * kMonth;
+
+uint32_t seconds_of(const confd_value& value)
+{
+    switch (value.type) {
+        case C_INT32:
+            return static_cast<uint32_t>(CONFD_GET_INT32(&value));
+        case C_UINT32:
+            return CONFD_GET_UINT32(&value);
+        default:
+            return 0;
+    }
+}
+
+std::array<char, kDurationSize> duration_text(uint32_t total)
+{
+    const uint32_t years = total / kYear;
+    const uint32_t months = total % kYear / kMonth;
+    const uint32_t weeks = total % kYear % kMonth / kWeek;
+    const uint32_t days = total % kYear % kMonth % kWeek / kDay;
+    const uint32_t hours = total % kDay / kHour;
+    const uint32_t minutes = total % kHour / kMinute;
+    const uint32_t seconds = total % kMinute;
+    std::array<char, kDurationSize> text{};
+    if (years > 0) {
+        std::snprintf(text.data(), text.size(), "%02uy%02um%02uw", years, months, weeks);
+    } else if (months > 0) {
+        std::snprintf(text.data(), text.size(), "%02um%02uw%02ud", months, weeks, days);
+    } else if (weeks > 0) {
+        std::snprintf(text.data(), text.size(), "%02uw%02ud%02uh", weeks, days, hours);
+    } else if (days > 0) {
+        std::snprintf(text.data(), text.size(), "%02ud%02uh%02um", days, hours, minutes);
+    } else {
+        std::snprintf(text.data(), text.size(), "%02u:%02u:%02u", hours, minutes, seconds);
+    }
+    return text;
+}
+
+}  // namespace
+
+bool BgpUtils::is_IPv6(confd_value_t* val)
+{
+    BGP_REQUIRE_TYPE(__LINE__, val, C_ENUM_VALUE);
+    return CONFD_GET_ENUM_VALUE(val) == kIpv6;
+}
+
+int BgpUtils::IpToHexlist(confd_value* in, confd_value* out, int* addr_type)
+{
+    *addr_type = kIpv4;
+    if (in != nullptr && in->type == C_IPV4) {
+        return Ipv4TOhexlist(out, in, kWholeAddress);
+    }
+    if (in != nullptr && in->type == C_IPV6) {
+        *addr_type = kIpv6;
+        return Ipv6TOhexlist(out, in);
+    }
+    return Ipv4strTOhexlist(out, "0.0.0.0");
+}
+
+bool BgpUtils::regexp_valid(char* pattern)
+{
+    regex_t compiled;
+    if (regcomp(&compiled, pattern, REG_EXTENDED | REG_NOSUB) != 0) {
+        return false;
+    }
+    regfree(&compiled);
+    return true;
+}
+
+void BgpUtils::pwdTOhexliststr(confd_value_t* out, confd_value_t* val_in)
+{
+    BGP_REQUIRE_TYPE(__LINE__, val_in, C_BUF);
+    char* const decrypted = nzos_passwd_decrypt(CONFD_GET_CBUFPTR(val_in), 0);
+    void* const plain = decrypted != nullptr ? decrypted : static_cast<void*>(CONFD_GET_BUFPTR(val_in));
+    confd_value_t octets;
+    CONFD_SET_BINARY(&octets, plain, strlen(static_cast<const char*>(plain)));
+    confd_value_dup_to(&octets, out);
+    explicit_bzero(plain, CONFD_GET_BINARY_SIZE(&octets));
+    // Without a decrypted text this releases the octets of val_in, deliberately: callers count on being rid of them.
+    confd_free_dup_to_value(&octets);
+}
+
+confd_value* BgpUtils::SecondsToDuration(confd_value* out, confd_value* in)
+{
+    const std::array<char, kDurationSize> text = duration_text(seconds_of(*in));
+    confd_value_t borrowed;
+    CONFD_SET_CBUF(&borrowed, text.data(), strlen(text.data()));
+    return confd_value_dup_to(&borrowed, out);
+}
+
+unsigned int BgpUtils::Krfind(confd_hkeypath_t* keypath, unsigned int tag, int lower, int upper)
+{
+    if (lower < 0) {
+        confd::fault("Krfind", kSource, __LINE__, "lower index should be gt > -1");
+    }
+    if (upper != -1 && (lower >= upper || upper > keypath->len)) {
+        char text[kRangeTextSize];
+        std::snprintf(text, sizeof text, "invalid lower and upper range, len %d", keypath->len);
+        confd::fault("Krfind", kSource, __LINE__, text);
+    }
+    const int end = upper == -1 ? keypath->len : upper;
+    for (int i = lower; i < end; ++i) {
+        const confd_value_t& first = keypath->v[i][0];
+        if (first.type == C_XMLTAG && CONFD_GET_XMLTAG(&first) == tag) {
+            return static_cast<unsigned int>(i);
+        }
+    }
+    return kNotFound;
+}
