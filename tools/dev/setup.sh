@@ -6,6 +6,7 @@ build_packages=(
     libyang2-dev libxml2-dev libcli11-dev libfmt-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev librapidcheck-dev
     libyang2-tools binutils
+    clang-14 libclang-rt-14-dev
 )
 
 say() { printf '== %s\n' "$*"; }

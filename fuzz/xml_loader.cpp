@@ -1,0 +1,45 @@
+// Configuration files: a file is refused with a message that names it, or it loads, and then the configuration written
+// out again loads and is the same.
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "require.h"
+#include "xml/config_reader.h"
+#include "xml/config_writer.h"
+
+namespace {
+
+using bgp_fuzz::require;
+using bgp_platform::schema::Schema;
+using bgp_platform::store::Configuration;
+using bgp_platform::xml::config_text;
+using bgp_platform::xml::LoadError;
+using bgp_platform::xml::read_config_text;
+
+bool loads(std::string_view text, Configuration* into)
+{
+    try {
+        read_config_text(text, "fuzzed.xml", into);
+        return true;
+    } catch (const LoadError& error) {
+        const std::string message = error.what();
+        require(message.rfind("fuzzed.xml:", 0) == 0, "a refusal names the file", message);
+        return false;
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size)
+{
+    Configuration loaded(Schema::builtin());
+    if (!loads({reinterpret_cast<const char*>(bytes), size}, &loaded)) {
+        return 0;
+    }
+    const std::string text = config_text(loaded);
+    Configuration again(Schema::builtin());
+    require(loads(text, &again), "what was written loads", text);
+    require(config_text(again) == text, "what was loaded again is the same", text);
+    return 0;
+}
