@@ -29,28 +29,31 @@ enum class AddressFamily : int {
  * component of the VRF that the index belongs to (libvrfid.h); the instance's RTM entities are C for IPv4 and C + 1 for
  * IPv6.
  *
- * | operation               | reads                                | writes |
- * |-------------------------|--------------------------------------|---------------------------------------------------|
- * | Create                  | administrative-status of a path;     | what the four steps below write; bgpRmEntEntry, |
- * |                         | the host's interfaces, else          | bgpNmEntEntry; router-id-default-hidden when the |
- * |                         | router-id of /router/bgp             | router id comes from the interfaces | |
- * ForceCreateRtmEntries   |                                      | rtmEntityEntry of one address family              |
- * | CreateBgpAfiSafiEntries |                                      | bgpRmAfiSafiEntry, four rows | | CreateJoinEntries
- * |                                      | rtmMjEntry, two rows for the unicast families;    | | | | bgpRmAfmJoinEntry
- * | | CreateBgpListenEntries  |                                      | bgpNmListenEntry, two rows | | SetRouterId |
- * whether bgpRmEntEntry is there       | bgpRmEntLocalIdentifier; router-id-default-hidden | | SetAdminStatus | whether
- * bgpRmEntEntry is there       | bgpRmEntAdminStatus                               | | SetAsSize               |
- * whether bgpRmEntEntry is there       | bgpRmEntAsSize                                    | | SetClusterId | whether
- * bgpRmEntEntry is there       | bgpRmEntClusterId                                 | | SetDefLocPref           |
- * whether bgpRmEntEntry is there       | bgpRmEntDefLocalPref                              | | Remove | the rows of the
- * tables given         | deletes the instance's rows of the tables given,  | |                         | | its two BGP
- * joins of rtmMjEntry, bgpRmEntEntry;   | |                         |                                      | what the
- * operations below write                   | | RemoveRedistEntry       | rtmRedistEntry, redist-protocol      | deletes
- * the instance's rows of both               | | RemoveRedistNetwork     | a row of rtmRedistEntry-get          |
- * deletes that row, its rows of rtmRedistEntry-set  | |                         | | and rtmRedistEntry; | | | |
- * rtmRedistEntry_next_free_index after the last     | | RemoveSecondaryTables   | the number of rows of bgpRmEntEntry
- * | deletes the tables given                          | | ClearVpnRouteAddrType   | mplsVpnVpnRouteAddrType of entity 1
- * | the same                                          |
+ * | operation               | reads                                  | writes                                         |
+ * |-------------------------|----------------------------------------|------------------------------------------------|
+ * | Create                  | administrative-status of a path; the   | bgpRmEntEntry, bgpNmEntEntry and what the four |
+ * |                         | host's interfaces, else router-id of   | steps below write; router-id-default-hidden    |
+ * |                         | /router/bgp                            | when the id comes from the interfaces          |
+ * | ForceCreateRtmEntries   | nothing                                | rtmEntityEntry of one address family           |
+ * | CreateBgpAfiSafiEntries | nothing                                | bgpRmAfiSafiEntry, four rows                   |
+ * | CreateJoinEntries       | nothing                                | rtmMjEntry, two rows for the unicast families; |
+ * |                         |                                        | bgpRmAfmJoinEntry                              |
+ * | CreateBgpListenEntries  | nothing                                | bgpNmListenEntry, two rows                     |
+ * | SetRouterId             | whether bgpRmEntEntry is there         | bgpRmEntLocalIdentifier;                       |
+ * |                         |                                        | router-id-default-hidden                       |
+ * | SetAdminStatus          | whether bgpRmEntEntry is there         | bgpRmEntAdminStatus                            |
+ * | SetAsSize               | whether bgpRmEntEntry is there         | bgpRmEntAsSize                                 |
+ * | SetClusterId            | whether bgpRmEntEntry is there         | bgpRmEntClusterId                              |
+ * | SetDefLocPref           | whether bgpRmEntEntry is there         | bgpRmEntDefLocalPref                           |
+ * | Remove                  | the rows of the tables given           | deletes the instance's rows of these tables,   |
+ * |                         |                                        | its two BGP joins of rtmMjEntry and its        |
+ * |                         |                                        | bgpRmEntEntry; what the operations below write |
+ * | RemoveRedistEntry       | rtmRedistEntry, redist-protocol        | deletes the instance's rows of both            |
+ * | RemoveRedistNetwork     | a row of rtmRedistEntry-get            | deletes that row and its rows of               |
+ * |                         |                                        | rtmRedistEntry-set and rtmRedistEntry; after   |
+ * |                         |                                        | the last, rtmRedistEntry_next_free_index       |
+ * | RemoveSecondaryTables   | the number of rows of bgpRmEntEntry    | deletes the tables given                       |
+ * | ClearVpnRouteAddrType   | mplsVpnVpnRouteAddrType of entity 1    | the same                                       |
  *
  * Failures. Creation and the setters return no failed write: they end the process by the fault path (call stack, fault
  * report with the operation, "src/daemon/bgp_router_mgr", a line and the error's text, exit status 1), and what they
