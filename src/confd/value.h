@@ -52,4 +52,24 @@ private:
     std::vector<confd_value_t> values_;
 };
 
+// Consecutive tagged values for cdb_get_values(), with which leaves are read by their tags.
+class TaggedValueArray {
+public:
+    explicit TaggedValueArray(std::size_t count) : values_(count) {}
+    ~TaggedValueArray()
+    {
+        for (confd_tag_value_t& value : values_) {
+            confd_free_value(&value.v);
+        }
+    }
+    TaggedValueArray(const TaggedValueArray&) = delete;
+    TaggedValueArray& operator=(const TaggedValueArray&) = delete;
+
+    confd_tag_value_t* values() { return values_.data(); }
+    int count() const { return static_cast<int>(values_.size()); }
+
+private:
+    std::vector<confd_tag_value_t> values_;
+};
+
 }  // namespace confd
