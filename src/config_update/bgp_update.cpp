@@ -1,10 +1,18 @@
 // The upgrade's entry point: reads what decides which steps the stored BGP configuration needs, and runs them in their
-// fixed order. With no BGP router entity, or several, no step runs. Nothing is written here.
+// fixed order. With no BGP router entity, or several, only the closing steps run, each given the number of entities.
+// Nothing is written here.
 #include "bgp_update/update.h"
 
 #include <cstdint>
 
+#include "bgp_update/ipv6.h"
+#include "bgp_update/l3vpn.h"
+#include "bgp_update/neigh_config_afi_safi.h"
+#include "bgp_update/neigh_config_drop_warn.h"
+#include "bgp_update/prefix_list.h"
+#include "bgp_update/rm_index.h"
 #include "bgp_update/router_bgp.h"
+#include "bgp_update/vrf.h"
 #include "conf_updt_log.h"
 #include "confd/tags.h"
 #include "confd/type_check.h"
@@ -18,7 +26,8 @@ constexpr int32_t kFalse = 2;  // of the MIBs' truth values
 
 }  // namespace
 
-static void report_ipv6(int32_t cdb_socket, int entry, nzmw_log_t* log)
+// Enables IPv6 when the entity says that it does not support it.
+static void update_ipv6_support(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int entry, nzmw_log_t* log)
 {
     int32_t supported = 0;
     if (cdb_get_enum_value(cdb_socket, &supported, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntSupportIpv6",
@@ -27,7 +36,9 @@ static void report_ipv6(int32_t cdb_socket, int entry, nzmw_log_t* log)
         return;
     }
     nzmw_log_debug(log, "Read IPv6 flag %d for BGP entry %d", supported, entry);
-    if (supported != kFalse) {
+    if (supported == kFalse) {
+        update_ipv6(maapi_socket, thandle, cdb_socket);
+    } else {
         nzmw_log_debug(log, "IPv6 is already enabled for BGP entry : %d", entry);
     }
 }
@@ -36,9 +47,22 @@ static int32_t update_bgp_pfx(int32_t maapi_socket, int32_t thandle, int32_t cdb
 {
     update_router_bgp(maapi_socket, thandle, cdb_socket, entry);
     nzmw_log_debug(log, "Handling BGP entry : %d", entry);
-    report_ipv6(cdb_socket, entry, log);
+    update_ipv6_support(maapi_socket, thandle, cdb_socket, entry, log);
+    update_l3vpn(maapi_socket, thandle, cdb_socket);
 
     confd::Value temp;
+    if (cdb_get(cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntIndex", entry) == CONFD_OK) {
+        const int old_rules =
+            cdb_num_instances(cdb_socket, "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry");
+        const int prefix_lists = cdb_num_instances(cdb_socket, "/prefix-list");
+        if (old_rules > 0 && prefix_lists < 1) {
+            BGP_REQUIRE_TYPE(80, &temp, C_UINT32);
+            update_prefix_list(maapi_socket, thandle, cdb_socket, CONFD_GET_UINT32(&temp));
+        }
+        BGP_REQUIRE_TYPE(83, &temp, C_UINT32);
+        update_rm_index(maapi_socket, thandle, cdb_socket, CONFD_GET_UINT32(&temp));
+    }
+    temp.release();
     if (cdb_get(cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntLocalAs", entry) != CONFD_OK) {
         return 0;
     }
@@ -46,6 +70,10 @@ static int32_t update_bgp_pfx(int32_t maapi_socket, int32_t thandle, int32_t cdb
     BGP_REQUIRE_TYPE(91, &temp, C_UINT32);
     const int vrf_count = cdb_num_instances(cdb_socket, "/router/bgp{%u}/vrf", CONFD_GET_UINT32(&temp));
     nzmw_log_debug(log, "num bgp: %d, num_bgp_vrs: %d, err: %s\n", bgp_count, vrf_count, confd_lasterr());
+    if (vrf_count >= 1 && bgp_count == 1) {
+        BGP_REQUIRE_TYPE(95, &temp, C_UINT32);
+        update_vrf(maapi_socket, thandle, cdb_socket, CONFD_GET_UINT32(&temp));
+    }
     return 0;
 }
 
@@ -62,6 +90,10 @@ extern "C" int update(int maapi_socket, int thandle, int cdb_socket)
     } else {
         nzmw_log_debug(log, "No need to update others config\n");
     }
+    update_neigh_config_drop_warn(maapi_socket, thandle, cdb_socket, bgp_count);
+    update_neigh_config_afi_safi(maapi_socket, thandle, cdb_socket, bgp_count);
+    update_bgp_bvm_join(maapi_socket, thandle, cdb_socket, bgp_count);
+    update_vrf_ipv6(maapi_socket, thandle, cdb_socket, bgp_count);
     nzmw_log_debug(log, "Finishing BGP update\n");
     return 0;
 }
