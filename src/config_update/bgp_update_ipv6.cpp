@@ -7,7 +7,7 @@
 #include "confd/tags.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
-#include "config_update/row_batch.h"
+#include "config_update/stored_rows.h"
 #include "libvrfid.h"
 #include "nz_address.h"
 
@@ -191,13 +191,7 @@ static void disable_peer_ipv6(const confd::Transaction& transaction, nzmw_log_t*
                        "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry", confd_lasterr());
         return;
     }
-    confd_value_t disabled;
-    CONFD_SET_ENUM_VALUE(&disabled, kTrue);
-    nzmw_log_debug(log, "Will set %s/bgpPeerAfiSafiDisable", path);
-    if (transaction.set(&disabled, "%s/bgpPeerAfiSafiDisable", path) != CONFD_OK) {
-        nzmw_log_debug(log, "Failed to set val %d to bgpPeerAfiSafiDisable in entry BGP Peer AFI/SAFI %s, err: %s",
-                       kTrue, path, confd_lasterr());
-    }
+    disable_peer_family(transaction, log, path);
 }
 
 static int32_t update_peer_afi_safi(int32_t cdb_socket, int32_t maapi_socket, int32_t thandle, uint32_t entity)

@@ -5,7 +5,7 @@
 #include "conf_updt_log.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
-#include "config_update/row_batch.h"
+#include "config_update/stored_rows.h"
 #include "nz_address.h"
 
 namespace {
@@ -13,9 +13,8 @@ namespace {
 constexpr char kSource[] = "src/config_update/bgp_update_l3vpn";
 constexpr int kEntry = 0;  // the router entity, by its position
 constexpr uint32_t kMplsVpnEntity = 1;
-constexpr int32_t kTrue = 1;  // of the MIBs' truth values
-constexpr int32_t kFalse = 2;
-constexpr int32_t kDown = 2;  // of the administrative statuses
+constexpr int32_t kFalse = 2;  // of the MIBs' truth values
+constexpr int32_t kDown = 2;   // of the administrative statuses
 constexpr uint32_t kBvmPartner = 3;
 constexpr int kPathSize = 512;
 
@@ -41,13 +40,7 @@ static void create_peer_vpn_family(const confd::Transaction& transaction, nzmw_l
             entity, address, confd_lasterr());
         return;
     }
-    confd_value_t disabled;
-    CONFD_SET_ENUM_VALUE(&disabled, kTrue);
-    nzmw_log_debug(log, "Will set %s/bgpPeerAfiSafiDisable", path);
-    if (transaction.set(&disabled, "%s/bgpPeerAfiSafiDisable", path) != CONFD_OK) {
-        nzmw_log_debug(log, "Failed to set val %d to bgpPeerAfiSafiDisable in entry BGP Peer AFI/SAFI %s, err: %s",
-                       kTrue, path, confd_lasterr());
-    }
+    disable_peer_family(transaction, log, path);
 }
 
 static int32_t update_peer_afi_safi(int32_t cdb_socket, int32_t maapi_socket, int32_t thandle, uint32_t entity)

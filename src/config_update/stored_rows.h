@@ -1,9 +1,10 @@
-// All rows of a stored table, the first values of each, read in one call: how the address-family steps look at peers and
-// route maps.
+// What the address-family steps share: all rows of a stored table, the first values of each, read in one call, and what is
+// done to a peer whichever family it is about.
 #pragma once
 
 #include <cstdint>
 
+#include "confd/transaction.h"
 #include "confd/value.h"
 #include "confd_cdb.h"
 #include "nzmw_log.h"
@@ -34,3 +35,6 @@ private:
 
 // Whether a peer belongs to a router entity; logged when it does not.
 bool peer_belongs(uint32_t peer_entity, uint32_t entity, nzmw_log_t* log);
+
+// Marks a peer's address family, given by the path of its row, as disabled. A failure is logged.
+void disable_peer_family(const confd::Transaction& transaction, nzmw_log_t* log, const char* path);

@@ -1,4 +1,4 @@
-#include "config_update/row_batch.h"
+#include "config_update/stored_rows.h"
 
 #include <algorithm>
 
@@ -44,4 +44,16 @@ bool peer_belongs(uint32_t peer_entity, uint32_t entity, nzmw_log_t* log)
     }
     nzmw_log_debug(log, "Peer entity index (%u) differs from router entity index (%u)", peer_entity, entity);
     return false;
+}
+
+void disable_peer_family(const confd::Transaction& transaction, nzmw_log_t* log, const char* path)
+{
+    constexpr int32_t kTrue = 1;  // of the MIBs' truth values
+    confd_value_t disabled;
+    CONFD_SET_ENUM_VALUE(&disabled, kTrue);
+    nzmw_log_debug(log, "Will set %s/bgpPeerAfiSafiDisable", path);
+    if (transaction.set(&disabled, "%s/bgpPeerAfiSafiDisable", path) != CONFD_OK) {
+        nzmw_log_debug(log, "Failed to set val %d to bgpPeerAfiSafiDisable in entry BGP Peer AFI/SAFI %s, err: %s",
+                       kTrue, path, confd_lasterr());
+    }
 }
