@@ -5,9 +5,9 @@
 #include <netinet/in.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <memory>
-#include <string>
 
 #include "bgp_update/bgp_utils.h"
 #include "confd/fault.h"
@@ -35,8 +35,9 @@ in_addr address_of(const char* text, int fault_line)
 {
     in_addr address{};
     if (inet_pton(AF_INET, text, &address) != 1) {
-        confd::fault("GetRouterIdIp", kSource, fault_line,
-                     ("Could not convert " + std::string(text) + " to IPv4").c_str());
+        char said[confd::kFaultTextSize];
+        std::snprintf(said, sizeof said, "Could not convert %s to IPv4", text);
+        confd::fault("GetRouterIdIp", kSource, fault_line, said);
     }
     return address;
 }
