@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <exception>
 
+#include "generate.h"
 #include "options.h"
 #include "run.h"
 
@@ -30,6 +31,9 @@ ExitStatus run_command(int argc, const char* const* argv)
 {
     try {
         const bgp_rehearse::CommandLine command = bgp_rehearse::parse_command_line(argc, argv);
+        if (command.generate) {
+            return bgp_rehearse::generate(*command.generate);
+        }
         return command.run ? bgp_rehearse::run(*command.run) : command.status;
     } catch (const bgp_rehearse::CommandError& error) {
         fmt::print(stderr, "bgp-rehearse: {}\n", error.what());

@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include <arpa/inet.h>
+#include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 #include <sstream>
@@ -41,7 +42,7 @@ void refuse_empty(const CLI::Option& option, const std::string& name)
     }
 }
 
-void add_run(CLI::App* app, RunOptions* options)
+CLI::App* add_run(CLI::App* app, RunOptions* options)
 {
     CLI::App* run = app->add_subcommand("run", "Upgrade a copy of a stored configuration and report what changed");
     run->footer(kExitStatuses);
@@ -71,6 +72,34 @@ void add_run(CLI::App* app, RunOptions* options)
         refuse_empty(*output, "--output");
         refuse_empty(*log, "--log");
     });
+    return run;
+}
+
+void add_number(CLI::App* command, const char* name, uint32_t* number, uint32_t most, const std::string& what)
+{
+    command->add_option(name, *number, fmt::format("{} (default: {})", what, *number))
+        ->check(CLI::Range(uint32_t{0}, most))
+        ->option_text("N");
+}
+
+CLI::App* add_generate(CLI::App* app, GenerateOptions* options)
+{
+    using namespace bgp_generator;
+    CLI::App* generate = app->add_subcommand("generate", "Draw a configuration at random, the same for the same seed");
+    Settings* settings = &options->settings;
+    add_number(generate, "--neighbors", &settings->neighbors, kMostNeighbors, "Neighbours");
+    add_number(generate, "--vrfs", &settings->vrfs, kMostVrfs, "VRFs of the router");
+    add_number(generate, "--prefix-rules", &settings->prefix_rules, kMostPrefixRules, "Rules of prefix access lists");
+    add_number(generate, "--route-maps", &settings->route_maps, kMostRouteMaps, "Route map entries");
+    add_number(generate, "--entities", &settings->entities, kMostEntities, "BGP router entities");
+    generate->add_option("--seed", settings->seed, "What all else is drawn from (default: 0)")->option_text("N");
+    CLI::Option* output =
+        generate->add_option("-o,--output", options->output, "Write to a file (default: standard output)")
+            ->option_text("FILE");
+    generate->footer(
+        "Exit status: 0 written; 2 bad command line, nothing is written; 5 the configuration could not be written");
+    generate->final_callback([=] { refuse_empty(*output, "--output"); });
+    return generate;
 }
 
 }  // namespace
@@ -78,21 +107,29 @@ void add_run(CLI::App* app, RunOptions* options)
 CommandLine parse_command_line(int argc, const char* const* argv)
 {
     CLI::App app("Rehearses the upgrade of a network device's BGP configuration on this machine.", "bgp-rehearse");
-    RunOptions options;
-    options.interfaces = {in_addr{htonl(INADDR_LOOPBACK)}};
+    RunOptions run_options;
+    run_options.interfaces = {in_addr{htonl(INADDR_LOOPBACK)}};
+    GenerateOptions generate_options;
     app.set_version_flag("--version", "bgp-rehearse " BGP_REHEARSE_VERSION);
     app.require_subcommand(1);
-    app.footer("See bgp-rehearse run --help for the options of a rehearsal.");
-    app.failure_message([](const CLI::App*, const CLI::Error& error) {
-        return "bgp-rehearse: " + escaped(error.what()) + "\nbgp-rehearse run --help tells the options.\n";
+    app.footer(
+        "See bgp-rehearse run --help for the options of a rehearsal, bgp-rehearse generate --help for those of a "
+        "configuration.");
+    const CLI::App* run = add_run(&app, &run_options);
+    const CLI::App* generate = add_generate(&app, &generate_options);
+    app.failure_message([generate](const CLI::App*, const CLI::Error& error) {
+        return fmt::format("bgp-rehearse: {}\nbgp-rehearse {} --help tells the options.\n", escaped(error.what()),
+                           generate->parsed() ? "generate" : "run");
     });
-    add_run(&app, &options);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return {std::nullopt, app.exit(error) == 0 ? ExitStatus::Ok : ExitStatus::BadInput};
+        return {std::nullopt, std::nullopt, app.exit(error) == 0 ? ExitStatus::Ok : ExitStatus::BadInput};
     }
-    return {options, ExitStatus::Ok};
+    if (run->parsed()) {
+        return {run_options, std::nullopt, ExitStatus::Ok};
+    }
+    return {std::nullopt, generate_options, ExitStatus::Ok};
 }
 
 }  // namespace bgp_rehearse

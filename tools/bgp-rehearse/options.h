@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "configuration_generator.h"
 #include "exit_status.h"
 
 namespace bgp_rehearse {
@@ -28,10 +29,19 @@ struct RunOptions {
     bool log_in_file() const noexcept { return !log.empty() && !log_in_report(); }
 };
 
-// What a command line comes to: something to run, or a status to exit with at once (help and version were printed, or a
+// What `bgp-rehearse generate` was asked to do.
+struct GenerateOptions {
+    bgp_generator::Settings settings;
+    std::string output;  // where the configuration goes; empty or "-": to standard output
+
+    bool to_file() const noexcept { return !output.empty() && output != "-"; }
+};
+
+// What a command line comes to: something to do, or a status to exit with at once (help and version were printed, or a
 // message about the command line was).
 struct CommandLine {
     std::optional<RunOptions> run;
+    std::optional<GenerateOptions> generate;
     ExitStatus status = ExitStatus::Ok;
 };
 
