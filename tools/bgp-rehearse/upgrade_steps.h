@@ -1,0 +1,90 @@
+// Which steps of the upgrade ran, which had nothing to do and why, and what each asked of the C API: told from the log,
+// line by line, while the upgrade writes it.
+//
+//     UpgradeSteps steps([&device] { return totals_of(device.calls()); });
+//     device.log_sink = [&steps](std::string_view line) { steps.take(line); };
+//     update(...);
+//     steps.returned();
+//     for (const Step& step : steps.all()) ...
+//
+// Each step writes its first line before its first call and its last line after its last one, so that each call belongs
+// to one step. Calls outside of the steps belong to "update", which decides on them.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "capi/recorder.h"
+
+namespace bgp_rehearse {
+
+struct CallTotals {
+    std::size_t reads = 0;
+    std::size_t writes = 0;
+    std::size_t failed_writes = 0;  // of the writes
+};
+
+CallTotals totals_of(const bgp_platform::capi::CallCounts& counts) noexcept;
+
+// What came of a step; of several runs that which stands last here counts.
+enum class StepOutcome {
+    NotRun,
+    NothingToDo,
+    Ran,
+    Failed,  // it gave up
+    Ended,   // the upgrade ended in it
+};
+
+// "did not run", "nothing to do", "ran", "failed", "ended"
+const char* name_of(StepOutcome outcome) noexcept;
+
+struct Step {
+    const char* name = "";  // of its function
+    StepOutcome outcome = StepOutcome::NotRun;
+    std::string text;  // the log's line that tells why, without its line end; for a step that did not run and of
+                       // which the log is silent, the condition that was not met; empty where there is nothing to say
+    std::size_t runs = 0;                            // one for each entity that it ran for
+    std::optional<CallTotals> calls = CallTotals{};  // of all its runs; none when they are not known
+};
+
+class UpgradeSteps {
+public:
+    // `calls_so_far` is asked at the borders of steps for all calls since the upgrade began.
+    explicit UpgradeSteps(std::function<CallTotals()> calls_so_far);
+
+    // Takes a line of the log at the time that it is written. True when it began or ended a step or told why one is
+    // passed over; the other lines need not be given.
+    bool take(std::string_view line);
+
+    // The step that runs now, "update" between the steps.
+    const char* current() const noexcept { return steps_[current_].name; }
+
+    // The end of the upgrade: update() returned, or the upgrade ended where it was. `calls` are those up to that place,
+    // when they are known.
+    void returned();
+    void ended(const std::optional<CallTotals>& calls);
+
+    // "update" and then the steps in their order; none when no line of the log told of any.
+    const std::vector<Step>& all() const noexcept;
+
+private:
+    void begin(std::size_t step);
+    void finish(StepOutcome outcome, std::string_view line);
+    bool take_in_step(std::string_view line);
+    bool take_reason(std::string_view line);
+    void settle_calls(const CallTotals& so_far);
+    void give_reasons(std::size_t first_missed);
+
+    std::function<CallTotals()> calls_so_far_;
+    std::vector<Step> steps_;
+    std::size_t current_ = 0;
+    std::size_t last_begun_ = 0;
+    bool told_ = false;
+    CallTotals settled_;  // calls that are in a step's count
+};
+
+}  // namespace bgp_rehearse
