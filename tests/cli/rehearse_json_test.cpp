@@ -32,6 +32,7 @@ TEST_F(RehearseJson, UpgradeThatDoesNothing_HasAllMembers)
                                            {"loaded", {{"entries", 4}, {"values", 7}}},
                                            {"result", 0},
                                            {"ended", nullptr},
+                                           {"steps", json::array()},
                                            {"calls", json::object()},
                                            {"failed_writes", json::array()},
                                            {"faults", json::array()},

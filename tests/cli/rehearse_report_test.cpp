@@ -36,7 +36,7 @@ TEST_F(RehearseReport, UpgradeThatDoesNothing_IsASummary)
                                              "  library   " + (folder / "libfake.so") + "\n" +  //
                                              "  loaded    4 entries, 7 values\n" +              //
                                              "  update    returned 0: 0 log lines, 0 reads, 0 writes (0 failed)\n" +
-                                             "Changes: none\n");
+                                             "Steps: the log tells of none\n" + "Changes: none\n");
 }
 
 TEST_F(RehearseReport, Calls_AreCounted)

@@ -40,6 +40,17 @@ Fault fault_of(const Json& json)
     return fault;
 }
 
+Json calls_json(const CallTotals& calls)
+{
+    return {{"reads", calls.reads}, {"writes", calls.writes}, {"failed_writes", calls.failed_writes}};
+}
+
+CallTotals calls_of(const Json& json)
+{
+    return {json.at("reads").get<std::size_t>(), json.at("writes").get<std::size_t>(),
+            json.at("failed_writes").get<std::size_t>()};
+}
+
 Finished finished_of(const Json& json)
 {
     return {json.at("failures").get<bool>(), json.at("invalid").get<std::string>(),
@@ -56,10 +67,15 @@ void take_message(const std::string& kind, const Json& content, Told* told)
         told->log.push_back(content.get<std::string>());
     } else if (kind == "log_failed") {
         told->log_error = content.get<std::string>();
+    } else if (kind == "step_line") {
+        told->step_lines.push_back({content.at("line").get<std::string>(), calls_of(content.at("calls"))});
+        told->calls_at_report.reset();  // of a fault that the upgrade went on from
     } else if (kind == "fault") {
-        told->faults.push_back(fault_of(content));
+        told->faults.push_back(fault_of(content.at("fault")));
+        told->calls_at_report = calls_of(content.at("calls"));
     } else if (kind == "exception") {
-        told->exception = content.get<std::string>();
+        told->exception = content.at("text").get<std::string>();
+        told->calls_at_report = calls_of(content.at("calls"));
     } else if (kind == "returned") {
         told->returned = true;
     } else if (kind == "finished") {
@@ -85,13 +101,17 @@ void Teller::log_failed(const std::string& reason) const
 {
     send(channel_, "log_failed", reason);
 }
-void Teller::fault(const Fault& fault) const
+void Teller::step_line(std::string_view line, const CallTotals& calls) const
 {
-    send(channel_, "fault", fault_json(fault));
+    send(channel_, "step_line", {{"line", line}, {"calls", calls_json(calls)}});
 }
-void Teller::exception(const std::string& text) const
+void Teller::fault(const Fault& fault, const CallTotals& calls) const
 {
-    send(channel_, "exception", text);
+    send(channel_, "fault", {{"fault", fault_json(fault)}, {"calls", calls_json(calls)}});
+}
+void Teller::exception(const std::string& text, const CallTotals& calls) const
+{
+    send(channel_, "exception", {{"text", text}, {"calls", calls_json(calls)}});
 }
 void Teller::returned() const
 {

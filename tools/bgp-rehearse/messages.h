@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "middleware/middleware_state.h"
+#include "upgrade_steps.h"
 
 namespace bgp_rehearse {
 
@@ -23,17 +24,27 @@ class Teller {
 public:
     explicit Teller(int channel) : channel_(channel) {}
 
-    void library(const std::string& path) const;         // the library is open
-    void refused(const std::string& reason) const;       // it cannot be used
-    void log_line(std::string_view line) const;          //
-    void log_failed(const std::string& reason) const;    // the log's file could not be written any further
-    void fault(const bgp_platform::Fault& fault) const;  // reported by the upgrade, which may go on
-    void exception(const std::string& text) const;       // left update()
-    void returned() const;                               // update() has
+    void library(const std::string& path) const;       // the library is open
+    void refused(const std::string& reason) const;     // it cannot be used
+    void log_line(std::string_view line) const;        //
+    void log_failed(const std::string& reason) const;  // the log's file could not be written any further
+    void returned() const;                             // update() has
     void finished(const Finished& finished) const;
+
+    // With the calls made so far: a log line at the border of a step, a fault of an upgrade that may go on, and what
+    // left update().
+    void step_line(std::string_view line, const CallTotals& calls) const;
+    void fault(const bgp_platform::Fault& fault, const CallTotals& calls) const;
+    void exception(const std::string& text, const CallTotals& calls) const;
 
 private:
     int channel_;
+};
+
+// A log line at the border of a step, and all calls made until it was written.
+struct StepLine {
+    std::string line;
+    CallTotals calls;
 };
 
 // The parent's side: all that it was told.
@@ -42,6 +53,8 @@ struct Told {
     std::optional<std::string> refused;
     std::vector<std::string> log;
     std::string log_error;
+    std::vector<StepLine> step_lines;
+    std::optional<CallTotals> calls_at_report;  // made until the fault or exception that was told last
     std::vector<bgp_platform::Fault> faults;
     std::optional<std::string> exception;
     bool returned = false;

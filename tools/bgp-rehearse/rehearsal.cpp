@@ -27,10 +27,13 @@ using bgp_platform::Device;
 
 // Each line goes out with a write of its own, so that the log is complete up to the moment the upgrade ends, whichever
 // way it does.
-void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller)
+void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller, UpgradeSteps& steps)
 {
     const bool tell = options.json || options.log_in_report();
-    device.log_sink = [tell, teller, log, failed = false](std::string_view line) mutable {
+    device.log_sink = [&, tell, teller, log, failed = false](std::string_view line) mutable {
+        if (steps.take(line)) {
+            teller.step_line(line, totals_of(device.calls()));
+        }
         if (tell) {
             teller.log_line(line);
         }
@@ -49,9 +52,9 @@ std::optional<int> run_update(const UpgradeLibrary& library, Device& device, con
     try {
         return library.update(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket);
     } catch (const std::exception& error) {
-        teller.exception(error.what());
+        teller.exception(error.what(), totals_of(device.calls()));
     } catch (...) {
-        teller.exception("of a type that is not known");
+        teller.exception("of a type that is not known", totals_of(device.calls()));
     }
     return std::nullopt;
 }
@@ -120,14 +123,17 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     }
     report.library = upgrade_library->path();
     teller.library(report.library);
-    follow_log(options, device, files.log, teller);
-    device.fault_sink = [teller](const bgp_platform::Fault& fault) { teller.fault(fault); };
+    UpgradeSteps steps([&device] { return totals_of(device.calls()); });
+    follow_log(options, device, files.log, teller, steps);
+    device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault, totals_of(device.calls())); };
 
     const std::optional<int> result = run_update(*upgrade_library, device, teller);
     if (!result) {
         return EXIT_FAILURE;
     }
     teller.returned();
+    steps.returned();
+    report.steps = steps.all();
     report = complete_report(options, device, *result, std::move(report));
     Finished finished;
     finished.failures = has_failures(report);

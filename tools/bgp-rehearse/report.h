@@ -9,6 +9,7 @@
 #include "capi/recorder.h"
 #include "change_list.h"
 #include "middleware/middleware_state.h"
+#include "upgrade_steps.h"
 
 namespace bgp_rehearse {
 
@@ -43,9 +44,10 @@ struct Report {
     std::string configuration;
     std::string library;  // the file that the loader took
     ConfigurationSize loaded;
-    std::optional<Ended> ended;  // when set, nothing is known of what the upgrade did but its log
+    std::optional<Ended> ended;  // when set, nothing is known of what the upgrade did but log and steps
     int result = 0;              // of update()
     bgp_platform::capi::CallCounts calls;
+    std::vector<Step> steps;  // empty when the log tells of none
     std::vector<Change> changes;
     std::vector<bgp_platform::Fault> faults;  // reported without ending the upgrade
     std::vector<std::string> log;

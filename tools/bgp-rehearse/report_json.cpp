@@ -32,6 +32,15 @@ Json calls_json(const bgp_platform::capi::CallCounts& counts)
     return calls;
 }
 
+Json step_json(const Step& step)
+{
+    Json json = {{"name", step.name}, {"outcome", name_of(step.outcome)}, {"text", step.text}, {"runs", step.runs}};
+    json["reads"] = step.calls ? Json(step.calls->reads) : Json(nullptr);
+    json["writes"] = step.calls ? Json(step.calls->writes) : Json(nullptr);
+    json["failed_writes"] = step.calls ? Json(step.calls->failed_writes) : Json(nullptr);
+    return json;
+}
+
 Json failed_writes_json(const bgp_platform::capi::CallCounts& counts)
 {
     Json failed = Json::array();
@@ -111,6 +120,10 @@ std::string json_report(const Report& report)
     document["loaded"] = {{"entries", report.loaded.entries}, {"values", report.loaded.values}};
     document["result"] = report.ended ? Json(nullptr) : Json(report.result);
     document["ended"] = report.ended ? ended_json(*report.ended) : Json(nullptr);
+    document["steps"] = Json::array();
+    for (const Step& step : report.steps) {
+        document["steps"].push_back(step_json(step));
+    }
     document["calls"] = calls_json(report.calls);
     document["failed_writes"] = failed_writes_json(report.calls);
     document["faults"] = Json::array();

@@ -15,6 +15,8 @@ namespace bgp_rehearse {
 namespace {
 
 constexpr std::size_t kShownFailures = 5;
+constexpr std::size_t kStepNames = 29;       // room for the longest
+constexpr std::size_t kStepCalls = 13;       // room for "9,999 writes"
 constexpr std::size_t kNarrowestNames = 28;  // so that values of neighbouring entries stand under each other
 
 class TextReport {
@@ -24,6 +26,7 @@ public:
     std::string write()
     {
         summary();
+        steps();
         if (!report_.ended) {
             changes();
         }
@@ -57,6 +60,9 @@ private:
     void ending(const Ended& ended);
     void returned();
     void failures();
+    void steps();
+    void step(const Step& step);
+    std::string what_came_of(const Step& step) const;
     void changes();
     void totals(const ChangeTotals& totals);
     void change(const Change& change, std::size_t indent);
@@ -142,6 +148,45 @@ void TextReport::failures()
         fact("fault", red(fmt::format("{} ({}:{}): {}", escaped(fault.function), escaped(fault.source), fault.line,
                                       escaped(fault.text))));
     }
+}
+
+void TextReport::steps()
+{
+    line("{}", bold(report_.steps.empty() ? "Steps: the log tells of none" : "Steps:"));
+    for (const Step& each : report_.steps) {
+        step(each);
+    }
+}
+
+// A step that did not run made no calls.
+void TextReport::step(const Step& step)
+{
+    std::string reads;
+    std::string writes;
+    if (step.runs > 0 && step.calls) {
+        reads = counted(step.calls->reads, "read", "reads");
+        writes = counted(step.calls->writes, "write", "writes");
+    }
+    line("  {:<{}}  {:>{}}  {:>{}}  {}", step.name, kStepNames, reads, kStepCalls, writes, kStepCalls,
+         what_came_of(step));
+}
+
+std::string TextReport::what_came_of(const Step& step) const
+{
+    std::string what = name_of(step.outcome);
+    if (step.runs > 1) {
+        what += fmt::format(" {} times", grouped(step.runs));
+    }
+    if (!step.text.empty()) {
+        what += ": " + escaped(step.text);
+    }
+    if (step.outcome == StepOutcome::Failed || step.outcome == StepOutcome::Ended) {
+        what = red(what);
+    }
+    if (step.calls && step.calls->failed_writes > 0) {
+        what += " " + red(fmt::format("({} failed)", counted(step.calls->failed_writes, "write", "writes")));
+    }
+    return what;
 }
 
 void TextReport::changes()

@@ -96,6 +96,19 @@ Ended explain(const ChildEnd& end, const Told& told)
     return ended;
 }
 
+// The steps of an upgrade that ended early. After a signal or an exit nobody could tell of the last calls.
+std::vector<Step> steps_of(const Told& told)
+{
+    CallTotals calls;
+    UpgradeSteps steps([&calls] { return calls; });
+    for (const StepLine& each : told.step_lines) {
+        calls = each.calls;
+        steps.take(each.line);
+    }
+    steps.ended(told.calls_at_report);
+    return steps.all();
+}
+
 // How the command ends, and what it says about it on standard error; empty: nothing.
 struct Outcome {
     ExitStatus status = ExitStatus::Ok;
@@ -178,6 +191,7 @@ void Run::write_ended_report(Report report, const Ended& ended) const
     report.library = told_.library.empty() ? library_ : told_.library;
     report.ended = ended;
     report.log = told_.log;
+    report.steps = steps_of(told_);
     const std::string text = options_.json ? json_report(report) : text_report(report, wants_colour());
     if (ftruncate(report_file_, 0) != 0 || lseek(report_file_, 0, SEEK_SET) != 0 ||
         !write_all(report_file_, text.data(), text.size())) {

@@ -1,0 +1,258 @@
+// The steps in the report of bgp-rehearse: what ran, what had nothing to do and why, and with how many calls.
+#include <gmock/gmock.h>
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "cli/fake_library.h"
+#include "support/text_lines.h"
+
+namespace bgp_test {
+namespace {
+
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::string example(const std::string& name)
+{
+    return BGP_SOURCE_DIR "/examples/" + name + ".xml";
+}
+
+// The text without the first stretch from one text to the end of the next.
+std::string without(std::string text, const std::string& from, const std::string& to)
+{
+    const std::size_t start = text.find(from);
+    const std::size_t end = text.find(to, start);
+    if (start == std::string::npos || end == std::string::npos) {
+        throw std::invalid_argument("no " + from + " to " + to);
+    }
+    return text.erase(start, end + to.size() - start);
+}
+
+class RehearseSteps : public RehearseTest {
+protected:
+    static json report_of(std::vector<std::string> arguments, int status = 0)
+    {
+        arguments.insert(arguments.begin(), "run");
+        arguments.emplace_back("--json");
+        const CommandResult result = rehearse(arguments);
+        EXPECT_EQ(result.status, status) << result.err;
+        return json::parse(result.out);
+    }
+
+    // "update_vrf: did not run: why", a line for each step.
+    static std::vector<std::string> outcomes(const json& report)
+    {
+        std::vector<std::string> lines;
+        for (const json& step : report["steps"]) {
+            const auto text = step["text"].get<std::string>();
+            lines.push_back(step["name"].get<std::string>() + ": " + step["outcome"].get<std::string>() +
+                            (text.empty() ? "" : ": " + text));
+        }
+        return lines;
+    }
+
+    static json step_of(const json& report, const std::string& name)
+    {
+        for (const json& step : report["steps"]) {
+            if (step["name"] == name) {
+                return step;
+            }
+        }
+        throw std::invalid_argument("no step " + name);
+    }
+};
+
+// The section of the steps, line by line.
+std::vector<std::string> section(const std::string& report)
+{
+    const std::size_t start = report.find("Steps:");
+    return lines_of(report.substr(start, report.find("Changes:", start) - start));
+}
+
+TEST_F(RehearseSteps, RouterToUpgrade_RunsAllButVrfs)
+{
+    EXPECT_THAT(outcomes(report_of({example("edge-router")})),
+                ElementsAre("update: ran", "update_router_bgp: ran", "update_ipv6: ran", "update_l3vpn: ran",
+                            "update_prefix_list: ran", "update_rm_index: ran",
+                            StartsWith("update_vrf: did not run: num bgp: 1, num_bgp_vrs: 0, err: "),
+                            "update_neigh_config_drop_warn: ran", "update_neigh_config_afi_safi: ran",
+                            "update_bgp_bvm_join: ran", "update_vrf_ipv6: ran"));
+}
+
+TEST_F(RehearseSteps, UpgradedRouter_TellsWhyThereIsNothingToDo)
+{
+    EXPECT_THAT(section(rehearse({"run", example("upgraded")}).out),
+                ElementsAre("Steps:", "  update                               8 reads       0 writes  ran",
+                            "  update_router_bgp                    2 reads       0 writes  nothing to do: "
+                            "Router BGP high-level already exists  err:",
+                            "  update_ipv6                                                  did not run: "
+                            "IPv6 is already enabled for BGP entry : 0",
+                            "  update_l3vpn                         2 reads       0 writes  nothing to do: "
+                            "No need to update VpnEntry",
+                            "  update_prefix_list                                           did not run: no access "
+                            "list rules are stored, a prefix list is there already, or the entity's index cannot be "
+                            "read",
+                            "  update_rm_index                      2 reads       0 writes  nothing to do: "
+                            "No need to update rm index!",
+                            "  update_vrf                                                   did not run: "
+                            "num bgp: 1, num_bgp_vrs: 0, err:",
+                            "  update_neigh_config_drop_warn        8 reads       2 writes  ran",
+                            "  update_neigh_config_afi_safi        20 reads       0 writes  ran",
+                            "  update_bgp_bvm_join                  2 reads       0 writes  ran",
+                            "  update_vrf_ipv6                      4 reads       0 writes  ran"));
+}
+
+TEST_F(RehearseSteps, NoRouter_LeavesTheStepsOfARouterOut)
+{
+    const std::string others = ": did not run: No need to update others config";
+    EXPECT_THAT(
+        outcomes(report_of({config})),
+        ElementsAre("update: ran", "update_router_bgp" + others, "update_ipv6" + others, "update_l3vpn" + others,
+                    "update_prefix_list" + others, "update_rm_index" + others, "update_vrf" + others,
+                    "update_neigh_config_drop_warn: nothing to do: "
+                    "No need to update config - exit update_neigh_config_drop_warn",
+                    "update_neigh_config_afi_safi: nothing to do: "
+                    "No need to update config - exit update_neigh_config_afi_safi",
+                    "update_bgp_bvm_join: nothing to do: No need to update BGP and BVM join update",
+                    "update_vrf_ipv6: nothing to do: No BGP config to update"));
+}
+
+TEST_F(RehearseSteps, StepThatGaveUp_HasFailedWithTheLogsText)
+{
+    const std::string broken = folder.file(
+        "broken.xml", without(content_of(example("edge-router")), "<aallPreAccessListEntry_next_free_index>",
+                              "</aallPreAccessListEntry_next_free_index>"));
+    const json step = step_of(report_of({broken}), "update_prefix_list");
+    EXPECT_EQ(step["outcome"], "failed");
+    EXPECT_THAT(step["text"].get<std::string>(), StartsWith("Couldn't read next_free_index. err: cdb_get: "));
+    EXPECT_EQ(step["reads"], 1);
+    EXPECT_EQ(step["writes"], 0);
+}
+
+TEST_F(RehearseSteps, Fault_EndsItsStepAndNoneComesAfter)
+{
+    std::string configuration = content_of(example("provider-edge"));
+    const std::size_t blue = configuration.find("<name>blue</name>", configuration.find("<router "));
+    const std::string broken =
+        folder.file("broken.xml", configuration.substr(0, blue) + without(configuration.substr(blue), "<administrative",
+                                                                          "</administrative-status>"));
+    const json report = report_of({broken}, 1);
+    const std::string after = ": did not run: the upgrade ended before it";
+    EXPECT_THAT(
+        outcomes(report),
+        ElementsAre("update: ended", "update_router_bgp: nothing to do: Router BGP high-level already exists  err:",
+                    "update_ipv6: did not run: IPv6 is already enabled for BGP entry : 0",
+                    "update_l3vpn: nothing to do: No need to update VpnEntry",
+                    StartsWith("update_prefix_list: did not run: no access list rules"), "update_rm_index: ran",
+                    "update_vrf: ended", "update_neigh_config_drop_warn" + after,
+                    "update_neigh_config_afi_safi" + after, "update_bgp_bvm_join" + after, "update_vrf_ipv6" + after));
+    const json whole = report_of({example("provider-edge")});
+    for (const char* name : {"update", "update_l3vpn", "update_rm_index"}) {
+        EXPECT_EQ(step_of(report, name)["reads"], step_of(whole, name)["reads"]) << name;
+        EXPECT_EQ(step_of(report, name)["writes"], step_of(whole, name)["writes"]) << name;
+    }
+    EXPECT_GT(step_of(report, "update_vrf")["reads"], 0);
+    EXPECT_LT(step_of(report, "update_vrf")["reads"], step_of(whole, "update_vrf")["reads"]);
+}
+
+TEST_F(RehearseSteps, Signal_LeavesTheCallsOfItsStepUnknown)
+{
+    const std::string library = fake_library(folder, R"(
+        log("Starting BGP update\n");
+        cdb_num_instances(cdb, "/prefix-list");
+        log("Update BGP VRF\n");
+        maapi_create(maapi, th, "/router/bgp{%u}", 1u);
+        maapi_create(maapi, th, "/router/bgp{%u}", 1u);
+        log("Finishing VRF update\n");
+        log("Update BGP VRF IPv6\n");
+        cdb_num_instances(cdb, "/prefix-list");
+        kill(getpid(), SIGKILL);
+        return 0;)");
+    const std::vector<std::string> lines = section(rehearse({"run", config, "--library", library}).out);
+    EXPECT_THAT(lines, testing::IsSupersetOf({
+                           "  update                                1 read       0 writes  ended",
+                           "  update_vrf                           0 reads       2 writes  ran (1 write failed)",
+                           "  update_vrf_ipv6                                              ended",
+                       }));
+    const json step = step_of(report_of({config, "--library", library}, 1), "update_vrf_ipv6");
+    EXPECT_EQ(step, json({{"name", "update_vrf_ipv6"},
+                          {"outcome", "ended"},
+                          {"text", ""},
+                          {"runs", 1},
+                          {"reads", nullptr},
+                          {"writes", nullptr},
+                          {"failed_writes", nullptr}}));
+}
+
+TEST_F(RehearseSteps, Exception_CountsTheCallsBeforeIt)
+{
+    const json report = report_of({config, "--library", fake_library(folder, R"(
+        log("Update BGP VRF\n");
+        cdb_num_instances(cdb, "/prefix-list");
+        throw 5;)")},
+                                  1);
+    EXPECT_EQ(step_of(report, "update_vrf")["reads"], 1);
+}
+
+TEST_F(RehearseSteps, FaultThatTheUpgradeWentOnFrom_SaysNothingOfCallsAfterIt)
+{
+    const json report = report_of({config, "--library", fake_library(folder, R"(
+        log("Update BGP VRF\n");
+        nzmw_gen_fault(1, "f", "src/s", 5, "odd");
+        log("Finishing VRF update\n");
+        cdb_num_instances(cdb, "/prefix-list");
+        exit(3);)")},
+                                  1);
+    EXPECT_EQ(step_of(report, "update_vrf")["reads"], 0);
+    EXPECT_EQ(step_of(report, "update")["reads"], nullptr);
+}
+
+TEST_F(RehearseSteps, StepThatRanTwice_SaysSo)
+{
+    const std::string library = fake_library(folder, R"(
+        for (int i = 0; i < 2; ++i) {
+            log("Update BGP VRF\n");
+            cdb_num_instances(cdb, "/prefix-list");
+            log("Finishing VRF update\n");
+        }
+        return 0;)");
+    EXPECT_THAT(rehearse({"run", config, "--library", library}).out,
+                HasSubstr("  update_vrf                           2 reads       0 writes  ran 2 times\n"));
+}
+
+TEST_F(RehearseSteps, ControlCharactersInAReason_AreEscaped)
+{
+    const std::string library =
+        fake_library(folder, "log(\"Update BGP VRF\\n\"); log(\"Failed to read BGP VRF objects \\033[1m\"); return 0;");
+    EXPECT_THAT(rehearse({"run", config, "--library", library}).out,
+                HasSubstr("failed: Failed to read BGP VRF objects \\x1b[1m\n"));
+}
+
+TEST_F(RehearseSteps, Sums_AreTheTotalsOfTheSummary)
+{
+    for (const char* name : {"edge-router", "provider-edge", "upgraded"}) {
+        const std::string text = rehearse({"run", example(name)}).out;
+        std::size_t reads = 0;
+        std::size_t writes = 0;
+        std::size_t failed = 0;
+        ASSERT_EQ(std::sscanf(text.c_str() + text.find(" lines, ") + 8, "%zu reads, %zu writes (%zu failed)", &reads,
+                              &writes, &failed),
+                  3)
+            << text;
+        json sums = {{"reads", 0}, {"writes", 0}, {"failed_writes", 0}};
+        const json report = report_of({example(name)});
+        for (const json& step : report["steps"]) {
+            for (auto& [member, sum] : sums.items()) {
+                sum = sum.get<std::size_t>() + step[member].get<std::size_t>();
+            }
+        }
+        EXPECT_EQ(sums, json({{"reads", reads}, {"writes", writes}, {"failed_writes", failed}})) << name;
+    }
+}
+
+}  // namespace
+}  // namespace bgp_test
