@@ -46,24 +46,24 @@ uint32_t seconds_of(const confd_value& value)
 
 std::array<char, kDurationSize> duration_text(uint32_t total)
 {
-    const uint32_t years = total / kYear;
-    const uint32_t months = total % kYear / kMonth;
-    const uint32_t weeks = total % kYear % kMonth / kWeek;
-    const uint32_t days = total % kYear % kMonth % kWeek / kDay;
-    const uint32_t hours = total % kDay / kHour;
-    const uint32_t minutes = total % kHour / kMinute;
-    const uint32_t seconds = total % kMinute;
+    const int years = static_cast<int>(total / kYear);
+    const int months = static_cast<int>(total % kYear / kMonth);
+    const int weeks = static_cast<int>(total % kYear % kMonth / kWeek);
+    const int days = static_cast<int>(total % kYear % kMonth % kWeek / kDay);
+    const int hours = static_cast<int>(total % kDay / kHour);
+    const int minutes = static_cast<int>(total % kHour / kMinute);
+    const int seconds = static_cast<int>(total % kMinute);
     std::array<char, kDurationSize> text{};
     if (years > 0) {
-        std::snprintf(text.data(), text.size(), "%02uy%02um%02uw", years, months, weeks);
+        std::snprintf(text.data(), text.size(), "%02dy%02dm%02dw", years, months, weeks);
     } else if (months > 0) {
-        std::snprintf(text.data(), text.size(), "%02um%02uw%02ud", months, weeks, days);
+        std::snprintf(text.data(), text.size(), "%02dm%02dw%02dd", months, weeks, days);
     } else if (weeks > 0) {
-        std::snprintf(text.data(), text.size(), "%02uw%02ud%02uh", weeks, days, hours);
+        std::snprintf(text.data(), text.size(), "%02dw%02dd%02dh", weeks, days, hours);
     } else if (days > 0) {
-        std::snprintf(text.data(), text.size(), "%02ud%02uh%02um", days, hours, minutes);
+        std::snprintf(text.data(), text.size(), "%02dd%02dh%02dm", days, hours, minutes);
     } else {
-        std::snprintf(text.data(), text.size(), "%02u:%02u:%02u", hours, minutes, seconds);
+        std::snprintf(text.data(), text.size(), "%02d:%02d:%02d", hours, minutes, seconds);
     }
     return text;
 }
