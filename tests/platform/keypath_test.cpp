@@ -250,6 +250,16 @@ TEST_F(Keypath, FormattedOtherConversions_PrintAsPrintfDoes)
         << "a brace between quotes closes nothing";
 }
 
+// Only the start of a key opens a quote, and only a name is followed by an opening brace.
+TEST_F(Keypath, FormattedKeyWithAQuoteOrABraceInIt_EndsWhereItIsReadToEnd)
+{
+    EXPECT_EQ(formatted("/depot/shelf{9\"}%s/depth", ""), "/depot/shelf{9\"}/depth");
+    EXPECT_EQ(formatted("/depot/bay{3\" %x}", &right), "/depot/bay{3\" right}");
+    EXPECT_EQ(formatted("/depot/bay{{ %x}", &right), "/depot/bay{{ right}");
+    EXPECT_EQ(formatted("/depot/bay{%*x %x %x}", 0, &three, &three, &right), "/depot/bay{ 3 right}");
+    EXPECT_EQ(place("%s", formatted("/depot/shelf{9\"}%s/depth", "").c_str()), "/depot/shelf{\"9\\\"\"}/depth");
+}
+
 TEST_F(Keypath, FormattedTextKey_IsQuotedWhereItMustBe)
 {
     EXPECT_EQ(formatted("/depot/shelf{%s}", "a b"), "/depot/shelf{\"a b\"}");

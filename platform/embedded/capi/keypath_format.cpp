@@ -44,31 +44,34 @@ public:
     std::string format()
     {
         while (*at_ != '\0') {
+            const std::size_t before = text_.size();
             if (!conversion()) {
                 literal(*at_++);
+            } else if (text_.size() != before) {
+                key_starts_ = false;
             }
         }
         return std::move(text_);
     }
 
 private:
+    // As parse_template() reads it: a quote opens at the start of a key only, and a brace opens none within one.
     void literal(char letter)
     {
+        const bool key_starts = key_starts_;
+        key_starts_ = false;
         if (in_quotes_ && letter == '\\' && *at_ != '\0') {
             text_ += letter;
             letter = *at_++;
         } else if (in_quotes_) {
             in_quotes_ = letter != '"';
-        } else if (in_key_ && letter == '"') {
-            in_quotes_ = true;
+        } else if (in_key_) {
+            in_key_ = letter != '}';
+            in_quotes_ = key_starts && letter == '"';
+            key_starts_ = letter == ' ';
+            keys_ += letter == ' ' && !key_starts ? 1 : 0;
         } else if (letter == '{') {
             open();
-        } else if (letter == '}') {
-            in_key_ = false;
-        } else if (in_key_ && letter == ' ') {
-            if (text_.back() != '{' && text_.back() != ' ') {
-                ++keys_;
-            }
         }
         text_ += letter;
     }
@@ -76,6 +79,7 @@ private:
     void open()
     {
         in_key_ = true;
+        key_starts_ = true;
         keys_ = 0;
         record_ = nullptr;
         if (schema_ == nullptr) {
@@ -161,7 +165,8 @@ private:
     const schema::Schema* schema_;
     va_list arguments_;
     std::string text_;
-    bool in_key_ = false;
+    bool in_key_ = false;      // between braces
+    bool key_starts_ = false;  // behind the brace or a blank
     bool in_quotes_ = false;
     std::size_t keys_ = 0;  // of the brace that is open: keys written before the one at hand
     const schema::Record* record_ = nullptr;
