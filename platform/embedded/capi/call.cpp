@@ -10,8 +10,6 @@ namespace bgp_platform::capi {
 
 namespace {
 
-constexpr std::string_view kMasked = "********";
-
 // The text of the last error; the API hands out a pointer to it.
 std::string& last_error()
 {
@@ -192,7 +190,8 @@ int Call::finish(int result)
         }
     }
     if (recorded()) {
-        device().recorder().add({function_, path(), std::move(arguments_), result, result < 0 ? error_ : CONFD_OK});
+        device().recorder().add(
+            {function_, path(), std::move(arguments_), result, result < 0 ? error_ : CONFD_OK, std::move(values_)});
     }
     return result;
 }

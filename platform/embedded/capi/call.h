@@ -52,6 +52,7 @@ public:
     bool recorded() const noexcept { return device().recorder().on(); }
     void arguments(std::string text) { arguments_ = std::move(text); }
     void argument(const schema::Node* leaf, const confd_value_t& value);
+    void values(std::string text) { values_ = std::move(text); }
 
     // The three stages of a call; finish() must follow begin() whatever comes between.
     bool begin();  // finds and checks the socket
@@ -67,10 +68,11 @@ private:
     Function function_;
     Handle handle_;
     Endpoint* endpoint_ = nullptr;
-    const char* format_ = nullptr;  // with its arguments, until the path is made of them
+    const char* format_ = nullptr;      // with its arguments, until the path is made of them
     mutable va_list format_arguments_;  // only copied, but va_copy takes no const one
-    mutable std::string path_;  // made only when somebody will see it
+    mutable std::string path_;          // made only when somebody will see it
     std::string arguments_;
+    std::string values_;
     int error_ = CONFD_OK;
 };
 

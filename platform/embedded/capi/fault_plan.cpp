@@ -6,7 +6,7 @@ namespace bgp_platform::capi {
 
 void FaultPlan::fail_call(std::size_t n, PlannedFailure failure, bool from_there)
 {
-    by_count_ = ByCount{seen_ + n, failure, from_there};
+    by_count_.push_back({seen_ + n, failure, from_there});
 }
 
 void FaultPlan::fail(Function function, std::string path, PlannedFailure failure, std::size_t times, std::size_t skip)
@@ -17,15 +17,17 @@ void FaultPlan::fail(Function function, std::string path, PlannedFailure failure
 void FaultPlan::clear() noexcept
 {
     seen_ = 0;
-    by_count_.reset();
+    by_count_.clear();
     by_match_.clear();
 }
 
 std::optional<PlannedFailure> FaultPlan::next(Function function, const std::string& path)
 {
     ++seen_;
-    if (by_count_ && (seen_ == by_count_->n || (by_count_->from_there && seen_ > by_count_->n))) {
-        return by_count_->failure;
+    for (const ByCount& count : by_count_) {
+        if (seen_ == count.n || (count.from_there && seen_ > count.n)) {
+            return count.failure;
+        }
     }
     for (ByMatch& match : by_match_) {
         if (match.function != function || path.compare(0, match.path.size(), match.path) != 0) {

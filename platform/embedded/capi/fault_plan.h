@@ -22,7 +22,8 @@ struct PlannedFailure {
 
 class FaultPlan {
 public:
-    // The n-th call from now (1 is the next), whatever it is; with `from_there` every later one too.
+    // The n-th call from now (1 is the next), whatever it is; with `from_there` every later one too. Each use plans one
+    // more.
     void fail_call(std::size_t n, PlannedFailure failure = {}, bool from_there = false);
 
     // Calls of a function whose path begins with, or is, `path` (empty: any path), the first `times` of them after
@@ -31,7 +32,7 @@ public:
               std::size_t skip = 0);
 
     void clear() noexcept;
-    bool active() const noexcept { return by_count_.has_value() || !by_match_.empty(); }
+    bool active() const noexcept { return !by_count_.empty() || !by_match_.empty(); }
     std::size_t seen() const noexcept { return seen_; }  // calls since the last clear()
 
     // For the border of the C API: counts the call and says whether, and how, it fails.
@@ -52,7 +53,7 @@ private:
         std::size_t matched = 0;
     };
     std::size_t seen_ = 0;
-    std::optional<ByCount> by_count_;
+    std::vector<ByCount> by_count_;
     std::vector<ByMatch> by_match_;
 };
 

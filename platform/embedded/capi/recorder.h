@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "capi/function.h"
@@ -13,6 +14,8 @@ namespace bgp_platform::capi {
 
 // Whether a leaf's values are kept out of records, messages and reports: its name says password.
 bool is_secret(const schema::Node& leaf);
+bool is_secret(std::string_view leaf_name);
+inline constexpr char kMasked[] = "********";  // shown in their place
 
 // One call: function, the path it named (formatted; empty where it names none), its other arguments as text, its result
 // and, when it failed, the code. Values of secret leaves show as "********".
@@ -21,7 +24,8 @@ struct RecordedCall {
     std::string path;
     std::string arguments;
     int result = 0;
-    int error = 0;  // confd_errno after a failure, else 0
+    int error = 0;       // confd_errno after a failure, else 0
+    std::string values;  // of an array of tagged values that is written, each value: "bgpRmEntIndex=1 bgpRmEntAsSize=…"
 
     std::string text() const;  // "maapi_set_elem /router/bgp{65010}/as-size 2 -> 0"
 };

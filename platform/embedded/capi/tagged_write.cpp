@@ -171,9 +171,26 @@ private:
     TagCursor<const confd_tag_value_t> at_;
 };
 
+// For the record: each value by the name of its tag.
+std::string values_text(const schema::Schema& schema, const confd_tag_value_t* values, int n)
+{
+    std::string text;
+    for (int i = 0; i < n; ++i) {
+        const char* const known = schema.name_of(values[i].tag.tag);
+        const std::string name = known == nullptr ? std::to_string(values[i].tag.tag) : known;
+        char value[256];
+        confd_pp_value(value, sizeof value, &values[i].v);
+        text.append(i == 0 ? "" : " ").append(name).append("=").append(is_secret(name) ? kMasked : value);
+    }
+    return text;
+}
+
 int set_values(Call& call, const store::Path& path, const confd_tag_value_t* values, int n)
 {
-    call.arguments(std::to_string(n) + " values");
+    if (call.recorded()) {
+        call.arguments(std::to_string(n) + " values");
+        call.values(values_text(call.device().schema(), values, n));
+    }
     const bool rows = path.node != nullptr && (path.node->is_container() || path.node->kind == schema::NodeKind::List);
     if (!rows) {
         return call.fail(CONFD_ERR_BADPATH, "neither a container nor a list");
