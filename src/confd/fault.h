@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 
 #include "confd_lib.h"
 #include "nzmw_backtrace.h"
@@ -31,6 +32,19 @@ constexpr std::size_t kFaultTextSize = 350;
     std::snprintf(text, sizeof text, "error[%d]: %s \n", confd_errno, confd_lasterr());
     nzmw_gen_fault(kFaultSeverity, function, source, line, text);
     std::exit(1);
+}
+
+// For a C entry point, whose caller knows no exceptions: reports the one that is being handled, memory that ran out
+// among them. Only for a catch block.
+[[noreturn]] inline void fault_exception(const char* function, const char* source, int line)
+{
+    try {
+        throw;
+    } catch (const std::exception& error) {
+        fault(function, source, line, error.what());
+    } catch (...) {
+        fault(function, source, line, "an exception of a type that is not known");
+    }
 }
 
 }  // namespace confd

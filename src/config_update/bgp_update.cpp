@@ -14,6 +14,7 @@
 #include "bgp_update/router_bgp.h"
 #include "bgp_update/vrf.h"
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/tags.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -78,7 +79,7 @@ static int32_t update_bgp_pfx(int32_t maapi_socket, int32_t thandle, int32_t cdb
 }
 
 extern "C" int update(int maapi_socket, int thandle, int cdb_socket)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
 
     nzmw_log_debug(log, "Starting BGP update\n");
@@ -96,4 +97,6 @@ extern "C" int update(int maapi_socket, int thandle, int cdb_socket)
     update_vrf_ipv6(maapi_socket, thandle, cdb_socket, bgp_count);
     nzmw_log_debug(log, "Finishing BGP update\n");
     return 0;
+} catch (...) {
+    confd::fault_exception("update", kSource, __LINE__);
 }

@@ -4,6 +4,7 @@
 #include "bgp_update/router_bgp.h"
 
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/tags.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -140,7 +141,7 @@ static int32_t create_bgp_cluster_id(int32_t maapi_socket, int32_t cdb_socket, i
 }
 
 extern "C" int32_t update_router_bgp(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int entry)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
 
@@ -168,4 +169,6 @@ extern "C" int32_t update_router_bgp(int32_t maapi_socket, int32_t thandle, int3
     }
     nzmw_log_debug(log, "Finishing BGP router update\n");
     return 0;
+} catch (...) {
+    confd::fault_exception("update_router_bgp", kSource, __LINE__);
 }
