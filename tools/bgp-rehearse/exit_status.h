@@ -13,6 +13,7 @@ enum class ExitStatus : int {
     WritesFailed = 3,  // --strict: the upgrade returned, and something in it failed
     NotValid = 4,      // --commit-check: the result is not valid
     NotWritten = 5,    // the result, the log or the report could not be written
+    ContractBroken = 6,  // a sweep found the library's contract broken
 };
 
 // A failure that ends the command. The text says what was wanted, what is wrong and, where it helps, what to do.

@@ -26,14 +26,14 @@ void measure(const Row& row, ConfigurationSize* size)
 
 }  // namespace
 
-Device& load_device(const RunOptions& options)
+Device& load_device(const DeviceOptions& options, const std::string& configuration)
 {
     Device& device = *new Device;
     device.set_interfaces(options.interfaces);
     device.set_user_profile(options.user_profile);
-    ProgressLine progress("loading " + escaped(options.configuration));
+    ProgressLine progress("loading " + escaped(configuration));
     try {
-        device.load_file(options.configuration,
+        device.load_file(configuration,
                          [&](std::size_t bytes, std::size_t total) { progress.show(bytes, total); });
     } catch (const bgp_platform::xml::LoadError& error) {
         throw CommandError(ExitStatus::BadInput, escaped(error.what()));

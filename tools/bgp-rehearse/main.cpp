@@ -11,6 +11,7 @@
 #include "generate.h"
 #include "options.h"
 #include "run.h"
+#include "sweep.h"
 
 namespace {
 
@@ -33,6 +34,9 @@ ExitStatus run_command(int argc, const char* const* argv)
         const bgp_rehearse::CommandLine command = bgp_rehearse::parse_command_line(argc, argv);
         if (command.generate) {
             return bgp_rehearse::generate(*command.generate);
+        }
+        if (command.sweep) {
+            return bgp_rehearse::sweep(*command.sweep);
         }
         return command.run ? bgp_rehearse::run(*command.run) : command.status;
     } catch (const bgp_rehearse::CommandError& error) {

@@ -4,7 +4,9 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <sstream>
+#include <thread>
 
 #include "text_escape.h"
 
@@ -42,6 +44,25 @@ void refuse_empty(const CLI::Option& option, const std::string& name)
     }
 }
 
+CLI::Option* add_library(CLI::App* command, std::string* library)
+{
+    return command->add_option("--library", *library, "The upgrade library (default: this build's libbgp_update.so)")
+        ->option_text("PATH");
+}
+
+void add_device(CLI::App* command, DeviceOptions* device)
+{
+    command
+        ->add_option_function<std::string>(
+            "--interfaces", [device](const std::string& text) { device->interfaces = parse_addresses(text); },
+            "The device's IPv4 interface addresses, in order (default: 127.0.0.1)")
+        ->option_text("ADDR[,ADDR...]");
+    command
+        ->add_option("--user-profile", device->user_profile,
+                     "The user profile of the forwarding resources (default: 0)")
+        ->option_text("N");
+}
+
 CLI::App* add_run(CLI::App* app, RunOptions* options)
 {
     CLI::App* run = app->add_subcommand("run", "Upgrade a copy of a stored configuration and report what changed");
@@ -49,21 +70,13 @@ CLI::App* add_run(CLI::App* app, RunOptions* options)
     run->add_option("CONFIG.xml", options->configuration, "The stored configuration, in ConfD's XML load format")
         ->required()
         ->option_text(" ");
-    CLI::Option* library =
-        run->add_option("--library", options->library, "The upgrade library (default: this build's libbgp_update.so)")
-            ->option_text("PATH");
+    CLI::Option* library = add_library(run, &options->library);
     CLI::Option* output = run->add_option("-o,--output", options->output, "Write the upgraded configuration to a file")
                               ->option_text("OUT.xml");
     CLI::Option* log =
         run->add_option("--log", options->log, "Write the upgrade log to a file, or with - into the report")
             ->option_text("FILE");
-    run->add_option_function<std::string>(
-           "--interfaces", [options](const std::string& text) { options->interfaces = parse_addresses(text); },
-           "The device's IPv4 interface addresses, in order (default: 127.0.0.1)")
-        ->option_text("ADDR[,ADDR...]");
-    run->add_option("--user-profile", options->user_profile,
-                    "The user profile of the forwarding resources (default: 0)")
-        ->option_text("N");
+    add_device(run, &options->device);
     run->add_flag("--json", options->json, "Print the report as one JSON document");
     run->add_flag("--strict", options->strict, "Exit with 3 when a write or another part of the upgrade failed");
     run->add_flag("--commit-check", options->commit_check, "Validate the result against the YANG modules");
@@ -102,34 +115,81 @@ CLI::App* add_generate(CLI::App* app, GenerateOptions* options)
     return generate;
 }
 
+constexpr char kSweepStatuses[] =
+    "Exit status:\n"
+    "  0  the library kept its contract in every run\n"
+    "  1  the upgrade does not return even when nothing fails\n"
+    "  2  bad command line, configuration or library\n"
+    "  5  the report could not be written\n"
+    "  6  the contract was broken or, with --all-sites, a call site was not reached";
+
+CLI::App* add_sweep(CLI::App* app, SweepOptions* options)
+{
+    CLI::App* sweep = app->add_subcommand(
+        "sweep", "Make each call and each allocation of the upgrade fail in turn, and judge what it does");
+    sweep->footer(kSweepStatuses);
+    sweep->add_option("CONFIG.xml", options->configurations, "The stored configurations")
+        ->required()
+        ->option_text("...");
+    CLI::Option* library = add_library(sweep, &options->library);
+    add_device(sweep, &options->device);
+    sweep->add_option("--jobs", options->jobs, fmt::format("Runs at a time (default here: {})", options->jobs))
+        ->check(CLI::Range(1U, 256U))
+        ->option_text("N");
+    sweep->add_option("--every", options->every, "Only each N-th run (default: 1)")
+        ->check(CLI::Range(std::size_t{1}, std::size_t{1000000}))
+        ->option_text("N");
+    sweep->add_flag("--pairs", options->pairs, "Make all pairs of calls fail, too");
+    sweep->add_flag("--all-sites", options->all_sites, "Exit with 6 when a call site was not reached");
+    sweep->add_flag("--json", options->json, "Print the report as one JSON document");
+    sweep->final_callback([=] { refuse_empty(*library, "--library"); });
+    return sweep;
+}
+
+// The command that was named, for messages.
+std::string named(const CLI::App& app)
+{
+    const std::vector<CLI::App*> commands = app.get_subcommands();
+    return commands.empty() ? "run" : commands.front()->get_name();
+}
+
 }  // namespace
 
 CommandLine parse_command_line(int argc, const char* const* argv)
 {
     CLI::App app("Rehearses the upgrade of a network device's BGP configuration on this machine.", "bgp-rehearse");
     RunOptions run_options;
-    run_options.interfaces = {in_addr{htonl(INADDR_LOOPBACK)}};
+    run_options.device.interfaces = {in_addr{htonl(INADDR_LOOPBACK)}};
     GenerateOptions generate_options;
+    SweepOptions sweep_options;
+    sweep_options.device = run_options.device;
+    sweep_options.jobs = std::max(1U, std::thread::hardware_concurrency());
     app.set_version_flag("--version", "bgp-rehearse " BGP_REHEARSE_VERSION);
     app.require_subcommand(1);
     app.footer(
         "See bgp-rehearse run --help for the options of a rehearsal, bgp-rehearse generate --help for those of a "
-        "configuration.");
+        "configuration, bgp-rehearse sweep --help for those of a fault sweep.");
     const CLI::App* run = add_run(&app, &run_options);
     const CLI::App* generate = add_generate(&app, &generate_options);
-    app.failure_message([generate](const CLI::App*, const CLI::Error& error) {
+    add_sweep(&app, &sweep_options);
+    app.failure_message([](const CLI::App* parsed, const CLI::Error& error) {
         return fmt::format("bgp-rehearse: {}\nbgp-rehearse {} --help tells the options.\n", escaped(error.what()),
-                           generate->parsed() ? "generate" : "run");
+                           named(*parsed));
     });
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return {std::nullopt, std::nullopt, app.exit(error) == 0 ? ExitStatus::Ok : ExitStatus::BadInput};
+        return {std::nullopt, std::nullopt, std::nullopt, app.exit(error) == 0 ? ExitStatus::Ok : ExitStatus::BadInput};
     }
+    CommandLine command;
     if (run->parsed()) {
-        return {run_options, std::nullopt, ExitStatus::Ok};
+        command.run = run_options;
+    } else if (generate->parsed()) {
+        command.generate = generate_options;
+    } else {
+        command.sweep = sweep_options;
     }
-    return {std::nullopt, generate_options, ExitStatus::Ok};
+    return command;
 }
 
 }  // namespace bgp_rehearse

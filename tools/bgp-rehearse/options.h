@@ -13,14 +13,19 @@
 
 namespace bgp_rehearse {
 
+// The device that an upgrade is rehearsed on.
+struct DeviceOptions {
+    std::vector<in_addr> interfaces;  // its IPv4 interface addresses, in order
+    uint32_t user_profile = 0;        // of its forwarding resources
+};
+
 // What `bgp-rehearse run` was asked to do.
 struct RunOptions {
-    std::string configuration;        // the file to upgrade
-    std::string library;              // empty: the library that belongs to this build
-    std::string output;               // where the upgraded configuration goes; empty: nowhere
-    std::string log;                  // where the upgrade log goes; "-": into the report; empty: nowhere
-    std::vector<in_addr> interfaces;  // the device's IPv4 interface addresses, in order
-    uint32_t user_profile = 0;        // of the forwarding resources
+    std::string configuration;  // the file to upgrade
+    std::string library;        // empty: the library that belongs to this build
+    std::string output;         // where the upgraded configuration goes; empty: nowhere
+    std::string log;            // where the upgrade log goes; "-": into the report; empty: nowhere
+    DeviceOptions device;
     bool json = false;
     bool strict = false;
     bool commit_check = false;
@@ -37,11 +42,24 @@ struct GenerateOptions {
     bool to_file() const noexcept { return !output.empty() && output != "-"; }
 };
 
+// What `bgp-rehearse sweep` was asked to do.
+struct SweepOptions {
+    std::vector<std::string> configurations;  // the files to upgrade
+    std::string library;                      // empty: the library that belongs to this build
+    DeviceOptions device;
+    unsigned int jobs = 1;   // runs at a time
+    std::size_t every = 1;   // only each so manieth run
+    bool pairs = false;      // all pairs of failed calls, too
+    bool all_sites = false;  // a call site that was not reached counts as a failure
+    bool json = false;
+};
+
 // What a command line comes to: something to do, or a status to exit with at once (help and version were printed, or a
 // message about the command line was).
 struct CommandLine {
     std::optional<RunOptions> run;
     std::optional<GenerateOptions> generate;
+    std::optional<SweepOptions> sweep;
     ExitStatus status = ExitStatus::Ok;
 };
 

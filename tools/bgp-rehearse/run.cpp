@@ -257,7 +257,7 @@ ExitStatus run(const RunOptions& options)
 {
     const std::string library = find_library(options.library);
     const Targets targets = check_targets(options, library);
-    Run run(options, library, targets, load_device(options));
+    Run run(options, library, targets, load_device(options.device, options.configuration));
     const Outcome outcome = run.rehearse();
     print(run.report());
     if (!outcome.message.empty()) {

@@ -1,0 +1,28 @@
+// A process that does one piece of a sweep and tells the result as text through a pipe.
+#pragma once
+
+#include <sys/types.h>
+
+#include <functional>
+#include <string>
+
+namespace bgp_rehearse {
+
+class SweepProcess {
+public:
+    // Forks; the child runs `work` with the pipe's end to write to, and exits with its result. It ends with its
+    // parent. Throws CommandError when no process can be made.
+    explicit SweepProcess(const std::function<int(int channel)>& work);
+
+    struct End {
+        std::string text;  // all that came through the pipe
+        int status = 0;    // as waitpid() gives it
+    };
+    End wait();  // once
+
+private:
+    pid_t process_;
+    int channel_;
+};
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,24 @@
+// A call site of the upgrade: where it makes a call of the C API, told by what a reader of the library knows the place
+// by.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "capi/function.h"
+
+namespace bgp_rehearse {
+
+struct Site {
+    std::string step;  // "update_l3vpn"; "update" for what the entry point does itself
+    bgp_platform::capi::Function function = bgp_platform::capi::Function::cdb_get;
+    std::string path;  // the keypath without its keys, "/router/bgp{}/as-size"; empty where the call names none
+
+    // "update_router_bgp: maapi_set_elem /router/bgp{}/as-size"
+    std::string name() const;
+};
+
+// A keypath with nothing left between its braces and brackets. A quoted key may hold braces.
+std::string without_keys(std::string_view path);
+
+}  // namespace bgp_rehearse
