@@ -110,7 +110,7 @@ Call::~Call()
 
 bool Call::locate(const char* format, va_list arguments, store::Path* path)
 {
-    if (recorded() || device().fault_plan().active()) {
+    if (recorded()) {
         this->path();  // now, as the work may write where the arguments point to
     }
     const PathError error = device().keypaths().resolve(format, arguments, endpoint_->name_space, path);
@@ -138,7 +138,7 @@ bool Call::planned_failure(int* result)
     if (!plan.active()) {
         return false;
     }
-    const auto planned = plan.next(function_, path());
+    const auto planned = plan.next(function_, plan.looks_at_path(function_) ? path() : std::string());
     if (!planned) {
         return false;
     }

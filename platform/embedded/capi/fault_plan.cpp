@@ -1,5 +1,6 @@
 #include "capi/fault_plan.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace bgp_platform::capi {
@@ -19,6 +20,12 @@ void FaultPlan::clear() noexcept
     seen_ = 0;
     by_count_.clear();
     by_match_.clear();
+}
+
+bool FaultPlan::looks_at_path(Function function) const noexcept
+{
+    return std::any_of(by_match_.begin(), by_match_.end(),
+                       [function](const ByMatch& match) { return match.function == function && !match.path.empty(); });
 }
 
 std::optional<PlannedFailure> FaultPlan::next(Function function, const std::string& path)

@@ -35,7 +35,9 @@ public:
     bool active() const noexcept { return !by_count_.empty() || !by_match_.empty(); }
     std::size_t seen() const noexcept { return seen_; }  // calls since the last clear()
 
-    // For the border of the C API: counts the call and says whether, and how, it fails.
+    // For the border of the C API: whether the path of a function's calls matters (making its text takes time), and
+    // whether, and how, a call fails, which counts it.
+    bool looks_at_path(Function function) const noexcept;
     std::optional<PlannedFailure> next(Function function, const std::string& path);
 
 private:
