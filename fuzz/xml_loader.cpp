@@ -5,15 +5,14 @@
 #include <string_view>
 
 #include "require.h"
+#include "written_again.h"
 #include "xml/config_reader.h"
-#include "xml/config_writer.h"
 
 namespace {
 
 using bgp_fuzz::require;
 using bgp_platform::schema::Schema;
 using bgp_platform::store::Configuration;
-using bgp_platform::xml::config_text;
 using bgp_platform::xml::LoadError;
 using bgp_platform::xml::read_config_text;
 
@@ -34,12 +33,8 @@ bool loads(std::string_view text, Configuration* into)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size)
 {
     Configuration loaded(Schema::builtin());
-    if (!loads({reinterpret_cast<const char*>(bytes), size}, &loaded)) {
-        return 0;
+    if (loads({reinterpret_cast<const char*>(bytes), size}, &loaded)) {
+        bgp_fuzz::require_written_again(loaded);
     }
-    const std::string text = config_text(loaded);
-    Configuration again(Schema::builtin());
-    require(loads(text, &again), "what was written loads", text);
-    require(config_text(again) == text, "what was loaded again is the same", text);
     return 0;
 }
