@@ -174,6 +174,8 @@ TEST_F(Keypath, MalformedTemplate_IsBadPath)
     EXPECT_EQ(place("/depot/bay{%ld left}", 1L), "bad path: a conversion that keypaths do not have: %ld");
     EXPECT_EQ(place("/depot/bay[x]"), "bad path: a position is a number in square brackets");
     EXPECT_EQ(place("/depot/bay[%s]", "1"), "bad path: a position is a number in square brackets");
+    EXPECT_EQ(place("/depot/bay[%x20]", &three), "bad path: a position is a number in square brackets");
+    EXPECT_EQ(place("/depot/bay[%d0]", 2), "bad path: a position is a number in square brackets");
     EXPECT_EQ(place("/depot/label!"), "bad path: unexpected '!'");
     EXPECT_EQ(place("%s", static_cast<const char*>(nullptr)), "bad path: no text for a %s");
     EXPECT_EQ(place("/depot/lab%s", "el"), "bad path: there is no lab below /depot");

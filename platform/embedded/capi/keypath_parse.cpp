@@ -164,14 +164,17 @@ private:
     {
         Step& step = add(Step::Kind::Index);
         KeySource number;
+        bool is_position = false;
         if (conversion_here()) {
             number = parse_conversion();
+            is_position = number.kind == KeySource::Kind::Int || number.kind == KeySource::Kind::Unsigned;
+        } else {
+            while (std::isdigit(static_cast<unsigned char>(peek())) != 0) {
+                number.literal += text_[at_++];
+            }
+            is_position = !number.literal.empty();
         }
-        while (std::isdigit(static_cast<unsigned char>(peek())) != 0) {
-            number.literal += text_[at_++];
-        }
-        const bool counted = number.kind == KeySource::Kind::Int || number.kind == KeySource::Kind::Unsigned;
-        if (plan_.error.empty() && (counted == !number.literal.empty() || !take("]"))) {
+        if (plan_.error.empty() && (!is_position || !take("]"))) {
             fail("a position is a number in square brackets");
         }
         step.keys.push_back(std::move(number));
