@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <iterator>
 #include <string_view>
 
+#include "line_writer.h"
 #include "text_escape.h"
 
 namespace bgp_rehearse {
@@ -19,7 +19,7 @@ constexpr std::size_t kStepNames = 29;       // room for the longest
 constexpr std::size_t kStepCalls = 13;       // room for "9,999 writes"
 constexpr std::size_t kNarrowestNames = 28;  // so that values of neighbouring entries stand under each other
 
-class TextReport {
+class TextReport : LineWriter {
 public:
     TextReport(const Report& report, bool colour) : report_(report), colour_(colour) {}
 
@@ -37,13 +37,6 @@ public:
     }
 
 private:
-    template <typename... Arguments>
-    void line(fmt::format_string<Arguments...> format, Arguments&&... arguments)
-    {
-        fmt::format_to(std::back_inserter(out_), format, std::forward<Arguments>(arguments)...);
-        out_ += '\n';
-    }
-
     std::string painted(std::string_view text, const char* colour) const
     {
         return colour_ ? fmt::format("\033[{}m{}\033[0m", colour, text) : std::string(text);
@@ -72,7 +65,6 @@ private:
 
     const Report& report_;
     bool colour_;
-    std::string out_;
 };
 
 std::string grouped(std::size_t number)

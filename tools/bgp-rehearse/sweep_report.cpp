@@ -5,6 +5,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
+#include "line_writer.h"
 #include "text_escape.h"
 
 namespace bgp_rehearse {
@@ -35,7 +36,7 @@ const char* word_for(Must must)
     return "assertion";
 }
 
-class TextReport {
+class TextReport : LineWriter {
 public:
     explicit TextReport(const Tally& tally) : tally_(tally) {}
 
@@ -50,13 +51,6 @@ public:
     }
 
 private:
-    template <typename... Arguments>
-    void line(fmt::format_string<Arguments...> format, Arguments&&... arguments)
-    {
-        fmt::format_to(std::back_inserter(out_), format, std::forward<Arguments>(arguments)...);
-        out_ += '\n';
-    }
-
     void totals()
     {
         for (std::size_t kind = 0; kind < kRunKinds; ++kind) {
@@ -105,7 +99,6 @@ private:
     }
 
     const Tally& tally_;
-    std::string out_;
 };
 
 Json named(const std::array<std::size_t, kOutcomes>& outcomes)
