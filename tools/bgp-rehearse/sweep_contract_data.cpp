@@ -187,7 +187,8 @@ const std::vector<StepRules>& step_rules()
               logs("Failed to create BGP Peer AFI/SAFI ipv4 unicast internal hidden entry for BGP entity id: ")
                   .explaining(neighbor_families())},
              {F::maapi_set_elem, "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{}/bgpPeerAfiSafiDisable",
-              logs("Failed to set val 1 to bgpPeerAfiSafiDisable in entry BGP Peer AFI/SAFI ")},
+              logs("Failed to set val 1 to bgpPeerAfiSafiDisable in entry BGP Peer AFI/SAFI ")
+                  .explaining(neighbor_families())},
              {F::cdb_num_instances, "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry", goes_on()},
              {F::cdb_get_objects, "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry",
               logs("Could not get RouteMap entries, err: ")},
