@@ -9,6 +9,9 @@ build_packages=(
     clang-14 libclang-rt-14-dev
 )
 
+# What ./check needs besides.
+check_packages=(abigail-tools)
+
 say() { printf '== %s\n' "$*"; }
 
 as_root() {
