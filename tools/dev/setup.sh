@@ -8,6 +8,7 @@ build_packages=(
     libyang2-tools binutils
     clang-14 libclang-rt-14-dev
 )
+coverage_packages=(gcovr)
 
 # What ./check needs besides.
 check_packages=(abigail-tools)
