@@ -157,6 +157,20 @@ TEST_F(Ipv6, FlagNotSet_WritesNothingElse)
     expectChanges({});
 }
 
+// Names that several modules have are those of the BGP MIB from then on.
+TEST_F(Ipv6, Namespace_IsSetBeforeTheFirstWrite)
+{
+    stored(mib(kEntity));
+    faults().fail(Function::maapi_set_elem, kFlag);
+    device().recorder().start();
+    run(update_ipv6);
+    expectCalls({
+        "cdb_get /DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntIndex -> 0",
+        "maapi_set_namespace 82011741 -> 0",
+        std::string("maapi_set_elem ") + kFlag + " -> -1 (internal error)",
+    });
+}
+
 TEST_F(Ipv6, HiddenRouterRowNotCreated_LeavesTheFamilyOutAlone)
 {
     stored(mib(kEntity + kNmEntity));
