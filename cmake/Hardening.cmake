@@ -7,5 +7,7 @@ if(CMAKE_BUILD_TYPE STREQUAL "Release")
     check_pie_supported()
 endif()
 
-add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+if(NOT BGP_COVERAGE)  # counters find their sources by the whole path
+    add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
+endif()
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
