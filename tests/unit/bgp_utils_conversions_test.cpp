@@ -18,13 +18,22 @@ std::vector<std::string> wiped;  // what was overwritten before its memory was r
 
 }  // namespace
 
-// Stands before libc's, to see what it overwrites.
-extern "C" void explicit_bzero(void* memory, size_t size) noexcept
+// These stand before libc's, to see what they overwrite. The second is what a build with _FORTIFY_SOURCE calls.
+extern "C" {
+
+void explicit_bzero(void* memory, size_t size) noexcept
 {
     wiped.emplace_back(static_cast<const char*>(memory), size);
     using Wipe = void (*)(void*, size_t);
     static const auto libc = reinterpret_cast<Wipe>(dlsym(RTLD_NEXT, "explicit_bzero"));
     libc(memory, size);
+}
+
+// NOLINTNEXTLINE(bugprone-reserved-identifier): libc's name
+void __explicit_bzero_chk(void* memory, size_t size, size_t /*room*/) noexcept
+{
+    explicit_bzero(memory, size);
+}
 }
 
 namespace {
