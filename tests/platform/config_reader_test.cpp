@@ -15,6 +15,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/refused_text.h"
 #include "schema/schema.h"
 #include "store/changes.h"
 #include "store/configuration.h"
@@ -29,38 +30,14 @@ using bgp_platform::store::Row;
 using bgp_platform::xml::LoadError;
 using bgp_platform::xml::read_config_file;
 using bgp_platform::xml::read_config_text;
+using bgp_test::document;
+using bgp_test::refusal;
+using bgp_test::refusal_of_text;
+using bgp_test::router;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-// The top elements stand in line 1 of the document.
-std::string document(const std::string& elements)
-{
-    return "<config xmlns=\"http://tail-f.com/ns/config/1.0\">" + elements + "</config>";
-}
-
-std::string router(const std::string& content)
-{
-    return "<router xmlns=\"urn:bgp-update:yang:router\">" + content + "</router>";
-}
-
-std::string refusal_of_text(const std::string& text, const std::shared_ptr<const Schema>& schema = Schema::builtin())
-{
-    Configuration configuration(schema);
-    try {
-        read_config_text(text, "edge.xml", &configuration);
-    } catch (const LoadError& error) {
-        return error.what();
-    }
-    return "not refused";
-}
-
-// What is said about a router's content.
-std::string refusal(const std::string& content)
-{
-    return refusal_of_text(document(router(content)));
-}
 
 Configuration load(const std::string& elements, const std::shared_ptr<const Schema>& schema = Schema::builtin())
 {
@@ -317,18 +294,21 @@ TEST(ConfigReaderRefusals, DoctypeAndEntities_AreRefused)
               "edge.xml:1: a DOCTYPE is not allowed");
     EXPECT_EQ(refusal_of_text("<!DOCTYPE config SYSTEM \"file:///etc/hostname\">" + document("")),
               "edge.xml:1: a DOCTYPE is not allowed");
-    EXPECT_EQ(refusal("<bgp><as-number>&a;</as-number></bgp>"), "edge.xml:1: not well-formed: Entity 'a' not defined");
+    EXPECT_EQ(refusal("<bgp><as-number>&a;</as-number></bgp>"),
+              "edge.xml:1: /router/bgp/as-number: not well-formed: Entity 'a' not defined");
 }
 
 TEST(ConfigReaderRefusals, BrokenXml_IsToldInTheParsersWords)
 {
     EXPECT_THAT(refusal("\n<bgp></vrf>"),
-                StartsWith("edge.xml:2: not well-formed: Opening and ending tag mismatch: bgp"));
-    EXPECT_THAT(refusal_of_text(document(router("")).substr(0, 70)), StartsWith("edge.xml:1: not well-formed: "));
+                StartsWith("edge.xml:2: /router/bgp: not well-formed: Opening and ending tag mismatch: bgp"));
+    EXPECT_THAT(refusal_of_text(document(router("")).substr(0, 70)), StartsWith("edge.xml:1: /: not well-formed: "));
     EXPECT_THAT(refusal_of_text(document("") + "<more/>"), StartsWith("edge.xml:1: not well-formed: Extra content"));
-    EXPECT_THAT(refusal("<x:bgp/>"), EndsWith("not well-formed: Namespace prefix x on bgp is not defined"));
-    EXPECT_THAT(refusal("<bgp><as-number>\x01</as-number></bgp>"), StartsWith("edge.xml:1: not well-formed: "));
-    EXPECT_THAT(refusal("<bgp><as-number>\xff</as-number></bgp>"), StartsWith("edge.xml:1: not well-formed: "));
+    EXPECT_THAT(refusal("<x:bgp/>"), EndsWith("/router: not well-formed: Namespace prefix x on bgp is not defined"));
+    EXPECT_THAT(refusal("<bgp><as-number>\x01</as-number></bgp>"),
+                StartsWith("edge.xml:1: /router/bgp/as-number: not well-formed: "));
+    EXPECT_THAT(refusal("<bgp><as-number>\xff</as-number></bgp>"),
+                StartsWith("edge.xml:1: /router/bgp/as-number: not well-formed: "));
 }
 
 // The parser stops reading at such octets: behind the document's end, too, they must not pass for its end.

@@ -68,4 +68,10 @@ std::string in_quotes(std::string_view text)
     return result;
 }
 
+std::string shortened(std::string_view text)
+{
+    const std::string_view shown = shown_part(text);
+    return std::string(shown) + (shown.size() < text.size() ? "..." : "");
+}
+
 }  // namespace bgp_platform::schema

@@ -10,4 +10,7 @@ namespace bgp_platform::schema {
 // cut), with control characters, quotes and backslashes escaped.
 std::string in_quotes(std::string_view text);
 
+// The text's first 200 bytes (whole UTF-8 characters), "..." behind them when cut; nothing is escaped.
+std::string shortened(std::string_view text);
+
 }  // namespace bgp_platform::schema

@@ -15,6 +15,7 @@ namespace bgp_platform::xml {
 using schema::in_quotes;
 using schema::Node;
 using schema::NodeKind;
+using schema::shortened;
 using schema::Value;
 
 namespace {
@@ -33,6 +34,11 @@ std::string_view trimmed(std::string_view text)
 bool holds_text(const Node* node)
 {
     return node != nullptr && (node->kind == NodeKind::Leaf || node->kind == NodeKind::LeafList);
+}
+
+std::string element(std::string_view name)
+{
+    return "element <" + shortened(name) + ">";
 }
 
 const Node* missing_key(const store::Row& entry)
@@ -65,7 +71,7 @@ void ConfigLoader::start_element(const char* name, const char* uri, int line)
     }
     const Open& around = open_.back();
     if (holds_text(around.node)) {
-        refuse(line, "element <" + std::string(name) + "> stands in a leaf");
+        refuse(line, element(name) + " stands in a leaf");
     }
     const Node& node = find_node(name, uri, line);
     Open opened{&node, {}, around.row, line};
@@ -82,7 +88,7 @@ void ConfigLoader::start_element(const char* name, const char* uri, int line)
 void ConfigLoader::open_document(const char* name, const char* uri, int line)
 {
     if (name != std::string_view(kConfigElement) || uri == nullptr || uri != std::string_view(kConfigNamespace)) {
-        refuse_document(line, "the outermost element is <" + std::string(name) + ">; a configuration stands in <" +
+        refuse_document(line, "the outermost element is <" + shortened(name) + ">; a configuration stands in <" +
                                   kConfigElement + " xmlns=\"" + kConfigNamespace + "\">");
     }
     open_.push_back({nullptr, {}, &root_, line});
@@ -100,7 +106,7 @@ const Node& ConfigLoader::find_node(const char* name, const char* uri, int line)
         refuse_name(name, uri, line);
     }
     if (node->state) {
-        refuse(line, "element <" + std::string(name) + "> is state, not configuration");
+        refuse(line, element(name) + " is state, not configuration");
     }
     known_.insert_or_assign(key, Known{uri, node});
     return *node;
@@ -200,7 +206,15 @@ void ConfigLoader::text(std::string_view piece, int line)
 
 void ConfigLoader::refuse_attribute(std::string_view attribute) const
 {
-    refuse(open_.back().line, "the attribute " + std::string(attribute) + " is not supported; only xmlns is");
+    refuse(open_.back().line, "the attribute " + shortened(attribute) + " is not supported; only xmlns is");
+}
+
+void ConfigLoader::refuse_markup(int line, const std::string& what) const
+{
+    if (open_.empty()) {
+        refuse_document(line, what);
+    }
+    refuse(line, what);
 }
 
 void ConfigLoader::refuse_document(int line, const std::string& what) const
@@ -216,13 +230,12 @@ void ConfigLoader::refuse(int line, const std::string& what) const
 void ConfigLoader::refuse_name(const char* name, const char* uri, int line) const
 {
     const Node* const parent = open_.back().node;
-    const std::string element = "element <" + std::string(name) + ">";
     const Node* const namesake = parent == nullptr ? schema_.top_node(name, nullptr) : parent->child(name);
     if (namesake == nullptr) {
-        refuse(line, element + " is not in the data model");
+        refuse(line, element(name) + " is not in the data model");
     }
     const std::string found = uri == nullptr ? "no namespace" : "the namespace " + in_quotes(uri);
-    refuse(line, element + " has " + found + " instead of " + in_quotes(namesake->module->uri));
+    refuse(line, element(name) + " has " + found + " instead of " + in_quotes(namesake->module->uri));
 }
 
 // "/router/bgp{65010}/as-size" of the innermost open element; "/" of the outermost. Entries whose key is not whole
@@ -236,7 +249,7 @@ std::string ConfigLoader::path() const
         }
         path += "/" + open.node->name;
         if (open.entry && missing_key(*open.entry) == nullptr) {
-            path += "{" + store::key_text(*open.entry) + "}";
+            path += "{" + shortened(store::key_text(*open.entry)) + "}";
         }
     }
     return path.empty() ? "/" : path;

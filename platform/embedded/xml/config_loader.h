@@ -28,7 +28,8 @@ public:
     // Attributes mean nothing here: the one just opened has one.
     [[noreturn]] void refuse_attribute(std::string_view attribute) const;
 
-    [[noreturn]] void refuse_document(int line, const std::string& what) const;
+    // What the parser itself finds wrong, or is not allowed.
+    [[noreturn]] void refuse_markup(int line, const std::string& what) const;
 
 private:
     // An element that is open.
@@ -60,6 +61,7 @@ private:
     void close_list_entry(const Open& entry);
     schema::Value value_of(const Open& leaf) const;
 
+    [[noreturn]] void refuse_document(int line, const std::string& what) const;
     [[noreturn]] void refuse(int line, const std::string& what) const;  // at the innermost open element
     [[noreturn]] void refuse_name(const char* name, const char* uri, int line) const;
     std::string path() const;

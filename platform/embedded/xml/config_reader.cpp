@@ -14,6 +14,7 @@
 #include <memory>
 #include <system_error>
 
+#include "schema/quote.h"
 #include "xml/config_loader.h"
 
 namespace bgp_platform::xml {
@@ -94,6 +95,14 @@ private:
     std::size_t reported_ = 0;
     std::size_t total_ = 0;
 };
+
+// The parser's message without the piece of the document that some have behind a line end, or as bytes.
+std::string_view without_excerpt(std::string_view message)
+{
+    message = message.substr(0, message.find(", bytes 0x"));
+    message = message.substr(0, message.find('\n'));
+    return message.substr(0, message.find_last_not_of(" :") + 1);
+}
 
 std::string_view text_of(const xmlChar* text)
 {
@@ -224,15 +233,14 @@ private:
 
     static void doctype(void* parse, const xmlChar* /*name*/, const xmlChar* /*external*/, const xmlChar* /*system*/)
     {
-        self(parse).guarded(
-            [&] { self(parse).loader_.refuse_document(self(parse).line(), "a DOCTYPE is not allowed"); });
+        self(parse).guarded([&] { self(parse).loader_.refuse_markup(self(parse).line(), "a DOCTYPE is not allowed"); });
     }
 
     static void entity_reference(void* parse, const xmlChar* name)
     {
         self(parse).guarded([&] {
-            self(parse).loader_.refuse_document(
-                self(parse).line(), "the entity reference &" + std::string(text_of(name)) + "; is not allowed");
+            self(parse).loader_.refuse_markup(
+                self(parse).line(), "the entity reference &" + schema::shortened(text_of(name)) + "; is not allowed");
         });
     }
 
@@ -243,9 +251,9 @@ private:
         }
         Parse& me = self(parse);
         me.guarded([&] {
-            std::string what = error->message != nullptr ? error->message : "unknown error";
-            what.erase(what.find_last_not_of('\n') + 1);
-            me.loader_.refuse_document(error->line > 0 ? error->line : me.line(), "not well-formed: " + what);
+            const std::string_view what = without_excerpt(error->message != nullptr ? error->message : "unknown error");
+            me.loader_.refuse_markup(error->line > 0 ? error->line : me.line(),
+                                     "not well-formed: " + schema::shortened(what));
         });
     }
 

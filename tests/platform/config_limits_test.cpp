@@ -1,0 +1,43 @@
+// How deep a configuration may be, and what is shown of one that is refused: a bounded part of long texts.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/refused_text.h"
+
+namespace bgp_test {
+namespace {
+
+using testing::HasSubstr;
+
+TEST(ConfigLimits, LongNameOrKey_IsQuotedWithinBounds)
+{
+    const std::string name(5000, 'n');
+    const std::string shown = std::string(200, 'n') + "...";
+    EXPECT_EQ(refusal("<" + name + "/>"), "edge.xml:1: /router: element <" + shown + "> is not in the data model");
+    EXPECT_EQ(refusal("<bgp><as-number><" + name + "/></as-number></bgp>"),
+              "edge.xml:1: /router/bgp/as-number: element <" + shown + "> stands in a leaf");
+    EXPECT_EQ(refusal("<bgp " + name + "=\"\"/>"),
+              "edge.xml:1: /router/bgp: the attribute " + shown + " is not supported; only xmlns is");
+    EXPECT_THAT(refusal("<bgp xmlns=\"" + name + "\"/>"),
+                HasSubstr("the namespace \"" + std::string(200, 'n') + "\"..."));
+    EXPECT_THAT(refusal_of_text("<" + name + "/>"), HasSubstr("the outermost element is <" + shown + ">"));
+    for (const std::string& markup : {"<" + name + ":bgp/>", "&" + name + ";", "<bgp></" + name + ">"}) {
+        const std::string message = refusal(markup);
+        EXPECT_THAT(message, HasSubstr("not well-formed: "));
+        EXPECT_LT(message.size(), 300U) << message;
+    }
+    EXPECT_EQ(refusal("<bgp><as-number>1</as-number><vrf><name>" + name + "</name><odd/></vrf></bgp>"),
+              "edge.xml:1: /router/bgp{1}/vrf{" + shown + "}: element <odd> is not in the data model");
+}
+
+TEST(ConfigLimits, DeepElements_EndWhereTheModelEnds)
+{
+    std::string deep;
+    for (int i = 0; i < 100000; ++i) {
+        deep += "<bgp>";
+    }
+    EXPECT_EQ(refusal(deep), "edge.xml:1: /router/bgp/bgp: element <bgp> is not in the data model");
+}
+
+}  // namespace
+}  // namespace bgp_test
