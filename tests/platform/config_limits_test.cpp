@@ -1,4 +1,5 @@
-// How deep a configuration may be, and what is shown of one that is refused: a bounded part of long texts.
+// How deep a configuration may be, and what is shown of one that is refused: a bounded part of long texts, and
+// nothing of passwords.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -7,7 +8,18 @@
 namespace bgp_test {
 namespace {
 
+using bgp_platform::schema::Schema;
+using testing::EndsWith;
 using testing::HasSubstr;
+
+// What is said about a neighbour's password.
+std::string refusal_of_password(const std::string& content)
+{
+    return refusal_of_text(
+        document("<DC-BGP-MIB xmlns=\"http://tail-f.com/ns/mibs/DC-BGP-MIB\"><bgpPeerTable><bgpPeerEntry>"
+                 "<bgpPeerConfigPassword>" +
+                 content + "</bgpPeerConfigPassword></bgpPeerEntry></bgpPeerTable></DC-BGP-MIB>"));
+}
 
 TEST(ConfigLimits, LongNameOrKey_IsQuotedWithinBounds)
 {
@@ -28,6 +40,23 @@ TEST(ConfigLimits, LongNameOrKey_IsQuotedWithinBounds)
     }
     EXPECT_EQ(refusal("<bgp><as-number>1</as-number><vrf><name>" + name + "</name><odd/></vrf></bgp>"),
               "edge.xml:1: /router/bgp{1}/vrf{" + shown + "}: element <odd> is not in the data model");
+}
+
+TEST(ConfigLimits, PasswordThatIsRefused_IsNotShown)
+{
+    const std::string place = "edge.xml:1: /DC-BGP-MIB/bgpPeerTable/bgpPeerEntry/bgpPeerConfigPassword: ";
+    EXPECT_EQ(refusal_of_password("a&hush;b"), place + "not well-formed; what stands here is not shown");
+    EXPECT_EQ(refusal_of_password("a<hush b"), place + "not well-formed; what stands here is not shown");
+    EXPECT_EQ(refusal_of_password("a\xFFhush"), place + "not well-formed; what stands here is not shown");
+    EXPECT_THAT(refusal_of_text(document("<!-- <bgpPeerConfigPassword>hush")), EndsWith(": Comment not terminated"));
+    EXPECT_EQ(refusal_of_password("a<hush>b</hush>"), place + "an element stands in a leaf");
+    EXPECT_EQ(refusal_of_password("hush</bgpPeerConfigPassword><bgpPeerConfigPassword>hush"),
+              place + "the leaf stands here twice");
+    const auto schema = Schema::from_modules(
+        {{"small",
+          "module small { namespace \"urn:small\"; prefix s; leaf password { type string { length 1..3; } } }"}});
+    EXPECT_EQ(refusal_of_text(document("<password xmlns=\"urn:small\">hush</password>"), schema),
+              "edge.xml:1: /password: not a value of the leaf's type");
 }
 
 TEST(ConfigLimits, DeepElements_EndWhereTheModelEnds)

@@ -38,8 +38,7 @@ std::optional<std::string> value_text(const Node& node, const Value& value)
 
 Leaf make_leaf(const Node& node, const Value& before, const Value& after)
 {
-    return {name_in_entry(node), value_text(node, before), value_text(node, after),
-            bgp_platform::capi::is_secret(node)};
+    return {name_in_entry(node), value_text(node, before), value_text(node, after), is_secret(node)};
 }
 
 std::vector<std::string> key_of(const Row& entry)

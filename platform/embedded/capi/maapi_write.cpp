@@ -40,8 +40,8 @@ int set_text(Call& call, const store::Path& path, const char* text)
     }
     schema::Value value;
     std::string why;
-    if (!path.node->type->parse(text, &value, &why)) {
-        return call.fail(CONFD_ERR_BADTYPE, is_secret(*path.node) ? "not a value of the leaf's type" : why);
+    if (!parse_value(*path.node, text, &value, &why)) {
+        return call.fail(CONFD_ERR_BADTYPE, why);
     }
     return set_leaf(call, path, std::move(value));
 }

@@ -15,16 +15,6 @@ std::size_t sum_of(const std::array<std::size_t, kFunctions>& counts, Effect eff
 
 }  // namespace
 
-bool is_secret(const schema::Node& leaf)
-{
-    return is_secret(leaf.name);
-}
-
-bool is_secret(std::string_view leaf_name)
-{
-    return leaf_name.find("assword") != std::string_view::npos;
-}
-
 std::string RecordedCall::text() const
 {
     std::string text = name_of(function);

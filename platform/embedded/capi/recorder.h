@@ -12,10 +12,7 @@
 
 namespace bgp_platform::capi {
 
-// Whether a leaf's values are kept out of records, messages and reports: its name says password.
-bool is_secret(const schema::Node& leaf);
-bool is_secret(std::string_view leaf_name);
-inline constexpr char kMasked[] = "********";  // shown in their place
+inline constexpr char kMasked[] = "********";  // shown in place of the values of secret leaves
 
 // One call: function, the path it named (formatted; empty where it names none), its other arguments as text, its result
 // and, when it failed, the code. Values of secret leaves show as "********".

@@ -180,7 +180,7 @@ std::string values_text(const schema::Schema& schema, const confd_tag_value_t* v
         const std::string name = known == nullptr ? std::to_string(values[i].tag.tag) : known;
         char value[256];
         confd_pp_value(value, sizeof value, &values[i].v);
-        text.append(i == 0 ? "" : " ").append(name).append("=").append(is_secret(name) ? kMasked : value);
+        text.append(i == 0 ? "" : " ").append(name).append("=").append(schema::is_secret(name) ? kMasked : value);
     }
     return text;
 }

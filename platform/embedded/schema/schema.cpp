@@ -101,6 +101,25 @@ std::string KeepMessages::first_error() const
     return item->path != nullptr ? std::string(item->msg) + " (" + item->path + ")" : std::string(item->msg);
 }
 
+bool is_secret(const Node& leaf)
+{
+    return is_secret(leaf.name);
+}
+
+bool is_secret(std::string_view leaf_name)
+{
+    return leaf_name.find("assword") != std::string_view::npos;
+}
+
+bool parse_value(const Node& leaf, std::string_view text, Value* value, std::string* why)
+{
+    if (!is_secret(leaf)) {
+        return leaf.type->parse(text, value, why);
+    }
+    *why = "not a value of the leaf's type";
+    return leaf.type->parse(text, value);
+}
+
 const Node* Node::child(std::string_view child_name) const noexcept
 {
     return first_node(children, [=](const Node* node) { return node->name == child_name; });

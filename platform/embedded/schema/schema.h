@@ -60,6 +60,13 @@ struct Node {
     std::string path() const;  // "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", without keys and prefixes
 };
 
+// Whether a leaf's values are kept out of records, messages and reports: its name says password.
+bool is_secret(const Node& leaf);
+bool is_secret(std::string_view leaf_name);
+
+// Type::parse() for a value of the leaf. What it says about a text that is none never shows a secret one.
+bool parse_value(const Node& leaf, std::string_view text, Value* value, std::string* why);
+
 // A YANG module as text.
 struct ModuleText {
     std::string_view name;

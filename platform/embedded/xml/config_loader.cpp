@@ -71,7 +71,7 @@ void ConfigLoader::start_element(const char* name, const char* uri, int line)
     }
     const Open& around = open_.back();
     if (holds_text(around.node)) {
-        refuse(line, element(name) + " stands in a leaf");
+        refuse(line, (is_secret(*around.node) ? "an element" : element(name)) + " stands in a leaf");
     }
     const Node& node = find_node(name, uri, line);
     Open opened{&node, {}, around.row, line};
@@ -181,10 +181,10 @@ void ConfigLoader::close_list_entry(const Open& entry)
 
 Value ConfigLoader::value_of(const Open& leaf) const
 {
-    const schema::Type& type = *leaf.node->type;
+    const bool is_text = leaf.node->type->base == schema::BaseType::Text;
     Value value;
     std::string why;
-    if (!type.parse(type.base == schema::BaseType::Text ? std::string_view(text_) : trimmed(text_), &value, &why)) {
+    if (!parse_value(*leaf.node, is_text ? std::string_view(text_) : trimmed(text_), &value, &why)) {
         refuse(leaf.line, why);
     }
     return value;
@@ -214,7 +214,8 @@ void ConfigLoader::refuse_markup(int line, const std::string& what) const
     if (open_.empty()) {
         refuse_document(line, what);
     }
-    refuse(line, what);
+    const Node* const around = open_.back().node;
+    refuse(line, around != nullptr && is_secret(*around) ? "not well-formed; what stands here is not shown" : what);
 }
 
 void ConfigLoader::refuse_document(int line, const std::string& what) const

@@ -28,7 +28,7 @@ public:
     // Attributes mean nothing here: the one just opened has one.
     [[noreturn]] void refuse_attribute(std::string_view attribute) const;
 
-    // What the parser itself finds wrong, or is not allowed.
+    // What the parser itself finds wrong, or is not allowed. Nothing of it is shown where a password stands.
     [[noreturn]] void refuse_markup(int line, const std::string& what) const;
 
 private:

@@ -96,7 +96,8 @@ private:
     std::size_t total_ = 0;
 };
 
-// The parser's message without the piece of the document that some have behind a line end, or as bytes.
+// The parser's message without the piece of the document that some have behind a line end, or as bytes: it may be of a
+// password.
 std::string_view without_excerpt(std::string_view message)
 {
     message = message.substr(0, message.find(", bytes 0x"));

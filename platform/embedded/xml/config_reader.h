@@ -24,7 +24,7 @@ using Progress = std::function<void(std::size_t bytes, std::size_t total)>;
 // Adds the file's content to a configuration. Throws LoadError for a file that cannot be read, is not well-formed, has
 // a DOCTYPE or an entity reference, holds an element the schema does not have (naming it), a value its leaf does not
 // take, an entry without one of its keys, a leaf or an entry twice, or text where elements belong. The message quotes
-// at most 200 bytes of a value, a name or a key. After a throw the configuration holds what was
+// at most 200 bytes of a value, a name or a key, and nothing of a password. After a throw the configuration holds what was
 // read before: callers load into one they then drop.
 void read_config_file(const std::string& path, store::Configuration* into, const Progress& progress = {});
 

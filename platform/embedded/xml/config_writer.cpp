@@ -274,7 +274,8 @@ private:
                 xmlTextWriterWriteString(writer_.get(), xml_text(text_));
                 break;
             case Content::Forbidden:
-                throw WriteError(store::keypath(trail_, leaf) + ": " + schema::in_quotes(text) +
+                throw WriteError(store::keypath(trail_, leaf) + ": " +
+                                 (is_secret(leaf) ? "the value" : schema::in_quotes(text)) +
                                  " holds a character that XML cannot hold");
         }
     }
