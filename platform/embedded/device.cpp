@@ -86,17 +86,17 @@ void Device::connect_middleware()
     middleware_.on_backtrace = [this] { ++backtraces_; };
 }
 
-void Device::load_file(const std::string& path, const xml::Progress& progress)
+void Device::load_file(const std::string& path, const xml::Progress& progress, const xml::Limits& limits)
 {
     store::Configuration loaded = stored_;
-    xml::read_config_file(path, &loaded, progress);
+    xml::read_config_file(path, &loaded, progress, limits);
     stored_ = std::move(loaded);
 }
 
-void Device::load_text(std::string_view xml, const std::string& name)
+void Device::load_text(std::string_view xml, const std::string& name, const xml::Limits& limits)
 {
     store::Configuration loaded = stored_;
-    xml::read_config_text(xml, name, &loaded);
+    xml::read_config_text(xml, name, &loaded, limits);
     stored_ = std::move(loaded);
 }
 

@@ -68,8 +68,8 @@ public:
     Device& operator=(const Device&) = delete;
 
     // The stored configuration. A load adds the file's content to it, or throws xml::LoadError and leaves it as it was.
-    void load_file(const std::string& path, const xml::Progress& progress = {});
-    void load_text(std::string_view xml, const std::string& name = "configuration");
+    void load_file(const std::string& path, const xml::Progress& progress = {}, const xml::Limits& limits = {});
+    void load_text(std::string_view xml, const std::string& name = "configuration", const xml::Limits& limits = {});
     void clear();  // an empty stored configuration
 
     // Opens the transaction and the two sockets (once; a second call before drop() or commit() throws

@@ -39,8 +39,8 @@ TEST_F(RehearseCommandLine, HelpOfRun_NamesEveryOptionAndStatus)
     const CommandResult result = rehearse({"run", "--help"});
     EXPECT_EQ(result.status, 0);
     for (const char* part : {"CONFIG.xml", "--library PATH", "-o,--output OUT.xml", "--log FILE",
-                             "--interfaces ADDR[,ADDR...]", "--user-profile N", "--json", "--strict", "--commit-check",
-                             "  0  ", "  1  ", "  2  ", "  3  ", "  4  ", "  5  "}) {
+                             "--interfaces ADDR[,ADDR...]", "--user-profile N", "--max-entries N", "--json", "--strict",
+                             "--commit-check", "  0  ", "  1  ", "  2  ", "  3  ", "  4  ", "  5  "}) {
         EXPECT_THAT(result.out, HasSubstr(part));
     }
 }
@@ -95,6 +95,14 @@ TEST_F(RehearseCommandLine, UserProfileThatIsNoNumber_IsRefused)
 {
     expect_refused({"run", config, "--user-profile", "big"}, "--user-profile");
     expect_refused({"run", config, "--user-profile=-1"}, "--user-profile");
+}
+
+TEST_F(RehearseCommandLine, ConfigurationWithMoreEntriesThanAllowed_IsRefusedByTheLine)
+{
+    const std::string idle = fake_library(folder, "return 0;");
+    EXPECT_EQ(rehearse({"run", config, "--library", idle, "--max-entries", "4"}).status, 0);
+    expect_refused({"run", config, "--max-entries", "3"}, "small.xml:12: /: an entry beyond the 3 that are allowed");
+    expect_refused({"run", config, "--max-entries=-1"}, "--max-entries");
 }
 
 TEST_F(RehearseCommandLine, LibraryThatIsNotThere_IsRefusedByName)

@@ -1,4 +1,4 @@
-// How deep a configuration may be, and what is shown of one that is refused: a bounded part of long texts, and
+// What a configuration may hold at most, and what is shown of one that is refused: a bounded part of long texts, and
 // nothing of passwords.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,6 +9,7 @@ namespace bgp_test {
 namespace {
 
 using bgp_platform::schema::Schema;
+using bgp_platform::xml::Limits;
 using testing::EndsWith;
 using testing::HasSubstr;
 
@@ -57,6 +58,40 @@ TEST(ConfigLimits, PasswordThatIsRefused_IsNotShown)
           "module small { namespace \"urn:small\"; prefix s; leaf password { type string { length 1..3; } } }"}});
     EXPECT_EQ(refusal_of_text(document("<password xmlns=\"urn:small\">hush</password>"), schema),
               "edge.xml:1: /password: not a value of the leaf's type");
+}
+
+TEST(ConfigLimits, ValueBeyondTheLimit_IsToldAndNotQuoted)
+{
+    Limits limits;
+    limits.value_bytes = 10;
+    const auto list = [](const std::string& name) {
+        return document("<prefix-list xmlns=\"urn:bgp-update:yang:prefix-list\">\n<name>" + name +
+                        "</name></prefix-list>");
+    };
+    EXPECT_EQ(refusal_of_text(list("0123456789"), Schema::builtin(), limits), "not refused");
+    const std::string told = "edge.xml:2: /prefix-list/name: a value of more than 10 bytes";
+    EXPECT_EQ(refusal_of_text(list("01234567890"), Schema::builtin(), limits), told);
+    EXPECT_EQ(refusal_of_text(list("01234<!-- in pieces -->56789&lt;"), Schema::builtin(), limits), told);
+    EXPECT_EQ(refusal_of_text(list(std::string(1 << 20, 'x'))), "not refused");
+    EXPECT_EQ(refusal_of_text(list(std::string((1 << 20) + 1, 'x'))),
+              "edge.xml:2: /prefix-list/name: a value of more than 1048576 bytes");
+}
+
+TEST(ConfigLimits, EntryBeyondTheLimit_IsToldWithItsLine)
+{
+    Limits limits;
+    limits.entries = 3;
+    const std::string two =
+        "<bgp-internal xmlns=\"urn:bgp-update:yang:bgp-internal\"><bgp-vrf><vrf-idx>0</vrf-idx>"
+        "<bgp-free-index>7</bgp-free-index>";
+    const std::string third = "<bgp-free-index>3</bgp-free-index>";
+    const std::string end = "</bgp-vrf></bgp-internal>";
+    EXPECT_EQ(refusal_of_text(document(two + third + end), Schema::builtin(), limits), "not refused");
+    EXPECT_EQ(refusal_of_text(document(two + third + end + "\n" + router("<bgp/>")), Schema::builtin(), limits),
+              "edge.xml:2: /router: an entry beyond the 3 that are allowed");
+    EXPECT_EQ(refusal_of_text(document(two + third + "\n<bgp-free-index>5</bgp-free-index>" + end), Schema::builtin(),
+                              limits),
+              "edge.xml:2: /bgp-internal/bgp-vrf{0}/bgp-free-index: an entry beyond the 3 that are allowed");
 }
 
 TEST(ConfigLimits, DeepElements_EndWhereTheModelEnds)

@@ -23,11 +23,12 @@ inline std::string router(const std::string& content)
 
 inline std::string refusal_of_text(
     const std::string& text,
-    const std::shared_ptr<const bgp_platform::schema::Schema>& schema = bgp_platform::schema::Schema::builtin())
+    const std::shared_ptr<const bgp_platform::schema::Schema>& schema = bgp_platform::schema::Schema::builtin(),
+    const bgp_platform::xml::Limits& limits = {})
 {
     bgp_platform::store::Configuration configuration(schema);
     try {
-        bgp_platform::xml::read_config_text(text, "edge.xml", &configuration);
+        bgp_platform::xml::read_config_text(text, "edge.xml", &configuration, limits);
     } catch (const bgp_platform::xml::LoadError& error) {
         return error.what();
     }

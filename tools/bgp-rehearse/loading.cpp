@@ -31,10 +31,12 @@ Device& load_device(const DeviceOptions& options, const std::string& configurati
     Device& device = *new Device;
     device.set_interfaces(options.interfaces);
     device.set_user_profile(options.user_profile);
+    bgp_platform::xml::Limits limits;
+    limits.entries = options.max_entries;
     ProgressLine progress("loading " + escaped(configuration));
     try {
-        device.load_file(configuration,
-                         [&](std::size_t bytes, std::size_t total) { progress.show(bytes, total); });
+        device.load_file(
+            configuration, [&](std::size_t bytes, std::size_t total) { progress.show(bytes, total); }, limits);
     } catch (const bgp_platform::xml::LoadError& error) {
         throw CommandError(ExitStatus::BadInput, escaped(error.what()));
     }

@@ -61,6 +61,11 @@ void add_device(CLI::App* command, DeviceOptions* device)
         ->add_option("--user-profile", device->user_profile,
                      "The user profile of the forwarding resources (default: 0)")
         ->option_text("N");
+    command
+        ->add_option("--max-entries", device->max_entries,
+                     fmt::format("The most entries that a configuration may have (default: {})", device->max_entries))
+        ->check(CLI::NonNegativeNumber)
+        ->option_text("N");
 }
 
 CLI::App* add_run(CLI::App* app, RunOptions* options)

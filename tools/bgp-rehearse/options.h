@@ -3,6 +3,7 @@
 
 #include <netinet/in.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -10,13 +11,15 @@
 
 #include "configuration_generator.h"
 #include "exit_status.h"
+#include "xml/config_reader.h"
 
 namespace bgp_rehearse {
 
 // The device that an upgrade is rehearsed on.
 struct DeviceOptions {
-    std::vector<in_addr> interfaces;  // its IPv4 interface addresses, in order
-    uint32_t user_profile = 0;        // of its forwarding resources
+    std::vector<in_addr> interfaces;                                // its IPv4 interface addresses, in order
+    uint32_t user_profile = 0;                                      // of its forwarding resources
+    std::size_t max_entries = bgp_platform::xml::Limits().entries;  // that a configuration loaded on it may have
 };
 
 // What `bgp-rehearse run` was asked to do.

@@ -58,8 +58,8 @@ std::size_t ConfigLoader::NameHash::operator()(const Name& name) const noexcept
     return std::hash<const void*>()(name.parent) * 31 + std::hash<const void*>()(name.name);
 }
 
-ConfigLoader::ConfigLoader(std::string file, store::Configuration* into)
-    : file_(std::move(file)), schema_(into->schema()), root_(into->edit_root())
+ConfigLoader::ConfigLoader(std::string file, store::Configuration* into, const Limits& limits)
+    : file_(std::move(file)), limits_(limits), schema_(into->schema()), root_(into->edit_root())
 {
 }
 
@@ -76,6 +76,7 @@ void ConfigLoader::start_element(const char* name, const char* uri, int line)
     const Node& node = find_node(name, uri, line);
     Open opened{&node, {}, around.row, line};
     if (node.kind == NodeKind::List) {
+        count_entry(line);
         opened.entry = store::RowRef(*node.entry);
         opened.row = &opened.entry.edit();
     } else if (node.kind == NodeKind::Presence) {
@@ -161,11 +162,20 @@ void ConfigLoader::close_leaf(const Open& leaf)
 
 void ConfigLoader::close_leaf_list_entry(const Open& entry)
 {
+    count_entry(entry.line);
     store::RowRef row(*entry.node->entry);
     row.edit().value(0) = value_of(entry);
     if (!entry.row->list(entry.node->slot).insert(std::move(row))) {
         refuse(entry.line, "the value " + in_quotes(trimmed(text_)) + " stands here twice");
     }
+}
+
+void ConfigLoader::count_entry(int line)
+{
+    if (entries_ == limits_.entries) {
+        refuse(line, "an entry beyond the " + std::to_string(limits_.entries) + " that are allowed");
+    }
+    ++entries_;
 }
 
 void ConfigLoader::close_list_entry(const Open& entry)
@@ -193,6 +203,9 @@ Value ConfigLoader::value_of(const Open& leaf) const
 void ConfigLoader::text(std::string_view piece, int line)
 {
     if (!open_.empty() && holds_text(open_.back().node)) {
+        if (piece.size() > limits_.value_bytes - text_.size()) {
+            refuse(open_.back().line, "a value of more than " + std::to_string(limits_.value_bytes) + " bytes");
+        }
         text_ += piece;
         return;
     }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "store/configuration.h"
+#include "xml/config_reader.h"
 
 namespace bgp_platform::xml {
 
@@ -16,7 +17,7 @@ namespace bgp_platform::xml {
 // what the schema does not allow. `line` is where the part stands.
 class ConfigLoader {
 public:
-    ConfigLoader(std::string file, store::Configuration* into);
+    ConfigLoader(std::string file, store::Configuration* into, const Limits& limits);
 
     // An element's name and namespace (null: none) are interned by the caller: the same text has the same address.
     void start_element(const char* name, const char* uri, int line);
@@ -61,12 +62,16 @@ private:
     void close_list_entry(const Open& entry);
     schema::Value value_of(const Open& leaf) const;
 
+    void count_entry(int line);
+
     [[noreturn]] void refuse_document(int line, const std::string& what) const;
     [[noreturn]] void refuse(int line, const std::string& what) const;  // at the innermost open element
     [[noreturn]] void refuse_name(const char* name, const char* uri, int line) const;
     std::string path() const;
 
     std::string file_;
+    Limits limits_;
+    std::size_t entries_ = 0;
     const schema::Schema& schema_;
     store::Row& root_;
     std::vector<Open> open_;

@@ -141,8 +141,8 @@ private:
 // would take away the buffer under the parser's feet when it is called from a read.)
 class Parse {
 public:
-    Parse(Source* source, const std::string& name, store::Configuration* into)
-        : source_(source), name_(name), loader_(name, into), errors_of_thread_(error, this)
+    Parse(Source* source, const std::string& name, store::Configuration* into, const Limits& limits)
+        : source_(source), name_(name), loader_(name, into, limits), errors_of_thread_(error, this)
     {
         xmlSAXHandler handler = events();
         context_.reset(xmlCreateIOParserCtxt(&handler, this, read, nullptr, this, XML_CHAR_ENCODING_NONE));
@@ -268,16 +268,17 @@ private:
 
 }  // namespace
 
-void read_config_file(const std::string& path, store::Configuration* into, const Progress& progress)
+void read_config_file(const std::string& path, store::Configuration* into, const Progress& progress,
+                      const Limits& limits)
 {
     FileSource source(path, progress);
-    Parse(&source, path, into).run();
+    Parse(&source, path, into, limits).run();
 }
 
-void read_config_text(std::string_view text, const std::string& name, store::Configuration* into)
+void read_config_text(std::string_view text, const std::string& name, store::Configuration* into, const Limits& limits)
 {
     TextSource source(text);
-    Parse(&source, name, into).run();
+    Parse(&source, name, into, limits).run();
 }
 
 }  // namespace bgp_platform::xml
