@@ -182,6 +182,12 @@ TEST_F(RehearseCommandLine, LogThatIsTheOutput_IsRefused)
     expect_refused({"run", config, "-o", folder / "out", "--log", folder / "link"}, "choose another name");
 }
 
+TEST_F(RehearseCommandLine, OutputThatIsALinkToItself_IsRefused)
+{
+    fs::create_symlink("loop", folder / "loop");
+    expect_refused({"run", config, "-o", folder / "loop"}, "too many symbolic links");
+}
+
 TEST_F(RehearseCommandLine, OutputThatIsTheLibrary_IsRefused)
 {
     const std::string library = fake_library(folder, "return 0;");

@@ -59,6 +59,17 @@ void check_folder(const std::string& option, const std::string& name, const std:
     }
 }
 
+// A call that a signal broke off is made again.
+template <typename Call>
+int uninterrupted(Call call)
+{
+    int result = 0;
+    do {
+        result = call();
+    } while (result < 0 && errno == EINTR);
+    return result;
+}
+
 [[noreturn]] void not_written(const std::string& target, const char* reason)
 {
     throw CommandError(ExitStatus::NotWritten, fmt::format("{} could not be written: {}", escaped(target), reason));
@@ -75,6 +86,9 @@ std::string replaceable_file(const std::string& option, const std::string& name)
     check_folder(option, name, folder_of(file));
     struct stat status {};
     if (stat(file.c_str(), &status) != 0) {
+        if (errno != ENOENT) {
+            refuse(option, name, std::strerror(errno));
+        }
         return file;
     }
     if (S_ISDIR(status.st_mode)) {
@@ -130,7 +144,7 @@ void OutputFile::make_temporary(const std::string& option, mode_t mode)
 {
     for (unsigned int attempt = 0;; ++attempt) {
         std::string name = fmt::format("{}/.bgp-rehearse-{}-{}", folder_, getpid(), attempt);
-        descriptor_ = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        descriptor_ = uninterrupted([&] { return open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode); });
         if (descriptor_ >= 0) {
             temporary_ = std::move(name);
             return;
@@ -144,14 +158,27 @@ void OutputFile::make_temporary(const std::string& option, mode_t mode)
 
 void OutputFile::put_in_place()
 {
-    if (fsync(descriptor_) != 0 || rename(temporary_.c_str(), target_.c_str()) != 0) {
+    if (uninterrupted([&] { return fsync(descriptor_); }) != 0 || rename(temporary_.c_str(), target_.c_str()) != 0) {
         not_written(target_, std::strerror(errno));
     }
     temporary_.clear();
-    const int folder = open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder >= 0) {
-        fsync(folder);  // some file systems cannot; the name is in place all the same
-        close(folder);
+    sync_folder();
+}
+
+// The file is in place already: a folder that cannot be opened or synchronised by its nature is left alone, and only a
+// disk that fails is told.
+void OutputFile::sync_folder() const
+{
+    const int folder = uninterrupted([&] { return open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
+    if (folder < 0) {
+        return;
+    }
+    const int failed = uninterrupted([&] { return fsync(folder); }) != 0 ? errno : 0;
+    close(folder);
+    if (failed == EIO || failed == ENOSPC || failed == EDQUOT) {
+        throw CommandError(ExitStatus::NotWritten,
+                           fmt::format("{} is written, but may be lost if the power fails now: the folder {}: {}",
+                                       escaped(target_), escaped(folder_), std::strerror(failed)));
     }
 }
 
@@ -162,7 +189,8 @@ bool write_all(int descriptor, const char* text, std::size_t size) noexcept
         if (written < 0 && errno == EINTR) {
             continue;
         }
-        if (written < 0) {
+        if (written <= 0) {
+            errno = written == 0 ? EIO : errno;  // no progress, now or ever
             return false;
         }
         text += written;

@@ -33,11 +33,12 @@ public:
     const std::string& target() const noexcept { return target_; }
 
     // Puts the file in place: content, then name, both on the disk when this returns. Throws CommandError (NotWritten)
-    // with the old file untouched.
+    // with the old file untouched, or telling that the new one is there but its name not yet on the disk.
     void put_in_place();
 
 private:
     void make_temporary(const std::string& option, mode_t mode);
+    void sync_folder() const;
 
     std::string target_;
     std::string folder_;

@@ -224,12 +224,16 @@ Outcome Run::settle(std::optional<OutputFile>& output, std::optional<OutputFile>
     const Finished& finished = *told_.finished;
     try {
         keep_log(log);
-        if (!finished.invalid.empty()) {
-            return {ExitStatus::NotValid, "the result is not valid: " + escaped(finished.invalid) + without_output()};
-        }
-        if (!finished.write_error.empty()) {
-            return {ExitStatus::NotWritten, finished.write_error};
-        }
+    } catch (const CommandError& error) {
+        return {error.status(), error.what() + without_output()};
+    }
+    if (!finished.invalid.empty()) {
+        return {ExitStatus::NotValid, "the result is not valid: " + escaped(finished.invalid) + without_output()};
+    }
+    if (!finished.write_error.empty()) {
+        return {ExitStatus::NotWritten, finished.write_error};
+    }
+    try {
         if (output) {
             output->put_in_place();
         }

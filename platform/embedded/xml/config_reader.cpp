@@ -48,9 +48,11 @@ private:
 
 class FileSource : public Source {
 public:
-    FileSource(const std::string& path, const Progress& progress)
-        : path_(path), progress_(progress), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC))
+    FileSource(const std::string& path, const Progress& progress) : path_(path), progress_(progress)
     {
+        do {
+            descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        } while (descriptor_ < 0 && errno == EINTR);
         if (descriptor_ < 0) {
             fail();
         }
@@ -90,7 +92,7 @@ private:
 
     const std::string& path_;
     const Progress& progress_;
-    int descriptor_;
+    int descriptor_ = -1;
     std::size_t bytes_ = 0;
     std::size_t reported_ = 0;
     std::size_t total_ = 0;

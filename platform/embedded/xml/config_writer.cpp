@@ -58,8 +58,10 @@ public:
     {
         while (error_ == 0 && !bytes.empty()) {
             const ssize_t count = ::write(descriptor_, bytes.data(), bytes.size());
-            if (count >= 0) {
+            if (count > 0) {
                 bytes.remove_prefix(static_cast<std::size_t>(count));
+            } else if (count == 0) {
+                error_ = EIO;  // no progress, now or ever
             } else if (errno != EINTR) {
                 error_ = errno;
             }
