@@ -193,6 +193,9 @@ int Call::finish(int result)
         device().recorder().add(
             {function_, path(), std::move(arguments_), result, result < 0 ? error_ : CONFD_OK, std::move(values_)});
     }
+    if (device().recorder().after_call) {
+        device().recorder().after_call();
+    }
     return result;
 }
 

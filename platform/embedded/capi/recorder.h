@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,6 +36,9 @@ public:
     void add(RecordedCall call) { calls_.push_back(std::move(call)); }
     void clear() noexcept { calls_.clear(); }
     const std::vector<RecordedCall>& calls() const noexcept { return calls_; }
+
+    // Called after each call, also while recording is off.
+    std::function<void()> after_call;
 
 private:
     bool on_ = false;
