@@ -12,6 +12,7 @@
 #include "options.h"
 #include "run.h"
 #include "sweep.h"
+#include "text_escape.h"
 
 namespace {
 
@@ -43,7 +44,7 @@ ExitStatus run_command(int argc, const char* const* argv)
         fmt::print(stderr, "bgp-rehearse: {}\n", error.what());
         return error.status();
     } catch (const std::exception& error) {
-        fmt::print(stderr, "bgp-rehearse: {}\n", error.what());
+        fmt::print(stderr, "bgp-rehearse: {}\n", bgp_rehearse::escaped(error.what()));
         return ExitStatus::BadInput;
     }
 }

@@ -133,7 +133,8 @@ std::string json_report(const Report& report)
     document["check"] = check_json(report.check);
     document["changes"] = changes_json(report.changes);
     document["log"] = report.log;
-    return document.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    // In ASCII: a terminal would act on some of the characters beyond it, and on DEL.
+    return document.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace bgp_rehearse

@@ -51,7 +51,8 @@ Character front_character(std::string_view text)
 // Line and paragraph separators, and the marks and isolates that turn the direction of writing.
 bool is_layout_mark(uint32_t code)
 {
-    return code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+    return code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x2028 && code <= 0x202E) ||
+           (code >= 0x2066 && code <= 0x2069);
 }
 
 void append_escaped(uint32_t code, std::string_view bytes, std::string* out)
