@@ -1,4 +1,4 @@
-# Shared by ./demo and ./check: installs what is missing (Debian packages) and builds a CMake preset.
+# Shared by ./demo, ./check and bench/run: installs what is missing (Debian packages) and builds a CMake preset.
 # Sourced from the top folder of the tree, by bash.
 
 build_packages=(
@@ -12,6 +12,9 @@ coverage_packages=(gcovr)
 
 # What ./check needs besides.
 check_packages=(abigail-tools)
+
+# For bench/run only.
+bench_packages=(python3 python3-lxml xsltproc libxml2-utils libyang2-tools)
 
 say() { printf '== %s\n' "$*"; }
 
