@@ -3,17 +3,18 @@
 //
 //     bgp-bench CONFIG OUT
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <ctime>
 #include <exception>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 
 #include "bgp_update/update.h"
 #include "confd_maapi.h"
+#include "configuration_size.h"
 #include "device.h"
 #include "upgrade_steps.h"
 
@@ -31,11 +32,17 @@ double cpu_seconds()
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
+// Of this program alone: getrusage() begins with what the process took before it became this program.
 long peak_kilobytes()
 {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
+    std::ifstream status("/proc/self/status");
+    long kilobytes = 0;
+    for (std::string word; status >> word;) {
+        if (word == "VmHWM:" && status >> kilobytes) {
+            return kilobytes;
+        }
+    }
+    throw std::runtime_error("/proc/self/status tells of no peak memory");
 }
 
 template <typename Work>
@@ -150,7 +157,9 @@ void measure(const char* configuration, const char* output)
     device.keep_reports(false);
     const long empty = peak_kilobytes();
     const double load = timed([&] { device.load_file(configuration); });
-    std::printf("{\"load\": %.4f, \"loaded_kilobytes\": %ld,\n", load, peak_kilobytes() - empty);
+    const bgp_rehearse::ConfigurationSize size = bgp_rehearse::size_of(device.configuration(Datastore::Stored));
+    std::printf("{\"load\": %.4f, \"loaded_kilobytes\": %ld, \"entries\": %zu, \"values\": %zu,\n", load,
+                peak_kilobytes() - empty, size.entries, size.values);
 
     bgp_rehearse::UpgradeSteps steps([&] { return bgp_rehearse::totals_of(device.calls()); });
     device.log_sink = [&](std::string_view line) { steps.take(line); };

@@ -2,7 +2,6 @@
 import argparse
 import json
 import os
-import re
 import resource
 import statistics
 import subprocess
@@ -105,11 +104,6 @@ class Bench:
             result["calls"][call] = statistics.median(document["calls"][call] for document in documents)
         return result
 
-    def loaded(self, path):
-        text = subprocess.run([self.rehearse, "run", path], check=True, capture_output=True, text=True).stdout
-        entries, values = re.search(r"loaded +([\d,]+) entr\w+, ([\d,]+) value", text).groups()
-        return int(entries.replace(",", "")), int(values.replace(",", ""))
-
 
 def show_programs(medians):
     whole = medians["(a) bgp-rehearse run"]
@@ -146,7 +140,8 @@ class Goals:
             print(line)
 
 
-def goals_at(goals, size, medians, phases, values):
+def goals_at(goals, size, medians, phases):
+    values = phases["values"]
     whole, yang, floor = (medians[name] for name in ("(a) bgp-rehearse run", "(b) yanglint", "(c) xmllint --sax"))
     if whole.known and yang.known:
         goals.at_most(f"{size} neighbours: user time, of yanglint's", whole.user / yang.user, 0.5, "x")
@@ -168,8 +163,7 @@ def growth(goals, kind, small, large, sizes):
 def ordinary(bench, goals):
     empty = bench.generate("empty.xml", "--entities", 0)
     router = bench.generate("router.xml", "--neighbors", 180, "--prefix-rules", 100, "--vrfs", 10)
-    entries, _ = bench.loaded(router)
-    medians = {}
+    entries = bench.phases(router)["entries"]
     usages = {empty: [], router: []}
     for _ in range(max(bench.options.repeats, 5)):
         for path in usages:
@@ -186,15 +180,15 @@ def measure(options, folder):
         before = None
         for size in options.sizes:
             path = bench.generate("in.xml", f"--{kind}", size)
-            entries, values = bench.loaded(path)
-            print(f"\n{size} {kind}: {entries} rows, {values} leaves, {path.stat().st_size / 1e6:.0f} MB")
-            medians = bench.side_by_side(path)
             phases = bench.phases(path)
+            print(f"\n{size} {kind}: {phases['entries']} rows, {phases['values']} leaves, "
+                  f"{path.stat().st_size / 1e6:.0f} MB")
+            medians = bench.side_by_side(path)
             show_programs(medians)
             show_inside(phases, size, medians["(a) bgp-rehearse run"])
             sys.stdout.flush()
             if kind == "neighbors" and size == 100000:
-                goals_at(goals, size, medians, phases, values)
+                goals_at(goals, size, medians, phases)
             if before and size == 10 * before[0]:
                 growth(goals, kind, before[1], phases, (before[0], size))
             before = (size, phases)

@@ -1,6 +1,9 @@
 #include "change_list.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <string>
 #include <unordered_map>
 #include <utility>
 
@@ -141,18 +144,53 @@ bool can_move(const Change& change)
     return whole && (change.key.size() > 1 || !change.leaves.empty() || !change.below.empty());
 }
 
-// Marks the moves in which the key leaf at `position` differs, leaving the deleted entries with an empty list name.
-void find_moves_in_key(std::size_t position, const std::vector<std::string>& contents, std::vector<Change>* changes)
+// Numbers texts: equal ones alike.
+class Numbering {
+public:
+    uint32_t of(const std::string& text)
+    {
+        return numbers_.try_emplace(text, static_cast<uint32_t>(numbers_.size())).first->second;
+    }
+
+private:
+    std::unordered_map<std::string, uint32_t> numbers_;
+};
+
+// What has to be alike for a move, in numbers: the list, the content, and then the key leaves but the one that differs.
+using Fingerprint = std::basic_string<char32_t>;
+
+// Empty for a change that is no part of a move.
+std::vector<Fingerprint> take_fingerprints(const std::vector<Change>& changes)
 {
-    std::unordered_map<std::string, Alike> groups;
+    Numbering texts;
+    std::vector<Fingerprint> fingerprints(changes.size());
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        if (!can_move(changes[i])) {
+            continue;
+        }
+        std::string content;
+        append_content(changes[i], &content);
+        fingerprints[i] = {texts.of(changes[i].list), texts.of(content)};
+        for (const std::string& leaf : changes[i].key) {
+            fingerprints[i].push_back(texts.of(leaf));
+        }
+    }
+    return fingerprints;
+}
+
+// Marks the moves in which the key leaf at `position` differs, leaving the deleted entries with an empty list name.
+void find_moves_in_key(std::size_t position, const std::vector<Fingerprint>& fingerprints, std::vector<Change>* changes)
+{
+    constexpr std::size_t kKey = 2;  // list and content stand before it
+    std::unordered_map<Fingerprint, Alike> groups;
     for (std::size_t i = 0; i < changes->size(); ++i) {
         const Change& change = (*changes)[i];
         if (change.list.empty() || !can_move(change) || change.key.size() <= position) {
             continue;
         }
-        std::vector<std::string> rest = change.key;
-        rest[position] = "*";
-        Alike& alike = groups[change.list + braced(rest) + contents[i]];
+        Fingerprint rest = fingerprints[i];
+        rest[kKey + position] = std::numeric_limits<char32_t>::max();
+        Alike& alike = groups[rest];
         (change.kind == Change::Kind::Created ? alike.created : alike.deleted).push_back(i);
     }
     for (const auto& [fingerprint, alike] : groups) {
@@ -225,17 +263,13 @@ std::vector<Change> collect_changes(const bgp_platform::Device& device)
 
 void find_moves(std::vector<Change>* changes)
 {
+    const std::vector<Fingerprint> fingerprints = take_fingerprints(*changes);
     std::size_t longest_key = 0;
-    std::vector<std::string> contents(changes->size());
-    for (std::size_t i = 0; i < changes->size(); ++i) {
-        const Change& change = (*changes)[i];
-        if (can_move(change)) {
-            longest_key = std::max(longest_key, change.key.size());
-            append_content(change, &contents[i]);
-        }
+    for (const Change& change : *changes) {
+        longest_key = std::max(longest_key, change.key.size());
     }
     for (std::size_t position = 0; position < longest_key; ++position) {
-        find_moves_in_key(position, contents, changes);
+        find_moves_in_key(position, fingerprints, changes);
     }
     const auto taken = [](const Change& change) { return change.kind == Change::Kind::Deleted && change.list.empty(); };
     changes->erase(std::remove_if(changes->begin(), changes->end(), taken), changes->end());

@@ -3,14 +3,11 @@
 
 #include "device.h"
 #include "options.h"
-#include "report.h"
 
 namespace bgp_rehearse {
 
 // A device with the configuration loaded; throws CommandError (BadInput) when it cannot be. It is never freed: that
 // would take a big configuration apart row by row, and the process ends soon.
 bgp_platform::Device& load_device(const DeviceOptions& options, const std::string& configuration);
-
-ConfigurationSize size_of(const bgp_platform::store::Configuration& configuration);
 
 }  // namespace bgp_rehearse

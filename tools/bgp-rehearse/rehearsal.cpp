@@ -27,18 +27,24 @@ using bgp_platform::Device;
 
 // Each line goes out with a write of its own, so that the log is complete up to the moment the upgrade ends, whichever
 // way it does.
-void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller, UpgradeSteps& steps)
+void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller, UpgradeSteps& steps,
+                std::size_t& lines)
 {
     const bool tell = options.json || options.log_in_report();
+    device.keep_reports(tell);  // the log of a large configuration takes as much memory as its rows
     device.log_sink = [&, tell, teller, log, failed = false](std::string_view line) mutable {
+        ++lines;
         if (steps.take(line)) {
             teller.step_line(line, totals_of(device.calls()));
         }
         if (tell) {
             teller.log_line(line);
         }
+        if (log < 0 || failed) {
+            return;
+        }
         const std::string text = escaped_line(line) + "\n";
-        if (log >= 0 && !failed && !write_all(log, text.data(), text.size())) {
+        if (!write_all(log, text.data(), text.size())) {
             failed = true;
             teller.log_failed(std::strerror(errno));
         }
@@ -124,7 +130,7 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     report.library = upgrade_library->path();
     teller.library(report.library);
     UpgradeSteps steps([&device] { return totals_of(device.calls()); });
-    follow_log(options, device, files.log, teller, steps);
+    follow_log(options, device, files.log, teller, steps, report.log_lines);
     device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault, totals_of(device.calls())); };
 
     const std::optional<int> result = run_update(*upgrade_library, device, teller);

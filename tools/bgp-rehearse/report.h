@@ -8,6 +8,7 @@
 
 #include "capi/recorder.h"
 #include "change_list.h"
+#include "configuration_size.h"
 #include "middleware/middleware_state.h"
 #include "upgrade_steps.h"
 
@@ -35,11 +36,6 @@ std::string signal_name(int number);
 // "a fault in StartCdbSession (src/daemon/bgp_utils:397): Could not convert 127.0.0.1 to IPv4"
 std::string describe(const Ended& ended);
 
-struct ConfigurationSize {
-    std::size_t entries = 0;  // of lists
-    std::size_t values = 0;   // leaves that are set, and entries of leaf-lists
-};
-
 struct Report {
     std::string configuration;
     std::string library;  // the file that the loader took
@@ -50,8 +46,9 @@ struct Report {
     std::vector<Step> steps;  // empty when the log tells of none
     std::vector<Change> changes;
     std::vector<bgp_platform::Fault> faults;  // reported without ending the upgrade
-    std::vector<std::string> log;
-    std::optional<std::string> check;  // --commit-check: what is not valid, "" when all is
+    std::size_t log_lines = 0;                // of an upgrade that returned
+    std::vector<std::string> log;             // kept only where the report shows it
+    std::optional<std::string> check;         // --commit-check: what is not valid, "" when all is
     bool show_log = false;
 };
 

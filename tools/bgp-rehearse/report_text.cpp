@@ -115,7 +115,7 @@ void TextReport::returned()
     const std::size_t failed = report_.calls.failed_write_count();
     const std::string failed_text = fmt::format("({} failed)", grouped(failed));
     fact("update",
-         fmt::format("returned {}: {}, {}, {} {}", report_.result, counted(report_.log.size(), "log line", "log lines"),
+         fmt::format("returned {}: {}, {}, {} {}", report_.result, counted(report_.log_lines, "log line", "log lines"),
                      counted(report_.calls.reads(), "read", "reads"),
                      counted(report_.calls.writes(), "write", "writes"), failed > 0 ? red(failed_text) : failed_text));
     failures();
