@@ -109,6 +109,10 @@ void expect_harmless(std::string_view text)
     }
 }
 
+// One of each sort, and how it is shown.
+constexpr char kDangerous[] = "a\033[2J\xC2\x9B\xE2\x80\xAE\x7F\nb";
+constexpr char kDangerousShown[] = "a\\x1b[2J\\u{009b}\\u{202e}\\x7f\\nb";
+
 class Escape : public RehearseTest {
 protected:
     // A library that does `each` with each sample, as `text`, and then returns.
@@ -167,11 +171,10 @@ TEST_F(Escape, FailedWrites_ShowEachByteInTheReport)
         {"run", config, "--library", library("maapi_delete(maapi, th, \"/prefix-list{%s}\", text);"), "--json"});
     ASSERT_EQ(result.status, 0);
     expect_harmless(result.out);
-    const std::string dangerous = "a\033[2J\xC2\x9B\xE2\x80\xAE\x7F\nb";
-    const std::string body = "maapi_delete(maapi, th, \"/prefix-list{%s}\", " + literal(dangerous) + "); return 0;";
+    const std::string body = "maapi_delete(maapi, th, \"/prefix-list{%s}\", " + literal(kDangerous) + "); return 0;";
     const CommandResult one = rehearse({"run", config, "--library", fake_library(folder, body)});
     expect_harmless(one.out);
-    EXPECT_THAT(one.out, HasSubstr("a\\x1b[2J\\u{009b}\\u{202e}\\x7f\\nb"));
+    EXPECT_THAT(one.out, HasSubstr(kDangerousShown));
 }
 
 TEST_F(Escape, JsonReport_IsAsciiAndHoldsTheTexts)
@@ -212,6 +215,25 @@ TEST_F(Escape, UpgradeThatEnds_IsToldHarmlessly)
     }
 }
 
+TEST_F(Escape, Sweep_IsToldHarmlessly)
+{
+    const std::string text = literal(kDangerous);
+    const std::string odd_library =
+        fake_library(folder,
+                     "confd_value_t as; if (cdb_get(cdb, &as, \"/router/bgp{65010}/as-size\") == CONFD_EOF) {"
+                     "nzmw_gen_fault(1, " +
+                         text + ", " + text + ", 1, " + text + "); exit(1);} return 0;");
+    const std::string odd_config = folder.file(kDangerous, content_of(config));
+    const CommandResult report = rehearse({"sweep", odd_config, "--library", odd_library});
+    EXPECT_EQ(report.status, 6) << report.err;
+    EXPECT_THAT(report.out, HasSubstr(std::string("ended in ") + kDangerousShown));
+    EXPECT_THAT(report.out, HasSubstr(std::string("first in ") + (folder / kDangerousShown)));
+    expect_harmless(report.out);
+    const CommandResult document = rehearse({"sweep", odd_config, "--library", odd_library, "--json"});
+    expect_harmless(document.out);
+    EXPECT_THAT(nlohmann::json::parse(document.out)["configurations"], testing::ElementsAre(odd_config));
+}
+
 TEST_F(Escape, NamesOfTheCommandLine_AreToldHarmlessly)
 {
     std::string name;
@@ -229,6 +251,7 @@ TEST_F(Escape, NamesOfTheCommandLine_AreToldHarmlessly)
                                                {"run", config, "--" + name},
                                                {"run", config, "--interfaces", name},
                                                {"generate", "-o", missing},
+                                               {"sweep", missing},
                                                {"run", config, "--library", folder / std::string(300, 'x') + name},
                                                {"run", config, "-o", folder / std::string(300, 'x') + name}}) {
         const CommandResult result = rehearse(arguments);

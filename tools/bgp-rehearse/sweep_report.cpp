@@ -142,7 +142,7 @@ std::string json_sweep_report(const SweepOptions& options, const Tally& tally)
                          {"sites", std::move(sites)},
                          {"breaks", tally.breaks},
                          {"kept_breaks", tally.kept_breaks}};
-    return report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return report.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace bgp_rehearse
