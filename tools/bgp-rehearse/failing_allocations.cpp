@@ -130,7 +130,14 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
-#if !defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__)  // GCC's word for it
+#define BGP_REHEARSE_SANITIZED_MEMORY
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define BGP_REHEARSE_SANITIZED_MEMORY
+#endif
+#endif
+#if !defined(BGP_REHEARSE_SANITIZED_MEMORY)
 extern "C" void* __libc_calloc(size_t count, size_t size);
 
 extern "C" void* calloc(size_t count, size_t size)

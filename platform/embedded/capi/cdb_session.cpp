@@ -40,7 +40,10 @@ int fail_connect(int code, const std::string& detail)
 
 }  // namespace
 
-int cdb_connect(int sock, enum cdb_sock_type type, const struct sockaddr* srv, int srv_sz)
+// A program in C may hand over any number as one of the enumerations.
+#define BGP_PLATFORM_ANY_NUMBER __attribute__((no_sanitize("enum")))
+
+BGP_PLATFORM_ANY_NUMBER int cdb_connect(int sock, enum cdb_sock_type type, const struct sockaddr* srv, int srv_sz)
 {
     auto& endpoints = Registry::instance().endpoints;
     if (type != CDB_DATA_SOCKET) {
@@ -65,13 +68,13 @@ int cdb_connect(int sock, enum cdb_sock_type type, const struct sockaddr* srv, i
     return result;
 }
 
-int cdb_start_session(int sock, enum cdb_db_type db)
+BGP_PLATFORM_ANY_NUMBER int cdb_start_session(int sock, enum cdb_db_type db)
 {
-    return run_call(Function::cdb_start_session, {sock}, {}, [db](Call& call) {
+    return run_call(Function::cdb_start_session, {sock}, {}, [running = db == CDB_RUNNING](Call& call) {
         if (call.endpoint().session) {
             return call.fail(CONFD_ERR_BADSTATE, "a session is open already");
         }
-        if (db != CDB_RUNNING) {
+        if (!running) {
             return call.fail(CONFD_ERR_UNAVAILABLE, "only the running datastore is done");
         }
         call.endpoint().session = true;
