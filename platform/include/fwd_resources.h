@@ -15,7 +15,7 @@ struct FwdTableUserData_s {
 class FwdResources {
 public:
     FwdResources();
-    ~FwdResources();
+    ~FwdResources();  // NOLINT(performance-trivially-destructible): the middleware's, where it ends a connection
 
     FwdResources(const FwdResources&) = delete;
     FwdResources& operator=(const FwdResources&) = delete;

@@ -70,10 +70,12 @@
 
 namespace tag {
 
+// NOLINTBEGIN(bugprone-macro-parentheses): the name is declared
 #define BGP_UPDATE_TAG(name, number)                        \
     constexpr uint32_t name = bgp_update::name_hash(#name); \
     static_assert(name == number, #name " has another number");
 BGP_UPDATE_TAGS(BGP_UPDATE_TAG)
+// NOLINTEND(bugprone-macro-parentheses)
 #undef BGP_UPDATE_TAG
 
 // The namespace in which paths under "/DC-BGP-MIB" begin, as cdb_set_namespace() and maapi_set_namespace() take it.

@@ -38,6 +38,7 @@ std::string under_index(const confd_value_t& keys, int new_index)
 {
     unsigned int old_index = 0;
     std::string rest(std::size_t{CONFD_GET_BUFSIZE(&keys)} + 1, '\0');
+    // cppcheck-suppress invalidscanf ; there is room for the whole text
     if (std::sscanf(CONFD_GET_CBUFPTR(&keys), "%u %[^\t\n]", &old_index, rest.data()) != 2) {
         rest.clear();
     }

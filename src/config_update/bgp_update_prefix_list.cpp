@@ -139,6 +139,8 @@ int32_t create_hl_and_internal_entries(int32_t maapi_socket, int32_t thandle, st
     return 0;
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the exported interface takes the names by value
+
 int32_t create_hl_sequence_entry(int32_t maapi_socket, int32_t thandle, int jpfx, uint32_t sequence,
                                  confd_value_t* pfx_entries, std::string name, int32_t /*list_index*/)
 {
@@ -184,6 +186,8 @@ int32_t update_entry(int32_t maapi_socket, int32_t thandle, int jpfx, uint32_t s
     create_hl_sequence_entry(maapi_socket, thandle, jpfx, sequence, pfx_entries, name, list_index);
     return 0;
 }
+
+// NOLINTEND(performance-unnecessary-value-param)
 
 int32_t update_prefix_list(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, uint32_t rm_index)
 {

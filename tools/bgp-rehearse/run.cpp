@@ -40,7 +40,7 @@ std::string check_target(const std::string& option, const std::string& name, con
     if (name.empty()) {
         return {};
     }
-    const std::string target = replaceable_file(option, name);
+    std::string target = replaceable_file(option, name);
     refuse_same_file(option, target, "the configuration to upgrade", configuration);
     refuse_same_file(option, target, "the upgrade library", library);
     return target;
@@ -52,8 +52,8 @@ Targets check_targets(const RunOptions& options, const std::string& library)
         throw CommandError(ExitStatus::BadInput, "-o -: the report goes to standard output; name a file");
     }
     const std::string log = options.log_in_file() ? options.log : std::string();
-    const Targets targets{check_target("-o", options.output, options.configuration, library),
-                          check_target("--log", log, options.configuration, library)};
+    Targets targets{check_target("-o", options.output, options.configuration, library),
+                    check_target("--log", log, options.configuration, library)};
     if (!targets.output.empty() && !targets.log.empty()) {
         refuse_same_file("--log", targets.log, "the output file", targets.output);
     }

@@ -71,6 +71,7 @@ std::vector<PlannedFailure> failures_of(Function function)
         }
     }
     std::vector<PlannedFailure> failures;
+    failures.reserve(codes.size() + 1);
     for (const int code : codes) {
         failures.push_back({code, CONFD_ERR});
     }

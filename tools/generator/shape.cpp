@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 namespace bgp_generator {
 
@@ -112,7 +113,7 @@ void Shape::draw_owners(Draw& draw)
         index = kGlobalIndex;
     }
     const uint32_t as = 64512 + draw.below(1000);
-    for (uint32_t i = 0; i < settings_.entities; ++i) {
+    for (uint32_t i = 0; i < settings_.entities && i < std::size(kBehind); ++i) {
         owners_.push_back({index + kBehind[i], true, as + i});
     }
     // The rows of an entity that is gone: under the next index, or farther off.

@@ -68,9 +68,9 @@ private:
     Function function_;
     Handle handle_;
     Endpoint* endpoint_ = nullptr;
-    const char* format_ = nullptr;      // with its arguments, until the path is made of them
-    mutable va_list format_arguments_;  // only copied, but va_copy takes no const one
-    mutable std::string path_;          // made only when somebody will see it
+    const char* format_ = nullptr;        // with its arguments, until the path is made of them
+    mutable va_list format_arguments_{};  // only copied, but va_copy takes no const one
+    mutable std::string path_;            // made only when somebody will see it
     std::string arguments_;
     std::string values_;
     int error_ = CONFD_OK;

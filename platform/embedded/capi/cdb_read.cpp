@@ -29,13 +29,15 @@ int cdb_get_u_int16(int sock, uint16_t* rval, const char* fmt, ...)
 int cdb_get_list(int sock, confd_value_t** values, int* n, const char* fmt, ...)
 {
     BGP_PLATFORM_PATH_CALL(cdb_get_list, Handle{sock}, fmt, [values, n](Call& call, const store::Path& path) {
-        const int count = path.node != nullptr && path.node->kind == schema::NodeKind::LeafList
-                              ? read_count(call, path)
-                              : call.fail(CONFD_ERR_BADPATH, "not a leaf-list");
+        if (path.node == nullptr || path.node->kind != schema::NodeKind::LeafList) {
+            return call.fail(CONFD_ERR_BADPATH, "not a leaf-list");
+        }
+        const int count = read_count(call, path);
         if (count < 0) {
             return count;
         }
-        if (count == 0) {
+        const store::List* const list = call.view().find_list(path);
+        if (list == nullptr || count == 0) {
             return call.fail(CONFD_ERR_NOEXISTS);
         }
         // The caller gives the array back with free(), so it is not one of the owned values.
@@ -43,7 +45,7 @@ int cdb_get_list(int sock, confd_value_t** values, int* n, const char* fmt, ...)
         if (*values == nullptr) {
             return call.fail(CONFD_ERR_MALLOC);
         }
-        fill_leaf_list(*path.node, *call.view().find_list(path), *values);
+        fill_leaf_list(*path.node, *list, *values);
         *n = count;
         return CONFD_OK;
     });

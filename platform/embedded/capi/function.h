@@ -48,6 +48,7 @@ enum class Function : uint8_t {
 #undef BGP_PLATFORM_ENUMERATOR
 };
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a term of a sum
 #define BGP_PLATFORM_ONE(name, effect) +1
 constexpr std::size_t kFunctions = 0 BGP_PLATFORM_CAPI_FUNCTIONS(BGP_PLATFORM_ONE);
 #undef BGP_PLATFORM_ONE

@@ -19,10 +19,10 @@ class TaggedWriter {
 public:
     TaggedWriter(Call& call, const confd_tag_value_t* values, int n) : call_(call), at_(values, n) {}
 
-    int write(store::Path path)
+    int write(const store::Path& path)
     {
         const bool whole_list = path.node->kind == schema::NodeKind::List && !path.names_entry();
-        const int result = whole_list ? write_entry(std::move(path)) : write_row(path);
+        const int result = whole_list ? write_entry(path) : write_row(path);
         if (result == CONFD_OK && !at_.at_end()) {
             return call_.fail(CONFD_ERR_PROTOUSAGE, "an end without its begin: " + tag());
         }
@@ -39,7 +39,8 @@ private:
         store::Selector selector{&list, {}};
         for (std::size_t i = 0; i < list.entry->keys; ++i, at_.next()) {
             const schema::Node& key = *list.entry->values[i];
-            if (at_.at_end() || at_.node_below(list) != &key) {
+            const schema::Node* const given = at_.at_end() ? nullptr : at_.node_below(list);
+            if (given == nullptr || given != &key) {
                 return call_.fail(CONFD_ERR_BADTYPE, "the key " + key.name + " of " + list.name + " is missing");
             }
             selector.keys.emplace_back();

@@ -53,6 +53,7 @@ void nzmw_print_backtrace(void)
     }
 }
 
+// NOLINTNEXTLINE(bugprone-reserved-identifier): libc's name
 [[noreturn]] void __assert_fail(const char* assertion, const char* file, unsigned int line,
                                 const char* function) noexcept
 {

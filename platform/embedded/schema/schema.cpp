@@ -52,6 +52,7 @@ std::vector<ModuleFile> module_files(const std::string& folder)
     }
     std::sort(paths.begin(), paths.end());
     std::vector<ModuleFile> files;
+    files.reserve(paths.size());
     for (const auto& path : paths) {
         files.push_back({module_name(path), read_file(path)});
     }
@@ -151,6 +152,7 @@ std::shared_ptr<const Schema> Schema::from_folder(const std::string& folder)
         throw SchemaError(folder + ": no *.yang file in it");
     }
     std::vector<ModuleText> modules;
+    modules.reserve(files.size());
     for (const ModuleFile& file : files) {
         modules.push_back({file.name, file.text});
     }

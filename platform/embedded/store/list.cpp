@@ -223,7 +223,7 @@ Row& edit_below(ListNodeRef* place, const Tuple& key)
     const std::size_t position = position_of(node, key);
     Row& row = node.leaf ? node.rows()[position].edit() : edit_below(&node.children()[position], key);
     node.lowest = &node.lowest_at(0);
-    return row;
+    return row;  // cppcheck-suppress returnTempReference ; both branches give references
 }
 
 std::size_t bytes_below(const ListNode& node) noexcept
