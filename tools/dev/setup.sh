@@ -11,7 +11,7 @@ build_packages=(
 coverage_packages=(gcovr)
 
 # What ./check needs besides.
-check_packages=(abigail-tools)
+check_packages=(abigail-tools clang-tidy-14 cppcheck valgrind)
 
 # For bench/run only.
 bench_packages=(python3 python3-lxml xsltproc libxml2-utils libyang2-tools)
