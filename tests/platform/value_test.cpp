@@ -55,6 +55,21 @@ TEST(Value, EveryKind_GivesBackWhatItWasMadeOf)
     EXPECT_STREQ(inet_ntop(AF_INET6, &address, printed, sizeof printed), "2001:db8::1");
 }
 
+TEST(Value, EqualValues_HaveEqualHashes)
+{
+    const std::string text(40, 'x');
+    EXPECT_EQ(Value::of_text(text).hash(), Value::of_text(text).hash());
+    EXPECT_EQ(Value::of_text("red").hash(), Value::of_text("red").hash());
+    EXPECT_NE(Value::of_text("red").hash(), Value::of_text("green").hash());
+    EXPECT_NE(Value::of_uint(7).hash(), Value::of_int(7).hash());
+    Value left = Value::of_text("a text of 15 by");
+    left = Value::of_uint(7);
+    EXPECT_EQ(left.hash(), Value::of_uint(7).hash());
+    const Value taken = std::move(left);
+    EXPECT_EQ(left.hash(), Value().hash());
+    EXPECT_EQ(taken.hash(), Value::of_uint(7).hash());
+}
+
 TEST(Value, NoFalseZeroOrEmptyValue_IsAbsent)
 {
     const std::vector<Value> values{

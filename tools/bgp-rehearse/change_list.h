@@ -1,8 +1,10 @@
-// What an upgrade changed, as plain text and plain structs that a report can show in any form.
+// What an upgrade changed, entry by entry, for a report in any form. A change points to the rows it is about, which may be
+// many: it holds for as long as the device's two configurations stay as they are.
 #pragma once
 
 #include <cstddef>
-#include <optional>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,44 +12,48 @@
 
 namespace bgp_rehearse {
 
-// One leaf: its name as seen from its entry ("router-id", "bgp/cluster-id"), and its values as text, empty where it is
-// not set. A secret one (its name speaks of a password) is never shown, only compared.
+// One leaf or presence container, and its values; null where it is not set.
 struct Leaf {
-    std::string name;
-    std::optional<std::string> before;
-    std::optional<std::string> after;
-    bool secret = false;
+    const bgp_platform::schema::Node* node = nullptr;
+    const bgp_platform::schema::Value* before = nullptr;
+    const bgp_platform::schema::Value* after = nullptr;
 };
 
 // An entry of a list or leaf-list that was created, deleted, moved to another key, or changed in its leaves. Leaves
-// that lie outside any list make one change with an empty key.
+// that lie outside any list make one change without an entry.
 struct Change {
     enum class Kind { Created, Deleted, Moved, Changed };
 
     Kind kind = Kind::Changed;
-    std::string list;  // keypath of the list; in `below` relative to the entry around; "" at the root
-    std::vector<std::string>
-        key;  // one text a key leaf, as it stands in a keypath; of an entry that moved, the new one
-    std::vector<std::string> from;  // of an entry that moved: the old key
-    std::vector<Leaf> leaves;       // Created: with `after` only, Deleted: with `before` only; without the key leaves
-    std::vector<Change> below;      // Created, Deleted: the entries below it
+    std::shared_ptr<const std::string> list;  // keypath of the list, one text for all its changes; of an entry below
+                                              // another one relative to that; "" at the root
+    const bgp_platform::store::Row* entry = nullptr;  // Deleted: as it was, else as it is; null: the root
+    const bgp_platform::store::Row* from = nullptr;   // Moved: the entry as it was
+    std::vector<Leaf> leaves;                         // Changed: those that differ
 };
 
-// A value of that leaf as a report may show it: "********" for a secret one.
-std::string shown(const Leaf& leaf, const std::string& value);
+// The leaves of an entry that was created or deleted, without the key, or those of one that changed.
+void for_each_leaf(const Change& change, const std::function<void(const Leaf&)>& visit);
+
+// The entries below one that was created or deleted.
+void for_each_below(const Change& change, const std::function<void(const Change&)>& visit);
+
+// A leaf's name as seen from its entry: "router-id", "bgp/cluster-id".
+std::string name_of(const Leaf& leaf);
+
+// A value of that leaf as a report may show it: "********" for a secret one (its name speaks of a password).
+std::string shown(const Leaf& leaf, const bgp_platform::schema::Value& value);
 
 // "created", "deleted", "moved", "changed"
 const char* name_of(Change::Kind kind) noexcept;
 
-// A key tuple in its braces, "{5 ipv4}"; "" for an empty one.
-std::string braced(const std::vector<std::string>& key);
+// An entry's key in its braces, "{5 ipv4}"; "" for no entry.
+std::string braced_key(const bgp_platform::store::Row* entry);
 
-// The changes of the open transaction in the order of the schema and of the keys, moves found.
+// The changes of the open transaction in the order of the schema and of the keys, moves found: where a deleted and a
+// created entry of one list hold the same and differ in one key leaf, and no other entry fits either of them, they are
+// one that moved. It stands where the created entry stood.
 std::vector<Change> collect_changes(const bgp_platform::Device& device);
-
-// Turns a deleted and a created entry of one list into one that moved, where the two hold the same and differ in one
-// key leaf, and no other entry fits either of them. The move stands where the created entry stood.
-void find_moves(std::vector<Change>* changes);
 
 struct ChangeTotals {
     std::size_t created = 0;  // entries, those below a created entry included

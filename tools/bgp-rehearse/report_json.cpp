@@ -52,47 +52,37 @@ Json failed_writes_json(const bgp_platform::capi::CallCounts& counts)
     return failed;
 }
 
-Json value_json(const Leaf& leaf, const std::optional<std::string>& value)
+Json value_json(const Leaf& leaf, const bgp_platform::schema::Value* value)
 {
-    return value ? Json(shown(leaf, *value)) : Json(nullptr);
+    return value != nullptr ? Json(shown(leaf, *value)) : Json(nullptr);
 }
 
 Json leaves_json(const Change& change)
 {
     Json leaves = Json::object();
-    for (const Leaf& leaf : change.leaves) {
-        switch (change.kind) {
-            case Change::Kind::Created:
-                leaves[leaf.name] = value_json(leaf, leaf.after);
-                break;
-            case Change::Kind::Deleted:
-                leaves[leaf.name] = value_json(leaf, leaf.before);
-                break;
-            case Change::Kind::Moved:
-                break;
-            case Change::Kind::Changed:
-                leaves[leaf.name] = {{"before", value_json(leaf, leaf.before)},
-                                     {"after", value_json(leaf, leaf.after)}};
-                break;
+    for_each_leaf(change, [&](const Leaf& leaf) {
+        Json& values = leaves[name_of(leaf)];
+        if (change.kind == Change::Kind::Changed) {
+            values = {{"before", value_json(leaf, leaf.before)}, {"after", value_json(leaf, leaf.after)}};
+        } else {
+            values = value_json(leaf, change.kind == Change::Kind::Created ? leaf.after : leaf.before);
         }
-    }
+    });
     return leaves;
 }
 
 // A change, and after it those of the entries below it.
 void add_change(const Change& change, const std::string& around, Json* changes)
 {
-    const std::string list = around.empty() ? change.list : around + "/" + change.list;
-    const std::string path = list + braced(change.key);
+    const std::string list = around.empty() ? *change.list : around + "/" + *change.list;
+    const std::string path = list + braced_key(change.entry);
     Json json = {{"path", path.empty() ? "/" : path}, {"change", name_of(change.kind)}};
     if (change.kind == Change::Kind::Moved) {
-        json["from"] = list + braced(change.from);
+        json["from"] = list + braced_key(change.from);
     }
     json["leaves"] = leaves_json(change);
     changes->push_back(std::move(json));
-    for (const Change& below : change.below) {
-        add_change(below, path, changes);
-    }
+    for_each_below(change, [&](const Change& below) { add_change(below, path, changes); });
 }
 
 Json changes_json(const std::vector<Change>& all)

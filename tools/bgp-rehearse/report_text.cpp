@@ -82,6 +82,11 @@ std::string counted(std::size_t number, std::string_view one, std::string_view m
     return fmt::format("{} {}", grouped(number), number == 1 ? one : many);
 }
 
+std::string value_text(const Leaf& leaf, const bgp_platform::schema::Value* value)
+{
+    return value != nullptr ? escaped(shown(leaf, *value)) : "(not set)";
+}
+
 void TextReport::summary()
 {
     line("{}", bold("Rehearsal of " + escaped(report_.configuration)));
@@ -190,8 +195,8 @@ void TextReport::changes()
     totals(count_changes(report_.changes));
     const std::string* list = nullptr;
     for (const Change& each : report_.changes) {
-        if (list == nullptr || *list != each.list) {
-            list = &each.list;
+        if (list != each.list.get()) {
+            list = each.list.get();
             line("  {}", bold(list->empty() ? "/" : escaped(*list)));
         }
         change(each, 4);
@@ -216,7 +221,7 @@ void TextReport::totals(const ChangeTotals& totals)
 // the name of its list instead of a mark.
 void TextReport::change(const Change& change, std::size_t indent)
 {
-    const std::string key = escaped(braced(change.key));
+    const std::string key = escaped(braced_key(change.entry));
     switch (change.kind) {
         case Change::Kind::Created:
             line("{:{}}{}", "", indent, green("+ " + key));
@@ -225,7 +230,7 @@ void TextReport::change(const Change& change, std::size_t indent)
             line("{:{}}{}", "", indent, red("- " + key));
             return;
         case Change::Kind::Moved:
-            line("{:{}}{}", "", indent, yellow(fmt::format("~ {} -> {}", escaped(braced(change.from)), key)));
+            line("{:{}}{}", "", indent, yellow(fmt::format("~ {} -> {}", escaped(braced_key(change.from)), key)));
             return;
         case Change::Kind::Changed:
             if (!key.empty()) {
@@ -239,23 +244,20 @@ void TextReport::change(const Change& change, std::size_t indent)
 void TextReport::leaves(const Change& change, std::size_t indent)
 {
     std::size_t width = kNarrowestNames;
-    for (const Leaf& each : change.leaves) {
-        width = std::max(width, each.name.size());
-    }
-    for (const Leaf& each : change.leaves) {
-        leaf(each, change.kind == Change::Kind::Changed, indent, width);
-    }
-    for (const Change& below : change.below) {
-        line("{:{}}{}", "", indent, green(fmt::format("{} {}", escaped(below.list), escaped(braced(below.key)))));
+    for_each_leaf(change, [&](const Leaf& each) { width = std::max(width, name_of(each).size()); });
+    for_each_leaf(change, [&](const Leaf& each) { leaf(each, change.kind == Change::Kind::Changed, indent, width); });
+    for_each_below(change, [&](const Change& below) {
+        line("{:{}}{}", "", indent,
+             green(fmt::format("{} {}", escaped(*below.list), escaped(braced_key(below.entry)))));
         leaves(below, indent + 4);
-    }
+    });
 }
 
 void TextReport::leaf(const Leaf& leaf, bool changed, std::size_t indent, std::size_t width)
 {
-    const std::string after = leaf.after ? escaped(shown(leaf, *leaf.after)) : "(not set)";
-    const std::string before = leaf.before ? escaped(shown(leaf, *leaf.before)) : "(not set)";
-    line("{:{}}{:<{}}  {}", "", indent, escaped(leaf.name), width, changed ? before + " -> " + after : after);
+    const std::string after = value_text(leaf, leaf.after);
+    const std::string before = changed ? value_text(leaf, leaf.before) + " -> " : std::string();
+    line("{:{}}{:<{}}  {}{}", "", indent, escaped(name_of(leaf)), width, before, after);
 }
 
 void TextReport::log()

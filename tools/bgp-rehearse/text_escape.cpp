@@ -55,6 +55,16 @@ bool is_layout_mark(uint32_t code)
            (code >= 0x2066 && code <= 0x2069);
 }
 
+// The printable ASCII characters at the front; nearly every text is nothing else.
+std::size_t plain_length(std::string_view text)
+{
+    std::size_t length = 0;
+    while (length < text.size() && text[length] >= 0x20 && text[length] < 0x7F) {
+        ++length;
+    }
+    return length;
+}
+
 void append_escaped(uint32_t code, std::string_view bytes, std::string* out)
 {
     if (code == '\n') {
@@ -79,6 +89,12 @@ std::string escaped(std::string_view text)
     std::string out;
     out.reserve(text.size());
     while (!text.empty()) {
+        const std::size_t plain = plain_length(text);
+        if (plain > 0) {
+            out += text.substr(0, plain);
+            text.remove_prefix(plain);
+            continue;
+        }
         const Character character = front_character(text);
         if (character.length == 0) {
             fmt::format_to(std::back_inserter(out), "\\x{:02x}", static_cast<unsigned char>(text.front()));

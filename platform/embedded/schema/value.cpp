@@ -1,6 +1,7 @@
 // The memory behind values, and their order.
 #include "schema/value.h"
 
+#include <functional>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -153,6 +154,21 @@ std::string_view Value::bytes() const noexcept
         return {reinterpret_cast<const char*>(block()->bytes()), block()->size};
     }
     return {reinterpret_cast<const char*>(bytes_), meta_ & 0x0FU};
+}
+
+std::size_t Value::hash() const noexcept
+{
+    if (absent()) {
+        return 0;
+    }
+    if (has_block()) {
+        return std::hash<std::string_view>()(bytes());
+    }
+    uint64_t halves[2];  // zero behind the content
+    static_assert(sizeof halves == sizeof *this);
+    std::memcpy(halves, this, sizeof halves);
+    const uint64_t product = (halves[0] ^ halves[1] * 0xFF51AFD7ED558CCDU) * 0x9E3779B97F4A7C15U;
+    return product ^ product >> 32U;
 }
 
 std::size_t Value::block_bytes() const noexcept

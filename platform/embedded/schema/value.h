@@ -66,7 +66,10 @@ public:
     in_addr as_ipv4() const noexcept { return load<in_addr>(); }  // of an Ipv4Prefix too
     in6_addr as_ipv6() const noexcept;
     uint8_t prefix_length() const noexcept { return bytes_[sizeof(in_addr)]; }
-    std::string_view bytes() const noexcept;  // of text and octets; valid while a copy of this value lives and stays put
+    std::string_view bytes()
+        const noexcept;  // of text and octets; valid while a copy of this value lives and stays put
+
+    std::size_t hash() const noexcept;  // the same for equal values
 
     // The bytes of memory that the value's block takes, 0 for a value in place (shared blocks count for each holder).
     std::size_t block_bytes() const noexcept;
@@ -107,8 +110,17 @@ static_assert(sizeof(Value) == 16);
 // addresses by their octets; values of different kinds (a union's members) in the order of the kinds. Negative, 0, positive.
 int compare(const Value& left, const Value& right) noexcept;
 
-inline bool operator==(const Value& left, const Value& right) noexcept { return compare(left, right) == 0; }
-inline bool operator!=(const Value& left, const Value& right) noexcept { return compare(left, right) != 0; }
-inline bool operator<(const Value& left, const Value& right) noexcept { return compare(left, right) < 0; }
+inline bool operator==(const Value& left, const Value& right) noexcept
+{
+    return compare(left, right) == 0;
+}
+inline bool operator!=(const Value& left, const Value& right) noexcept
+{
+    return compare(left, right) != 0;
+}
+inline bool operator<(const Value& left, const Value& right) noexcept
+{
+    return compare(left, right) < 0;
+}
 
 }  // namespace bgp_platform::schema
