@@ -14,8 +14,7 @@
 #include "messages.h"
 #include "output_file.h"
 #include "progress.h"
-#include "report_json.h"
-#include "report_text.h"
+#include "report_writing.h"
 #include "text_escape.h"
 
 namespace bgp_rehearse {
@@ -108,8 +107,7 @@ std::string write_output(const std::string& name, const Device& device, int outp
 
 std::string write_report(const RunOptions& options, const Report& report, int file, bool colour)
 {
-    const std::string text = options.json ? json_report(report) : text_report(report, colour);
-    return write_all(file, text.data(), text.size())
+    return write_report(report, options.json, colour, file)
                ? std::string()
                : fmt::format("the report could not be written: {}", std::strerror(errno));
 }

@@ -4,16 +4,20 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <string_view>
+#include <unordered_map>
 
 #include "line_writer.h"
+#include "output_file.h"
 #include "text_escape.h"
 
 namespace bgp_rehearse {
 
 namespace {
 
+constexpr std::size_t kPiece = 1 << 16;
 constexpr std::size_t kShownFailures = 5;
 constexpr std::size_t kStepNames = 29;       // room for the longest
 constexpr std::size_t kStepCalls = 13;       // room for "9,999 writes"
@@ -21,9 +25,9 @@ constexpr std::size_t kNarrowestNames = 28;  // so that values of neighbouring e
 
 class TextReport : LineWriter {
 public:
-    TextReport(const Report& report, bool colour) : report_(report), colour_(colour) {}
+    TextReport(const Report& report, bool colour, int file) : report_(report), colour_(colour), file_(file) {}
 
-    std::string write()
+    bool write()
     {
         summary();
         steps();
@@ -33,7 +37,9 @@ public:
         if (report_.show_log) {
             log();
         }
-        return std::move(out_);
+        flush(0);
+        errno = error_;
+        return error_ == 0;
     }
 
 private:
@@ -59,13 +65,40 @@ private:
     void changes();
     void totals(const ChangeTotals& totals);
     void change(const Change& change, std::size_t indent);
+    void entry(const std::string& text, std::size_t indent) { out_.append(indent, ' ').append(text) += '\n'; }
     void leaf(const Leaf& leaf, bool changed, std::size_t indent, std::size_t width);
     void leaves(const Change& change, std::size_t indent);
     void log();
+    void flush(std::size_t at_least);
+    const std::string& name_in_entry(const Leaf& leaf);
 
     const Report& report_;
     bool colour_;
+    int file_;
+    int error_ = 0;                                                             // of the first write that failed
+    std::unordered_map<const bgp_platform::schema::Node*, std::string> names_;  // escaped
 };
+
+// A report of many changes goes out in pieces.
+void TextReport::flush(std::size_t at_least)
+{
+    if (out_.size() < at_least) {
+        return;
+    }
+    if (error_ == 0 && !write_all(file_, out_.data(), out_.size())) {
+        error_ = errno;
+    }
+    out_.clear();
+}
+
+const std::string& TextReport::name_in_entry(const Leaf& leaf)
+{
+    const auto [name, fresh] = names_.try_emplace(leaf.node);
+    if (fresh) {
+        name->second = escaped(name_of(leaf));
+    }
+    return name->second;
+}
 
 std::string grouped(std::size_t number)
 {
@@ -200,6 +233,7 @@ void TextReport::changes()
             line("  {}", bold(list->empty() ? "/" : escaped(*list)));
         }
         change(each, 4);
+        flush(kPiece);
     }
 }
 
@@ -224,17 +258,17 @@ void TextReport::change(const Change& change, std::size_t indent)
     const std::string key = escaped(braced_key(change.entry));
     switch (change.kind) {
         case Change::Kind::Created:
-            line("{:{}}{}", "", indent, green("+ " + key));
+            entry(green("+ " + key), indent);
             break;
         case Change::Kind::Deleted:
-            line("{:{}}{}", "", indent, red("- " + key));
+            entry(red("- " + key), indent);
             return;
         case Change::Kind::Moved:
-            line("{:{}}{}", "", indent, yellow(fmt::format("~ {} -> {}", escaped(braced_key(change.from)), key)));
+            entry(yellow("~ " + escaped(braced_key(change.from)) + " -> " + key), indent);
             return;
         case Change::Kind::Changed:
             if (!key.empty()) {
-                line("{:{}}{}", "", indent, yellow("~ " + key));
+                entry(yellow("~ " + key), indent);
             }
             break;
     }
@@ -244,20 +278,22 @@ void TextReport::change(const Change& change, std::size_t indent)
 void TextReport::leaves(const Change& change, std::size_t indent)
 {
     std::size_t width = kNarrowestNames;
-    for_each_leaf(change, [&](const Leaf& each) { width = std::max(width, name_of(each).size()); });
+    for_each_leaf(change, [&](const Leaf& each) { width = std::max(width, name_in_entry(each).size()); });
     for_each_leaf(change, [&](const Leaf& each) { leaf(each, change.kind == Change::Kind::Changed, indent, width); });
     for_each_below(change, [&](const Change& below) {
-        line("{:{}}{}", "", indent,
-             green(fmt::format("{} {}", escaped(*below.list), escaped(braced_key(below.entry)))));
+        entry(green(escaped(*below.list) + " " + escaped(braced_key(below.entry))), indent);
         leaves(below, indent + 4);
     });
 }
 
 void TextReport::leaf(const Leaf& leaf, bool changed, std::size_t indent, std::size_t width)
 {
-    const std::string after = value_text(leaf, leaf.after);
-    const std::string before = changed ? value_text(leaf, leaf.before) + " -> " : std::string();
-    line("{:{}}{:<{}}  {}{}", "", indent, escaped(name_of(leaf)), width, before, after);
+    const std::string& name = name_in_entry(leaf);
+    out_.append(indent, ' ').append(name).append(width - name.size() + 2, ' ');
+    if (changed) {
+        out_.append(value_text(leaf, leaf.before)).append(" -> ");
+    }
+    out_.append(value_text(leaf, leaf.after)) += '\n';
 }
 
 void TextReport::log()
@@ -265,14 +301,15 @@ void TextReport::log()
     line("{}", bold(report_.log.empty() ? "Log: empty" : "Log:"));
     for (const std::string& each : report_.log) {
         line("  {}", escaped_line(each));
+        flush(kPiece);
     }
 }
 
 }  // namespace
 
-std::string text_report(const Report& report, bool colour)
+bool write_text_report(const Report& report, bool colour, int file)
 {
-    return TextReport(report, colour).write();
+    return TextReport(report, colour, file).write();
 }
 
 bool wants_colour()

@@ -1,13 +1,12 @@
 // The report as text for people.
 #pragma once
 
-#include <string>
-
 #include "report.h"
 
 namespace bgp_rehearse {
 
-std::string text_report(const Report& report, bool colour);
+// False, with errno set, when not all of it could be written.
+[[nodiscard]] bool write_text_report(const Report& report, bool colour, int file);
 
 // Whether a report on standard output is to have colours: a terminal that knows them, and NO_COLOR not set.
 bool wants_colour();

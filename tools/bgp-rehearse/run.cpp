@@ -17,8 +17,8 @@
 #include "messages.h"
 #include "output_file.h"
 #include "rehearsal.h"
-#include "report_json.h"
 #include "report_text.h"
+#include "report_writing.h"
 #include "text_escape.h"
 
 namespace bgp_rehearse {
@@ -192,9 +192,8 @@ void Run::write_ended_report(Report report, const Ended& ended) const
     report.ended = ended;
     report.log = told_.log;
     report.steps = steps_of(told_);
-    const std::string text = options_.json ? json_report(report) : text_report(report, wants_colour());
     if (ftruncate(report_file_, 0) != 0 || lseek(report_file_, 0, SEEK_SET) != 0 ||
-        !write_all(report_file_, text.data(), text.size())) {
+        !bgp_rehearse::write_report(report, options_.json, wants_colour(), report_file_)) {
         throw CommandError(ExitStatus::NotWritten, fmt::format("the report: {}", std::strerror(errno)));
     }
 }
