@@ -6,9 +6,9 @@
 #include <map>
 #include <memory>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
+#include "capi/pointer_set.h"
 #include "middleware/middleware_state.h"
 
 namespace bgp_platform {
@@ -30,7 +30,7 @@ public:
     Device* at_port(uint16_t port) const noexcept;  // the one added last that listens there, or null
 
     std::unordered_map<int, std::unique_ptr<capi::Endpoint>> endpoints;  // by socket descriptor
-    std::unordered_set<void*> owned_values;                              // capi/owned_values.h
+    capi::PointerSet owned_values;                                       // capi/owned_values.h
 
 private:
     Registry() = default;

@@ -38,9 +38,9 @@ int code_of(store::Result result)
     return CONFD_ERR_INTERNAL;
 }
 
-bool is_cdb(Function function)
+constexpr bool is_cdb(Function function)
 {
-    return std::string_view(name_of(function)).substr(0, 4) == "cdb_";
+    return function >= Function::cdb_connect && function <= Function::cdb_get_values;
 }
 
 }  // namespace

@@ -4,7 +4,9 @@
 // A template is parsed once into a plan; a call only walks the plan, looks its names up and fills in its keys.
 #pragma once
 
+#include <array>
 #include <cstdarg>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -79,8 +81,21 @@ private:
 
     const Plan& plan_of(const char* format);
 
+    // The plan that was found last for a format at such an address; the text tells whether it is still the same.
+    struct Recent {
+        const std::string* text = nullptr;
+        const Plan* plan = nullptr;
+    };
+    static constexpr std::size_t kRecent = 256;
+    Recent& recent(const char* format) noexcept
+    {
+        const auto address = reinterpret_cast<uintptr_t>(format);
+        return recent_[(address ^ address >> 8U) % kRecent];
+    }
+
     const schema::Schema& schema_;
     std::unordered_map<std::string, Plan> plans_;
+    std::array<Recent, kRecent> recent_{};
     std::string lookup_;  // reused, so that finding a plan allocates nothing
 };
 

@@ -246,14 +246,21 @@ PathError read_keys(const schema::Node& list, const confd_value_t* values, int n
 
 const Plan& KeypathCache::plan_of(const char* format)
 {
+    Recent& recently = recent(format);
+    if (recently.text != nullptr && format != nullptr && *recently.text == format) {
+        return *recently.plan;
+    }
     lookup_.assign(format == nullptr ? "" : format);
-    if (const auto known = plans_.find(lookup_); known != plans_.end()) {
-        return known->second;
+    auto known = plans_.find(lookup_);
+    if (known == plans_.end()) {
+        if (plans_.size() == kMost) {
+            plans_.clear();
+            recent_.fill({});
+        }
+        known = plans_.emplace(lookup_, parse_template(lookup_)).first;
     }
-    if (plans_.size() == kMost) {
-        plans_.clear();
-    }
-    return plans_.emplace(lookup_, parse_template(lookup_)).first->second;
+    recent(format) = {&known->first, &known->second};
+    return known->second;
 }
 
 PathError KeypathCache::resolve(const char* format, va_list arguments, const schema::Module* name_space,

@@ -18,6 +18,12 @@ struct Position {
     std::vector<schema::Value> keys;  // of the entry at hand
     bool started = false;
     bool ended = false;
+
+    // The entry at hand in the tree, for steps between which nothing is written.
+    store::List::Iterator entry;
+    uint64_t openings = 0;  // of the transaction when `entry` was found
+
+    bool stays(const Call& call) const noexcept { return entry && openings == call.transaction().openings(); }
 };
 
 Position* position_of(const maapi_cursor& cursor)
@@ -54,13 +60,19 @@ int arrive(maapi_cursor* cursor, Position* position, const store::Row* row)
 
 int step(Call& call, maapi_cursor* cursor, Position* position)
 {
-    const store::List* const list = call.transaction().find_list(position->list);
-    const store::Row* row = nullptr;
-    if (list != nullptr && !position->ended) {
-        row = position->started ? list->find_after(position->keys.data(), position->keys.size())
-                                : list->find_from(nullptr, 0);
+    if (position->stays(call)) {
+        ++position->entry;
+        return arrive(cursor, position, position->entry ? *position->entry : nullptr);
     }
-    return arrive(cursor, position, row);
+    const store::List* const list = call.transaction().find_list(position->list);
+    if (list != nullptr && !position->ended) {
+        position->entry =
+            position->started ? list->iterate_after(position->keys.data(), position->keys.size()) : list->begin();
+        position->openings = call.transaction().openings();
+    } else {
+        position->entry = {};
+    }
+    return arrive(cursor, position, position->entry ? *position->entry : nullptr);
 }
 
 int find(Call& call, maapi_cursor* cursor, Position* position, confd_find_next_type type, const confd_value_t* inkeys,
@@ -73,6 +85,7 @@ int find(Call& call, maapi_cursor* cursor, Position* position, confd_find_next_t
     if (call.recorded()) {
         call.arguments((type == CONFD_FIND_NEXT ? "after " : "from ") + key_tuple_text(*position->list.node, keys));
     }
+    position->entry = {};
     const store::List* const list = call.transaction().find_list(position->list);
     const store::Row* row = nullptr;
     if (list != nullptr) {

@@ -178,12 +178,6 @@ std::size_t Value::block_bytes() const noexcept
 
 namespace {
 
-template <typename T>
-int order(T left, T right) noexcept
-{
-    return static_cast<int>(left > right) - static_cast<int>(left < right);
-}
-
 int order_bytes(std::string_view left, std::string_view right) noexcept
 {
     const int by_bytes = left.compare(right);
@@ -216,28 +210,29 @@ int order_ipv4_prefix(const Value& left, const Value& right) noexcept
 
 }  // namespace
 
-int compare(const Value& left, const Value& right) noexcept
+int Value::compare_any(const Value& right) const noexcept
 {
-    const Value::Kind kind = order_kind(left);
-    if (kind != order_kind(right)) {
-        return order(kind, order_kind(right));
+    const Value& left = *this;
+    const Kind order_as = order_kind(left);
+    if (order_as != order_kind(right)) {
+        return order(order_as, order_kind(right));
     }
-    switch (kind) {
-        case Value::Kind::Int:
+    switch (order_as) {
+        case Kind::Int:
             return order(left.as_int(), right.as_int());
-        case Value::Kind::Uint:
+        case Kind::Uint:
             return order(left.as_uint(), right.as_uint());
-        case Value::Kind::Enum:
+        case Kind::Enum:
             return order(left.as_enum(), right.as_enum());
-        case Value::Kind::Bool:
+        case Kind::Bool:
             return order(left.as_bool(), right.as_bool());
-        case Value::Kind::Ipv4:
+        case Kind::Ipv4:
             return order_ipv4(left, right);
-        case Value::Kind::Ipv4Prefix:
+        case Kind::Ipv4Prefix:
             return order_ipv4_prefix(left, right);
-        case Value::Kind::Ipv6:
-        case Value::Kind::Text:
-        case Value::Kind::Octets:
+        case Kind::Ipv6:
+        case Kind::Text:
+        case Kind::Octets:
             return order_bytes(left.bytes(), right.bytes());
         default:
             return 0;

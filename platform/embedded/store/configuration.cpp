@@ -33,8 +33,10 @@ Row& follow_for_edit(Row& root, const std::vector<Selector>& selectors, std::siz
 {
     Row* row = &root;
     for (std::size_t i = 0; i < count; ++i) {
-        const Row& entry = *find_entry(*row, selectors[i]);
-        row = row->list(selectors[i].list->slot).edit(entry.keys(), entry.record().keys);
+        List& list = row->list(selectors[i].list->slot);
+        const Row* const at = selectors[i].position < 0 ? nullptr : find_entry(*row, selectors[i]);
+        row = at == nullptr ? &list.edit_known(selectors[i].keys.data(), selectors[i].keys.size())
+                            : &list.edit_known(at->keys(), at->record().keys);
     }
     return *row;
 }
@@ -110,12 +112,12 @@ const Row* Configuration::find_place(const Path& path) const noexcept
 
 Row& Configuration::edit_place(const Path& path)
 {
-    return follow_for_edit(root_.edit(), path.entries, selectors_around(path));
+    return follow_for_edit(edit_root(), path.entries, selectors_around(path));
 }
 
 Row* Configuration::edit_row(const Path& path)
 {
-    return find_row(path) == nullptr ? nullptr : &follow_for_edit(root_.edit(), path.entries, path.entries.size());
+    return find_row(path) == nullptr ? nullptr : &follow_for_edit(edit_root(), path.entries, path.entries.size());
 }
 
 Value Configuration::get(const Path& leaf) const noexcept
@@ -172,7 +174,7 @@ Result Configuration::create(const Path& path)
     }
     RowRef entry(*path.node->entry);
     set_key(entry.edit(), keys);
-    edit_place(path).list(path.node->slot).insert(std::move(entry));
+    edit_place(path).list(path.node->slot).insert_new(std::move(entry));
     return Result::Ok;
 }
 
@@ -190,7 +192,7 @@ Result Configuration::remove(const Path& path)
         if (entry == nullptr) {
             return Result::NotFound;
         }
-        edit_place(path).list(path.node->slot).take(entry->keys(), entry->record().keys);
+        edit_place(path).list(path.node->slot).take_known(entry->keys(), entry->record().keys);
         return Result::Ok;
     }
     if (path.node->key) {
@@ -236,9 +238,9 @@ Result Configuration::move(const Path& entry, const std::vector<Value>& to_key)
         return there == row ? Result::Ok : Result::AlreadyExists;
     }
     List& list = edit_place(entry).list(entry.node->slot);
-    RowRef moved = list.take(row->keys(), row->record().keys);
+    RowRef moved = list.take_known(row->keys(), row->record().keys);
     set_key(moved.edit(), to_key);
-    list.insert(std::move(moved));
+    list.insert_new(std::move(moved));
     return Result::Ok;
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -86,7 +87,14 @@ public:
     [[nodiscard]] Result move(const Path& entry, const std::vector<schema::Value>& to_key);
 
     // The root row for a loader that builds a configuration from nothing (unshared).
-    Row& edit_root() { return root_.edit(); }
+    Row& edit_root()
+    {
+        ++openings_;
+        return root_.edit();
+    }
+
+    // How often something was opened for writing: while it stays, rows and iterators of lists stay as they are.
+    uint64_t openings() const noexcept { return openings_; }
 
     // The row of the path for writing, every row and node on the way unshared; null when an entry on the way is not
     // there.
@@ -98,6 +106,7 @@ private:
 
     std::shared_ptr<const schema::Schema> schema_;
     RowRef root_;
+    uint64_t openings_ = 0;
 };
 
 }  // namespace bgp_platform::store

@@ -271,17 +271,62 @@ const Row* List::find_after(const schema::Value* keys, std::size_t count) const 
     return first_not_passing(root_.get(), [&](const Row& row) { return tuple.at_or_behind(row); });
 }
 
+List::Iterator List::iterate_after(const schema::Value* keys, std::size_t count) const noexcept
+{
+    const Tuple tuple{keys, count};
+    Iterator entry;
+    for (const ListNode* node = root_.get(); node != nullptr;) {
+        const std::size_t passing = count_passing(*node, [&](const Row& row) { return tuple.at_or_behind(row); });
+        Iterator::Level& level = entry.levels_[entry.depth_++];
+        if (node->leaf) {
+            // One back when it lies in the next leaf node, which the step then finds.
+            level = {node, passing < node->count ? passing : node->count - std::size_t{1}};
+            if (passing == node->count) {
+                ++entry;
+            }
+            return entry;
+        }
+        level = {node, passing == 0 ? 0 : passing - 1};
+        node = node->children()[level.index].get();
+    }
+    return entry;
+}
+
 Row* List::edit(const schema::Value* keys, std::size_t count)
 {
-    return find(keys, count) == nullptr ? nullptr : &edit_below(&root_, Tuple{keys, count});
+    return find(keys, count) == nullptr ? nullptr : &edit_known(keys, count);
+}
+
+Row& List::edit_known(const schema::Value* keys, std::size_t count)
+{
+    return edit_below(&root_, Tuple{keys, count});
+}
+
+// Whether all entries lie before the tuple.
+bool List::ends_before(const schema::Value* keys, std::size_t count) const noexcept
+{
+    if (!root_) {
+        return true;
+    }
+    const ListNode* node = root_.get();
+    while (!node->leaf) {
+        node = node->children()[node->count - 1].get();
+    }
+    return compare_key(*node->rows()[node->count - 1], keys, count) < 0;
 }
 
 bool List::insert(RowRef row)
 {
-    const Tuple key{row->keys(), row->record().keys};
-    if (find(key.keys, key.count) != nullptr) {
+    if (!ends_before(row->keys(), row->record().keys) && find(row->keys(), row->record().keys) != nullptr) {
         return false;
     }
+    insert_new(std::move(row));
+    return true;
+}
+
+void List::insert_new(RowRef row)
+{
+    const Tuple key{row->keys(), row->record().keys};
     if (!root_) {
         root_ = ListNodeRef(ListNode::make(true, kFirstRoom));
     }
@@ -291,14 +336,15 @@ bool List::insert(RowRef row)
         put(&top, 1, std::move(split));
         root_ = std::move(top);
     }
-    return true;
 }
 
 RowRef List::take(const schema::Value* keys, std::size_t count)
 {
-    if (find(keys, count) == nullptr) {
-        return {};
-    }
+    return find(keys, count) == nullptr ? RowRef() : take_known(keys, count);
+}
+
+RowRef List::take_known(const schema::Value* keys, std::size_t count)
+{
     RowRef taken = take_below(&root_, Tuple{keys, count});
     if (root_->count == 0) {
         clear();

@@ -33,13 +33,16 @@ public:
 
     // The entry for writing, unshared; null when there is none. Its key must stay as it is.
     Row* edit(const schema::Value* keys, std::size_t count);
+    Row& edit_known(const schema::Value* keys, std::size_t count);  // an entry that is there
 
     // Adds a row whose key is set. False, and nothing done, when the key is there already. Rows that come in key order
     // are appended and fill the nodes.
     bool insert(RowRef row);
+    void insert_new(RowRef row);  // one whose key is not there
 
     // Takes the entry out and returns it; empty when there is none. The keys may be the entry's own.
     RowRef take(const schema::Value* keys, std::size_t count);
+    RowRef take_known(const schema::Value* keys, std::size_t count);  // an entry that is there
 
     void clear() noexcept { root_ = ListNodeRef(); }
 
@@ -58,6 +61,7 @@ public:
     //     for (List::Iterator entry = list.begin(); entry; ++entry) { use(**entry); }
     class Iterator;
     Iterator begin() const noexcept;
+    Iterator iterate_after(const schema::Value* keys, std::size_t count) const noexcept;  // from find_after()'s entry
 
     // Calls visit(before, after) in key order for every entry that is in one list only (the other pointer is null) or
     // that is another row in each; whole nodes that the two lists share are skipped unseen.
@@ -80,11 +84,14 @@ private:
         }
     }
 
+    bool ends_before(const schema::Value* keys, std::size_t count) const noexcept;
+
     ListNodeRef root_;  // none for an empty list
 };
 
 class List::Iterator {
 public:
+    Iterator() noexcept = default;  // at the end
     explicit operator bool() const noexcept { return depth_ > 0; }
     const Row* operator*() const noexcept
     {
