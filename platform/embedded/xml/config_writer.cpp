@@ -1,8 +1,8 @@
-// A configuration through libxml2's writer, row by row. Nothing but the rows on the way to the present one is kept.
+// A configuration as XML, row by row. Nothing but the rows on the way to the present one and a piece of text is kept.
 #include "xml/config_writer.h"
 
 #include <libxml/chvalid.h>
-#include <libxml/xmlwriter.h>
+#include <libxml/entities.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -27,27 +27,14 @@ using schema::Value;
 using store::List;
 using store::Row;
 
-// Where a document's bytes go. A write that fails is kept for check(), and the writer not told, which would print it.
+// Where a document's bytes go.
 class Sink {
 public:
     Sink() = default;
     virtual ~Sink() = default;
     Sink(const Sink&) = delete;
     Sink& operator=(const Sink&) = delete;
-    virtual void write(std::string_view bytes) = 0;
-    virtual void check() const {}  // throws when a write has failed
-    std::size_t bytes() const { return bytes_; }
-
-    static int write_bytes(void* sink, const char* bytes, int size)
-    {
-        const std::string_view piece(bytes, static_cast<std::size_t>(size));
-        static_cast<Sink*>(sink)->write(piece);
-        static_cast<Sink*>(sink)->bytes_ += piece.size();
-        return size;
-    }
-
-private:
-    std::size_t bytes_ = 0;
+    virtual void write(std::string_view bytes) = 0;  // throws WriteError
 };
 
 class DescriptorSink : public Sink {
@@ -56,28 +43,25 @@ public:
 
     void write(std::string_view bytes) override
     {
-        while (error_ == 0 && !bytes.empty()) {
+        while (!bytes.empty()) {
             const ssize_t count = ::write(descriptor_, bytes.data(), bytes.size());
             if (count > 0) {
                 bytes.remove_prefix(static_cast<std::size_t>(count));
             } else if (count == 0) {
-                error_ = EIO;  // no progress, now or ever
+                fail(EIO);  // no progress, now or ever
             } else if (errno != EINTR) {
-                error_ = errno;
+                fail(errno);
             }
         }
     }
 
-    void check() const override
+private:
+    [[noreturn]] static void fail(int error)
     {
-        if (error_ != 0) {
-            throw WriteError("cannot write the configuration: " + std::generic_category().message(error_));
-        }
+        throw WriteError("cannot write the configuration: " + std::generic_category().message(error));
     }
 
-private:
     int descriptor_;
-    int error_ = 0;  // of the first write that failed
 };
 
 class TextSink : public Sink {
@@ -88,16 +72,6 @@ public:
 private:
     std::string text_;
 };
-
-const xmlChar* xml_text(const char* text)
-{
-    return reinterpret_cast<const xmlChar*>(text);
-}
-
-const xmlChar* xml_text(const std::string& text)
-{
-    return xml_text(text.c_str());
-}
 
 enum class Content { Plain, Escaped, Forbidden };
 
@@ -134,27 +108,30 @@ Content content_of(std::string_view text)
     return content;
 }
 
+// A text that is to stand between tags or quotes.
+std::string escaped_for_xml(const std::string& text)
+{
+    const std::unique_ptr<xmlChar, xmlFreeFunc> escaped(
+        xmlEncodeSpecialChars(nullptr, reinterpret_cast<const xmlChar*>(text.c_str())), xmlFree);
+    if (!escaped) {
+        throw std::bad_alloc();
+    }
+    return reinterpret_cast<const char*>(escaped.get());
+}
+
 class Writer {
 public:
     Writer(Sink* sink, const store::Configuration& configuration, const Progress& progress)
         : sink_(sink), configuration_(configuration), progress_(progress)
     {
-        xmlOutputBufferPtr const buffer = xmlOutputBufferCreateIO(Sink::write_bytes, nullptr, sink, nullptr);
-        writer_.reset(buffer != nullptr ? xmlNewTextWriter(buffer) : nullptr);
-        if (!writer_) {
-            throw std::bad_alloc();
-        }
-        xmlTextWriterSetIndent(writer_.get(), 1);
-        xmlTextWriterSetIndentString(writer_.get(), xml_text("  "));
     }
 
     void write_document()
     {
-        xmlTextWriterStartDocument(writer_.get(), nullptr, "UTF-8", nullptr);
-        xmlTextWriterStartElement(writer_.get(), xml_text(kConfigElement));
-        xmlTextWriterWriteAttribute(writer_.get(), xml_text("xmlns"), xml_text(kConfigNamespace));
+        out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+        open(kConfigElement, kConfigNamespace);
         write_top_nodes();
-        xmlTextWriterEndElement(writer_.get());
+        close(kConfigElement);
         finish();
     }
 
@@ -165,24 +142,69 @@ public:
     }
 
 private:
-    struct Deleter {
-        void operator()(xmlTextWriter* writer) const noexcept { xmlFreeTextWriter(writer); }
-    };
-
+    static constexpr std::size_t kPiece = 1 << 16;
     static constexpr std::size_t kReportEvery = 1 << 20;
 
     void finish()
     {
-        xmlTextWriterFlush(writer_.get());
-        sink_->check();
+        hand_over();
         report(0);
+    }
+
+    void hand_over()
+    {
+        sink_->write(out_);
+        written_ += out_.size();
+        out_.clear();
     }
 
     void report(std::size_t every)
     {
-        if (progress_ && sink_->bytes() - reported_ >= every) {
-            reported_ = sink_->bytes();
+        if (progress_ && written_ - reported_ >= every) {
+            reported_ = written_;
             progress_(reported_, 0);
+        }
+    }
+
+    // An element that is closed before anything stands in it is written as <name/>.
+    void open(std::string_view name, std::string_view name_space)
+    {
+        begin_line();
+        out_.append("<").append(name);
+        if (!name_space.empty()) {
+            out_.append(" xmlns=\"").append(escaped_for_xml(std::string(name_space))).append("\"");
+        }
+        begun_ = true;
+        ++depth_;
+    }
+
+    void close(std::string_view name)
+    {
+        --depth_;
+        if (begun_) {
+            out_ += "/>";
+        } else {
+            begin_line();
+            out_.append("</").append(name).append(">");
+        }
+        end_line();
+    }
+
+    void begin_line()
+    {
+        if (begun_) {
+            out_ += ">\n";
+            begun_ = false;
+        }
+        out_.append(2 * depth_, ' ');
+    }
+
+    void end_line()
+    {
+        out_ += '\n';
+        begun_ = false;
+        if (out_.size() >= kPiece) {
+            hand_over();
         }
     }
 
@@ -212,7 +234,7 @@ private:
                 if (holds_content(node, row)) {
                     start(node);
                     write_nodes(node.children, row);
-                    end();
+                    end(node);
                 }
                 break;
         }
@@ -243,9 +265,8 @@ private:
         trail_.push_back(&entry);
         start(list);
         write_nodes(list.children, entry);
-        end();
+        end(list);
         trail_.pop_back();
-        sink_->check();
         report(kReportEvery);
     }
 
@@ -255,25 +276,31 @@ private:
             return;
         }
         start(leaf);
+        const std::size_t behind_name = out_.size();
+        out_ += '>';
         if (value.is_text()) {
-            write_text(leaf, value.bytes());
+            append_text(leaf, value.bytes());
         } else {
-            text_.clear();
-            leaf.type->append_text(value, &text_);
-            write_raw();
+            leaf.type->append_text(value, &out_);
         }
-        end();
+        --depth_;
+        if (out_.size() == behind_name + 1) {
+            out_.back() = '/';
+            out_ += '>';
+        } else {
+            out_.append("</").append(leaf.name).append(">");
+        }
+        end_line();
     }
 
-    void write_text(const Node& leaf, std::string_view text)
+    void append_text(const Node& leaf, std::string_view text)
     {
-        text_ = text;
         switch (content_of(text)) {
             case Content::Plain:
-                write_raw();
+                out_ += text;
                 break;
             case Content::Escaped:
-                xmlTextWriterWriteString(writer_.get(), xml_text(text_));
+                out_ += escaped_for_xml(std::string(text));
                 break;
             case Content::Forbidden:
                 throw WriteError(store::keypath(trail_, leaf) + ": " +
@@ -282,29 +309,22 @@ private:
         }
     }
 
-    void write_raw()
-    {
-        if (!text_.empty()) {
-            xmlTextWriterWriteRawLen(writer_.get(), xml_text(text_), static_cast<int>(text_.size()));
-        }
-    }
-
     void start(const Node& node)
     {
-        xmlTextWriterStartElement(writer_.get(), xml_text(node.name));
-        if (node.parent == nullptr || node.parent->module != node.module) {
-            xmlTextWriterWriteAttribute(writer_.get(), xml_text("xmlns"), xml_text(node.module->uri));
-        }
+        const bool of_other_module = node.parent == nullptr || node.parent->module != node.module;
+        open(node.name, of_other_module ? std::string_view(node.module->uri) : std::string_view());
     }
 
-    void end() { xmlTextWriterEndElement(writer_.get()); }
+    void end(const Node& node) { close(node.name); }
 
     Sink* sink_;
     const store::Configuration& configuration_;
     const Progress& progress_;
-    std::unique_ptr<xmlTextWriter, Deleter> writer_;
     store::Trail trail_;
-    std::string text_;  // of the leaf being written
+    std::string out_;        // what is not handed over yet
+    std::size_t depth_ = 0;  // elements that are open
+    bool begun_ = false;     // the innermost one's tag is not ended yet
+    std::size_t written_ = 0;
     std::size_t reported_ = 0;
 };
 
