@@ -56,6 +56,7 @@ class Bench:
         self.folder = folder
         self.rehearse = Path(options.binaries) / "bgp-rehearse"
         self.inside = Path(options.binaries) / "bgp-bench"
+        self.own_time = Path(options.binaries) / "bgp-own-time"
 
     def generate(self, name, *numbers):
         path = self.folder / name
@@ -126,6 +127,26 @@ def show_inside(phases, rows, whole):
         print(f"    {step:32}{reads / rows:9.3f} reads a row{writes / rows:9.3f} writes a row")
 
 
+def show_own_time(bench):
+    """The library over a platform that answers at once: [rows, nanoseconds a row, calls a row] for each size."""
+    documents = []
+    for _ in range(bench.options.repeats):
+        done = subprocess.run([bench.own_time], check=True, capture_output=True)
+        documents.append(json.loads(done.stdout)["own"])
+    print("\nthe library's own time, neighbours and families moving to another index:")
+    for same_size in zip(*documents):
+        rows, _, calls = same_size[0]
+        nanoseconds = statistics.median(document[1] for document in same_size)
+        print(f"  {2 * rows:8} rows: {nanoseconds:6.0f} ns a row, {calls:.3f} calls a row")
+
+
+def show_growth_of_calls(before, after):
+    """Calls of each step a row at two sizes, where they differ by more than the draw of the rows explains."""
+    small, large = before[1]["steps"], after[1]["steps"]
+    worst = max(abs(sum(large[step]) / after[0] - sum(small[step]) / before[0]) for step in small if step in large)
+    print(f"  calls of a step a row: at most {worst:.3f} more or less than at {before[0]}")
+
+
 class Goals:
     def __init__(self):
         self.lines = []
@@ -191,8 +212,10 @@ def measure(options, folder):
                 goals_at(goals, size, medians, phases)
             if before and size == 10 * before[0]:
                 growth(goals, kind, before[1], phases, (before[0], size))
+                show_growth_of_calls(before, (size, phases))
             before = (size, phases)
     ordinary(bench, goals)
+    show_own_time(bench)
     print()
     goals.show()
 
