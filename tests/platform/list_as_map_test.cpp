@@ -133,6 +133,19 @@ private:
         }
     }
 
+    // The iterator stands there, and goes on as the map does.
+    void expect_walk(List::Iterator entry, std::map<Key, uint64_t>::const_iterator expected)
+    {
+        constexpr int kSteps = 100;  // more than a leaf node holds
+        for (int i = 0; i < kSteps && expected != map_.end(); ++i, ++entry, ++expected) {
+            ASSERT_TRUE(entry);
+            expect_row(*entry, expected);
+        }
+        if (expected == map_.end()) {
+            ASSERT_FALSE(entry);
+        }
+    }
+
     void look_up(const Key& key)
     {
         const Keys keys = keys_of(key);
@@ -142,6 +155,8 @@ private:
         const auto first_of_number = map_.lower_bound({key.first, ""});
         expect_row(list_.find_from(keys.data(), 1), first_of_number);
         expect_row(list_.find_after(keys.data(), 1), first_of_number);
+        expect_walk(list_.iterate_after(keys.data(), 2), map_.upper_bound(key));
+        expect_walk(list_.iterate_after(keys.data(), 1), first_of_number);
         ASSERT_EQ(list_.find(keys.data(), 1), nullptr);
         const std::size_t position = pick(map_.size() + 2);
         expect_row(list_.at(position), position < map_.size()

@@ -17,9 +17,17 @@ const StepLines& lines_of(std::size_t step)
     return step == kUpdate ? kUpgrade : kSteps[step - 1];
 }
 
+// Nearly every line differs in its first characters.
 bool begins_with(std::string_view line, const char* beginning)
 {
-    return beginning != nullptr && line.substr(0, std::string_view(beginning).size()) == beginning;
+    if (beginning == nullptr) {
+        return false;
+    }
+    std::size_t same = 0;
+    while (beginning[same] != '\0' && same < line.size() && line[same] == beginning[same]) {
+        ++same;
+    }
+    return beginning[same] == '\0';
 }
 
 bool is_one_of(std::string_view line, const StepLines::Lines& lines)

@@ -9,7 +9,10 @@ namespace {
 
 class Parser {
 public:
-    Parser(std::string_view text, bool conversions) : text_(text), conversions_(conversions) {}
+    Parser(std::string_view text, bool conversions) : text_(text), conversions_(conversions)
+    {
+        plan_.steps.reserve(kUsualSteps);
+    }
 
     Plan parse()
     {
@@ -179,6 +182,8 @@ private:
         }
         step.keys.push_back(std::move(number));
     }
+
+    static constexpr std::size_t kUsualSteps = 6;
 
     std::string_view text_;
     bool conversions_;

@@ -1,6 +1,9 @@
 // Compares two configurations row by row, going only where they are not shared.
 #include "store/changes.h"
 
+#include <algorithm>
+#include <cstddef>
+
 namespace bgp_platform::store {
 namespace {
 
@@ -45,6 +48,24 @@ private:
     ChangeVisitor& visitor_;
     Trail trail_;
 };
+
+// What a key cannot hold without quotes.
+bool is_special(char c)
+{
+    switch (c) {
+        case ' ':
+        case '\t':
+        case '\r':
+        case '\n':
+        case '{':
+        case '}':
+        case '"':
+        case '\\':
+            return true;
+        default:
+            return false;
+    }
+}
 
 // Appends the way from below `around` (null: from the top) down to the node, "/a/b".
 void append_way(const Node* around, const Node* node, std::string* path)
@@ -107,11 +128,14 @@ std::string key_text(const Row& entry)
 
 void append_key(const schema::Type& type, const schema::Value& value, std::string* text)
 {
-    const std::string plain = type.text(value);
-    if (!plain.empty() && plain.find_first_of(" \t\r\n{}\"\\") == std::string::npos) {
-        text->append(plain);
+    const std::size_t start = text->size();
+    type.append_text(value, text);
+    if (text->size() > start &&
+        std::none_of(text->begin() + static_cast<std::ptrdiff_t>(start), text->end(), is_special)) {
         return;
     }
+    const std::string plain = text->substr(start);
+    text->resize(start);
     text->push_back('"');
     for (const char c : plain) {
         if (c == '"' || c == '\\') {
