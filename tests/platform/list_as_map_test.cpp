@@ -134,7 +134,7 @@ private:
     }
 
     // The iterator stands there, and goes on as the map does.
-    void expect_walk(List::Iterator entry, std::map<Key, uint64_t>::const_iterator expected)
+    void expect_walk(List::Iterator entry, Map::const_iterator expected)
     {
         constexpr int kSteps = 100;  // more than a leaf node holds
         for (int i = 0; i < kSteps && expected != map_.end(); ++i, ++entry, ++expected) {

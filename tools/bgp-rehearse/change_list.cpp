@@ -124,7 +124,7 @@ void for_each_leaf(const Change& change, const std::function<void(const Leaf&)>&
     }
     const Record& record = change.entry->record();
     const bool created = change.kind == Change::Kind::Created;
-    for (uint16_t slot = record.keys; slot < record.values.size(); ++slot) {
+    for (uint16_t slot = record.keys; slot < slots(record.values); ++slot) {
         if (const Value* const value = set_value(change.entry->value(slot))) {
             visit({record.values[slot], created ? nullptr : value, created ? value : nullptr});
         }
@@ -137,7 +137,7 @@ void for_each_below(const Change& change, const std::function<void(const Change&
         return;
     }
     const Record& record = change.entry->record();
-    for (uint16_t slot = 0; slot < record.lists.size(); ++slot) {
+    for (uint16_t slot = 0; slot < slots(record.lists); ++slot) {
         if (change.entry->list(slot).empty()) {
             continue;
         }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -37,6 +38,12 @@ void for_each_leaf(const Change& change, const std::function<void(const Leaf&)>&
 
 // The entries below one that was created or deleted.
 void for_each_below(const Change& change, const std::function<void(const Change&)>& visit);
+
+// How many slots of a record those nodes have: as many as a slot's number can tell apart.
+inline uint16_t slots(const std::vector<const bgp_platform::schema::Node*>& nodes)
+{
+    return static_cast<uint16_t>(nodes.size());
+}
 
 // A leaf's name as seen from its entry: "router-id", "bgp/cluster-id".
 std::string name_of(const Leaf& leaf);

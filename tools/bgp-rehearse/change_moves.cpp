@@ -22,10 +22,10 @@ uint64_t mixed(uint64_t seed, uint64_t hash)
 uint64_t hash_values(const Row& row, uint16_t first, uint64_t seed)
 {
     const Record& record = row.record();
-    for (uint16_t slot = first; slot < record.values.size(); ++slot) {
+    for (uint16_t slot = first; slot < slots(record.values); ++slot) {
         seed = mixed(seed, row.value(slot).hash());
     }
-    for (uint16_t slot = 0; slot < record.lists.size(); ++slot) {
+    for (uint16_t slot = 0; slot < slots(record.lists); ++slot) {
         seed = mixed(seed, row.list(slot).size());
         row.list(slot).for_each([&](const Row& below) { seed = hash_values(below, 0, seed); });
     }
@@ -68,12 +68,12 @@ bool alike_lists(const List& left, const List& right)
 bool alike(const Row& left, const Row& right, uint16_t first)
 {
     const Record& record = left.record();
-    for (uint16_t slot = first; slot < record.values.size(); ++slot) {
+    for (uint16_t slot = first; slot < slots(record.values); ++slot) {
         if (left.value(slot) != right.value(slot)) {
             return false;
         }
     }
-    for (uint16_t slot = 0; slot < record.lists.size(); ++slot) {
+    for (uint16_t slot = 0; slot < slots(record.lists); ++slot) {
         if (!alike_lists(left.list(slot), right.list(slot))) {
             return false;
         }
@@ -107,12 +107,12 @@ bool can_move(const Change& change)
     if (record.keys > 1) {
         return true;
     }
-    for (uint16_t slot = record.keys; slot < record.values.size(); ++slot) {
+    for (uint16_t slot = record.keys; slot < slots(record.values); ++slot) {
         if (!row.value(slot).absent()) {
             return true;
         }
     }
-    for (uint16_t slot = 0; slot < record.lists.size(); ++slot) {
+    for (uint16_t slot = 0; slot < slots(record.lists); ++slot) {
         if (!row.list(slot).empty()) {
             return true;
         }

@@ -95,8 +95,8 @@ public:
             case Kind::Text:
             case Kind::Octets: {
                 // Zero behind the content, and the length last: it tells texts apart that end in zeros.
-                const int by_front = order(half(0), right.half(0));
-                return by_front != 0 ? by_front : order(half(1), right.half(1));
+                const int by_front = order(front(), right.front());
+                return by_front != 0 ? by_front : order(back(), right.back());
             }
             default:
                 return compare_any(right);
@@ -107,12 +107,12 @@ private:
     struct Block;  // reference count, size, bytes
 
     // Eight of the sixteen bytes as a number that orders as they do, byte by byte.
-    uint64_t half(std::size_t which) const noexcept
+    uint64_t front() const noexcept { return be64toh(load<uint64_t>()); }
+    uint64_t back() const noexcept
     {
-        uint64_t halves[2];
-        static_assert(sizeof halves == 2 * 8);
-        std::memcpy(halves, this, sizeof halves);
-        return be64toh(halves[which]);
+        uint64_t rest = 0;
+        std::memcpy(&rest, bytes_ + sizeof rest, kInPlace - sizeof rest);
+        return be64toh(rest) | meta_;
     }
     int compare_any(const Value& right) const noexcept;
 

@@ -129,9 +129,9 @@ public:
     void write_document()
     {
         out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-        open(kConfigElement, kConfigNamespace);
+        open_element(kConfigElement, kConfigNamespace);
         write_top_nodes();
-        close(kConfigElement);
+        close_element(kConfigElement);
         finish();
     }
 
@@ -167,7 +167,7 @@ private:
     }
 
     // An element that is closed before anything stands in it is written as <name/>.
-    void open(std::string_view name, std::string_view name_space)
+    void open_element(std::string_view name, std::string_view name_space)
     {
         begin_line();
         out_.append("<").append(name);
@@ -178,7 +178,7 @@ private:
         ++depth_;
     }
 
-    void close(std::string_view name)
+    void close_element(std::string_view name)
     {
         --depth_;
         if (begun_) {
@@ -312,10 +312,10 @@ private:
     void start(const Node& node)
     {
         const bool of_other_module = node.parent == nullptr || node.parent->module != node.module;
-        open(node.name, of_other_module ? std::string_view(node.module->uri) : std::string_view());
+        open_element(node.name, of_other_module ? std::string_view(node.module->uri) : std::string_view());
     }
 
-    void end(const Node& node) { close(node.name); }
+    void end(const Node& node) { close_element(node.name); }
 
     Sink* sink_;
     const store::Configuration& configuration_;
