@@ -95,6 +95,27 @@ TEST_F(Sweep, WriteThatOnlyAFailureBrings_IsABreak)
                 HasSubstr("maapi_create /prefix-list/{}: a write that the run without failures does not make"));
 }
 
+TEST_F(Sweep, FailureLikeThatOfALaterRepetition_ExplainsAWrite)
+{
+    const CommandResult result = rehearse({"sweep", config, "--library", fake_library(folder, R"(
+        auto created = [&](const char* row) {
+            bool done = maapi_create(maapi, th, "/internal/neighbor-afi-safi-hidden{5 %s ipv4 unicast}", row) == CONFD_OK;
+            if (!done) {
+                log("Failed to create BGP Peer AFI/SAFI ipv4 unicast internal hidden entry for BGP entity id: 5");
+            }
+            return done;
+        };
+        log("Update BGP Ipv6\n");
+        bool first = created("10.0.0.1");
+        created("10.0.0.1");  // item already exists
+        if (!first) {
+            created("10.0.0.2");
+        }
+        return 0;)")});
+    EXPECT_EQ(result.status, 0) << result.out << result.err;
+    EXPECT_THAT(result.out, HasSubstr("0 contract breaks"));
+}
+
 TEST_F(Sweep, GoingOnWhereTheProcessMustEnd_IsABreak)
 {
     EXPECT_THAT(

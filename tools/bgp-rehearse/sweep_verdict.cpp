@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstddef>
 
 #include "sweep_contract.h"
 #include "sweep_contract_data.h"
@@ -23,6 +24,16 @@ bool is_write(const RecordedCall& call)
 std::string write_text(const RecordedCall& call)
 {
     return call.text() + " " + call.values;
+}
+
+// How many calls before this one were the same but for their results.
+std::size_t repetition_of(const Trail& trail, std::size_t call)
+{
+    const RecordedCall& made = trail.calls()[call];
+    const auto end = trail.calls().begin() + static_cast<std::ptrdiff_t>(call);
+    return static_cast<std::size_t>(std::count_if(trail.calls().begin(), end, [&](const RecordedCall& other) {
+        return other.function == made.function && other.path == made.path && other.arguments == made.arguments;
+    }));
 }
 
 // Goes through a run's calls and gathers where the contract is broken.
@@ -112,13 +123,20 @@ private:
         last_ = &contract()[place];
         verdict_.failed.push_back(place);
         const Demand& demand = last_->demand;
-        if (baseline_.failures.count(trail_.calls()[call].text()) == 0) {
+        if (!fails_anyway(call)) {
             lost_.push_back(&demand);
         }
         if (demand.must == Must::Log && !trail_.logged_after(call, demand.text)) {
             broken(fmt::format("{}: its failure is not logged by \"{}\" but by \"{}\"", site.name(), demand.text,
                                trail_.lines_after(call)));
         }
+    }
+
+    // Whether the call fails in the run without failures, too.
+    bool fails_anyway(std::size_t call) const
+    {
+        const auto known = baseline_.failures.find(trail_.calls()[call].text());
+        return known != baseline_.failures.end() && known->second.count(repetition_of(trail_, call)) != 0;
     }
 
     // Whether what was lost before it explains a write that no run without failures makes.
@@ -172,7 +190,7 @@ Baseline baseline_of(const Trail& trail, std::size_t allocations)
         baseline.names.insert(baseline.sites.back().name());
         const RecordedCall& made = trail.calls()[call];
         if (made.result < 0) {
-            baseline.failures.insert(made.text());
+            baseline.failures[made.text()].insert(repetition_of(trail, call));
         } else if (is_write(made)) {
             baseline.writes.insert(write_text(made));
         }

@@ -1,6 +1,7 @@
 // Whether a run with failures kept the library's contract.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -14,11 +15,13 @@ namespace bgp_rehearse {
 
 // What the run without failures tells the others.
 struct Baseline {
-    std::vector<Site> sites;         // of its calls, in order
-    std::set<std::string> names;     // of the sites
-    std::set<std::string> writes;    // those that were done, as text
-    std::set<std::string> failures;  // calls that fail even so, as text
-    std::size_t allocations = 0;     // inside the library
+    std::vector<Site> sites;       // of its calls, in order
+    std::set<std::string> names;   // of the sites
+    std::set<std::string> writes;  // those that were done, as text
+    std::size_t allocations = 0;   // inside the library
+
+    // The calls that fail even so, as text, and which of their repetitions (0: the first time) do.
+    std::map<std::string, std::set<std::size_t>> failures;
 };
 
 Baseline baseline_of(const Trail& trail, std::size_t allocations);
