@@ -1,8 +1,7 @@
 #include "failing_allocations.h"
 
-#include <dlfcn.h>
-#include <execinfo.h>
 #include <link.h>
+#include <unwind.h>
 
 #include <cstdint>
 #include <cstdlib>
@@ -69,17 +68,22 @@ Watch& watched() noexcept
     return watch;
 }
 
-// Whose code asked: the first caller that is neither this file nor the C++ library.
+// The first caller that is neither this file nor the C++ library, null when there is none.
+_Unwind_Reason_Code take_caller(_Unwind_Context* context, void* caller)
+{
+    const auto at = reinterpret_cast<const void*>(_Unwind_GetIP(context));
+    if (watched().executable.holds(at) || watched().cpp_library.holds(at)) {
+        return _URC_NO_REASON;
+    }
+    *static_cast<const void**>(caller) = at;
+    return _URC_NORMAL_STOP;
+}
+
 bool asked_by_library(const Watch& watch) noexcept
 {
-    void* frames[32];
-    const int count = backtrace(frames, 32);
-    for (int i = 0; i < count; ++i) {
-        if (!watch.executable.holds(frames[i]) && !watch.cpp_library.holds(frames[i])) {
-            return watch.library.holds(frames[i]);
-        }
-    }
-    return false;
+    const void* caller = nullptr;
+    _Unwind_Backtrace(take_caller, &caller);
+    return watch.library.holds(caller);
 }
 
 bool refused() noexcept
@@ -90,16 +94,15 @@ bool refused() noexcept
     }
     watch.on = false;  // the search for the caller may allocate
     const bool counts = asked_by_library(watch);
-    watch.on = true;
-    return counts && ++watch.seen == watch.refused;
+    const bool now = counts && ++watch.seen == watch.refused;
+    watch.on = !now;  // one is enough
+    return now;
 }
 
 }  // namespace
 
 void watch(const std::string& library, std::size_t n)
 {
-    void* frames[1];
-    backtrace(frames, 1);  // loads what it needs, once
     Watch& watch = watched();
     watch.library = find_object(library.c_str());
     watch.executable = find_object("");

@@ -46,7 +46,9 @@ public:
         }
         for (std::size_t call = 0; call < trail_.calls().size(); ++call) {
             const RecordedCall& made = trail_.calls()[call];
-            find_site(call);
+            if (!lost_.empty()) {  // up to there the run is as the one without failures
+                find_site(call);
+            }
             if (made.result < 0) {
                 take_failure(call);
             } else if (is_write(made)) {
