@@ -16,11 +16,7 @@ struct Range {
     std::uintptr_t begin = 0;
     std::uintptr_t end = 0;
 
-    bool holds(const void* address) const noexcept
-    {
-        const auto at = reinterpret_cast<std::uintptr_t>(address);
-        return begin <= at && at < end;
-    }
+    bool holds(std::uintptr_t address) const noexcept { return begin <= address && address < end; }
 };
 
 struct Search {
@@ -68,20 +64,20 @@ Watch& watched() noexcept
     return watch;
 }
 
-// The first caller that is neither this file nor the C++ library, null when there is none.
+// The first caller that is neither this file nor the C++ library.
 _Unwind_Reason_Code take_caller(_Unwind_Context* context, void* caller)
 {
-    const auto at = reinterpret_cast<const void*>(_Unwind_GetIP(context));
+    const std::uintptr_t at = _Unwind_GetIP(context);
     if (watched().executable.holds(at) || watched().cpp_library.holds(at)) {
         return _URC_NO_REASON;
     }
-    *static_cast<const void**>(caller) = at;
+    *static_cast<std::uintptr_t*>(caller) = at;
     return _URC_NORMAL_STOP;
 }
 
 bool asked_by_library(const Watch& watch) noexcept
 {
-    const void* caller = nullptr;
+    std::uintptr_t caller = 0;
     _Unwind_Backtrace(take_caller, &caller);
     return watch.library.holds(caller);
 }

@@ -23,11 +23,13 @@ bool begins_with(std::string_view line, const char* beginning)
     if (beginning == nullptr) {
         return false;
     }
-    std::size_t same = 0;
-    while (beginning[same] != '\0' && same < line.size() && line[same] == beginning[same]) {
-        ++same;
+    for (; *beginning != '\0'; ++beginning) {
+        if (line.empty() || line.front() != *beginning) {
+            return false;
+        }
+        line.remove_prefix(1);
     }
-    return beginning[same] == '\0';
+    return true;
 }
 
 bool is_one_of(std::string_view line, const StepLines::Lines& lines)
