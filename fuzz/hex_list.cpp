@@ -38,7 +38,7 @@ std::string taken(confd_value_t* value, confd_vtype type)
 {
     require(value->type == type, "a conversion gives its type", std::to_string(value->type));
     const confd_buf_t& owned = value->val.buf;
-    const std::string bytes(reinterpret_cast<const char*>(owned.ptr), owned.size);
+    std::string bytes(reinterpret_cast<const char*>(owned.ptr), owned.size);
     confd_free_value(value);
     return bytes;
 }
