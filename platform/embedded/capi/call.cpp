@@ -38,6 +38,7 @@ int code_of(store::Result result)
     return CONFD_ERR_INTERNAL;
 }
 
+// The list of functions has CDB's in one run, from the one to the other.
 constexpr bool is_cdb(Function function)
 {
     return function >= Function::cdb_connect && function <= Function::cdb_get_values;
