@@ -114,7 +114,7 @@ Named name_place(const char* format, ...)
     if (!named.error) {
         named.place = keypath_text(path);
         va_start(arguments, format);
-        named.formatted = format_template(format, arguments, schema.get());
+        named.formatted = format_template(format, arguments, &cache);
         va_end(arguments);
     }
     return named;

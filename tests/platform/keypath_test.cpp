@@ -100,6 +100,31 @@ TEST_F(Keypath, TextOutsideBraces_IsAPathOrAName)
     EXPECT_EQ(place("%s", "/depot/shelf{\"50% off\"}"), "/depot/shelf{\"50% off\"}");
 }
 
+TEST_F(Keypath, PathAsText_MeansTheSameBesideOthersOfItsTable)
+{
+    EXPECT_EQ(place("%s", "/depot/bay{3 left}"), "/depot/bay{3 left}");
+    EXPECT_EQ(place("%s/note", "/depot/bay{4 right}"), "/depot/bay{4 right}/note");
+    EXPECT_EQ(place("%s", "/depot/bay"), "/depot/bay");
+    EXPECT_EQ(place("%s", "/depot/bay[2]"), "/depot/bay[2]");
+    EXPECT_EQ(place("%s", "/depot/bay{3 left}/crate{9}"), "/depot/bay{3 left}/crate{9}");
+    EXPECT_EQ(place("%s", "/prefix-list/{north}/seq/{5}"), "/prefix-list{north}/seq{5}");
+}
+
+TEST_F(Keypath, PathAsTextWithoutAnOuterKey_IsBadPath)
+{
+    constexpr char no_key[] = "bad path: no key for the list bay";
+    EXPECT_EQ(place("%s", "/depot/bay/crate{9}"), no_key);
+    EXPECT_EQ(place("%s", "/depot/bay/crate"), no_key);
+    EXPECT_EQ(place("/depot%s", "/bay/crate{9}"), no_key);
+}
+
+TEST_F(Keypath, MalformedPathAsText_IsToldBeforeWhatItNames)
+{
+    EXPECT_EQ(place("%s", "/depot/bay{3 nowhere}/nothing{"), "bad path: a brace is not closed");
+    EXPECT_EQ(place("%s", "/nothing/depot["), "bad path: a position is a number in square brackets");
+    EXPECT_EQ(place("%s", "/depot/bay{3 left}//"), "bad path: a slash without a name behind it");
+}
+
 TEST_F(Keypath, Prefix_ChoosesTheModuleForItsElementAlone)
 {
     EXPECT_EQ(place("/dp:depot/label"), "/depot/label");

@@ -127,7 +127,7 @@ const std::string& Call::path() const
     if (path_.empty() && format_ != nullptr) {
         va_list arguments;
         va_copy(arguments, format_arguments_);  // NOLINT(clang-analyzer-valist.Uninitialized): begun by name_path()
-        path_ = format_template(format_, arguments, endpoint_ == nullptr ? nullptr : &device().schema());
+        path_ = format_template(format_, arguments, endpoint_ == nullptr ? nullptr : &device().keypaths());
         va_end(arguments);
     }
     return path_;

@@ -48,13 +48,30 @@ struct Plan {
     std::string error;  // what is wrong with the template; empty when nothing is
 };
 
-Plan parse_template(std::string_view format);
-Plan parse_path_text(std::string_view text);  // the same grammar without conversions: a percent sign is itself
+// Is told the pieces of a keypath in the order of its text. What a view shows is gone after the call.
+class PieceTaker {
+public:
+    virtual void child(std::string_view prefix, std::string_view name) = 0;
+    virtual void begin_keys() = 0;
+    virtual void key(KeySource::Kind kind, std::string_view literal) = 0;
+    virtual void end_keys() = 0;
+    virtual void index(KeySource::Kind kind, std::string_view digits) = 0;
+    virtual void splice(std::string_view before) = 0;  // a slash, or nothing
 
-// The node that a Child step names below `parent` (null: the root, where `name_space`, when given, is asked first);
-// null when there is none.
-const schema::Node* find_child(const schema::Schema& schema, const Step& step, const schema::Node* parent,
-                               const schema::Module* name_space);
+protected:
+    ~PieceTaker() = default;
+};
+
+// Tells the pieces of a path given as text: the grammar of templates without conversions, a percent sign is itself.
+// Returns what is wrong with the text, empty when nothing is; the pieces before that have been told then.
+std::string parse_path_text(std::string_view text, PieceTaker* taker);
+
+Plan parse_template(std::string_view format);
+
+// The node of that name below `parent` (null: the root, where `name_space`, when given, is asked first), in the module
+// of that prefix unless it is empty; null when there is none.
+const schema::Node* find_child(const schema::Schema& schema, std::string_view prefix, std::string_view name,
+                               const schema::Node* parent, const schema::Module* name_space);
 
 // Why a path could not be resolved: CONFD_ERR_BADPATH, or CONFD_ERR_BADTYPE for a key its type does not take.
 struct PathError {
@@ -67,13 +84,16 @@ struct PathError {
 // The key of a list, or the first part of it, given as values.
 PathError read_keys(const schema::Node& list, const confd_value_t* values, int n, std::vector<schema::Value>* keys);
 
-// The templates of one device, parsed.
+// The templates of one device, parsed, and what the paths named last mean.
 class KeypathCache {
 public:
     explicit KeypathCache(const schema::Schema& schema) : schema_(schema) {}
 
     // Resolves a template with its arguments; `name_space` is that of the session, or null.
     PathError resolve(const char* format, va_list arguments, const schema::Module* name_space, store::Path* path);
+
+    // The node that the names of an absolute path lead to, whatever keys stand between them; null when there is none.
+    const schema::Node* node_of(std::string_view path, const schema::Module* name_space);
 
 private:
     static constexpr std::size_t kMost =
@@ -93,15 +113,23 @@ private:
         return recent_[(address ^ address >> 8U) % kRecent];
     }
 
+    // The path that node_of() was asked for last: callers go through a table row by row.
+    struct Named {
+        std::string path;
+        const schema::Module* name_space = nullptr;
+        const schema::Node* node = nullptr;
+    };
+
     const schema::Schema& schema_;
+    Named last_;
     std::unordered_map<std::string, Plan> plans_;
     std::array<Recent, kRecent> recent_{};
     std::string lookup_;  // reused, so that finding a plan allocates nothing
 };
 
-// The template as text, its arguments filled in. With a schema, a %x key of an absolute path whose nodes it knows is
-// printed as its type prints it; without, and elsewhere, as confd_pp_value does. Consumes the arguments.
-std::string format_template(const char* format, va_list arguments, const schema::Schema* schema);
+// The template as text, its arguments filled in. With a device's keypaths, a %x key of an absolute path whose nodes its
+// schema knows is printed as its type prints it; without, and elsewhere, as confd_pp_value does. Consumes the arguments.
+std::string format_template(const char* format, va_list arguments, KeypathCache* keypaths);
 
 // A resolved place as text, prefix-free: "/router/bgp{65010}/vrf[0]".
 std::string keypath_text(const store::Path& path);

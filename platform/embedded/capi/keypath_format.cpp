@@ -1,6 +1,7 @@
 // Templates and their arguments as text.
 #include <array>
 #include <cstdio>
+#include <cstring>
 
 #include "capi/keypath.h"
 #include "store/changes.h"
@@ -33,7 +34,7 @@ std::string quoted(std::string_view text)
 
 class Formatter {
 public:
-    Formatter(const char* format, va_list arguments, const schema::Schema* schema) : at_(format), schema_(schema)
+    Formatter(const char* format, va_list arguments, KeypathCache* keypaths) : at_(format), keypaths_(keypaths)
     {
         va_copy(arguments_, arguments);
     }
@@ -43,9 +44,10 @@ public:
 
     std::string format()
     {
+        text_.reserve(kUsualLength);
         while (*at_ != '\0') {
             const std::size_t before = text_.size();
-            if (!conversion()) {
+            if (*at_ != '%' || !conversion()) {
                 literal(*at_++);
             } else if (text_.size() != before) {
                 key_starts_ = false;
@@ -82,7 +84,7 @@ private:
         key_starts_ = true;
         keys_ = 0;
         record_ = nullptr;
-        if (schema_ == nullptr) {
+        if (keypaths_ == nullptr) {
             return;
         }
         if (const schema::Node* const list = list_of(text_)) {
@@ -90,20 +92,11 @@ private:
         }
     }
 
-    // The list that an absolute path without its last key names, whatever its keys are; null when the schema has none.
-    // A slash before the brace ("/prefix-list/{") stands for nothing.
+    // The list that a path without its last key names; null when the schema has none. A slash before the brace
+    // ("/prefix-list/{") stands for nothing.
     const schema::Node* list_of(std::string_view path) const
     {
-        const schema::Node* node = nullptr;
-        const Plan plan = parse_path_text(path.substr(0, path.find_last_not_of('/') + 1));
-        if (!plan.error.empty()) {
-            return nullptr;
-        }
-        for (const Step& step : plan.steps) {
-            if (step.kind == Step::Kind::Child && (node = find_child(*schema_, step, node, nullptr)) == nullptr) {
-                return nullptr;
-            }
-        }
+        const schema::Node* const node = keypaths_->node_of(path.substr(0, path.find_last_not_of('/') + 1), nullptr);
         return node != nullptr && node->is_list() ? node : nullptr;
     }
 
@@ -154,15 +147,17 @@ private:
 
     bool take(std::string_view expected)
     {
-        if (std::string_view(at_).substr(0, expected.size()) != expected) {
+        if (std::strncmp(at_, expected.data(), expected.size()) != 0) {
             return false;
         }
         at_ += expected.size();
         return true;
     }
 
+    static constexpr std::size_t kUsualLength = 96;
+
     const char* at_;
-    const schema::Schema* schema_;
+    KeypathCache* keypaths_;
     va_list arguments_;
     std::string text_;
     bool in_key_ = false;      // between braces
@@ -207,9 +202,9 @@ std::string keypath_text(const store::Path& path)
     return text;
 }
 
-std::string format_template(const char* format, va_list arguments, const schema::Schema* schema)
+std::string format_template(const char* format, va_list arguments, KeypathCache* keypaths)
 {
-    return format == nullptr ? std::string() : Formatter(format, arguments, schema).format();
+    return format == nullptr ? std::string() : Formatter(format, arguments, keypaths).format();
 }
 
 }  // namespace bgp_platform::capi

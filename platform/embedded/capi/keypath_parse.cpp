@@ -1,5 +1,4 @@
-// Templates into plans: the grammar of keypaths, without any look at the schema.
-#include <cctype>
+// The grammar of keypaths, without any look at the schema: pieces of a text, and plans of templates.
 
 #include "capi/keypath.h"
 
@@ -9,17 +8,17 @@ namespace {
 
 class Parser {
 public:
-    Parser(std::string_view text, bool conversions) : text_(text), conversions_(conversions)
+    Parser(std::string_view text, bool conversions, PieceTaker* taker)
+        : text_(text), conversions_(conversions), taker_(*taker)
     {
-        plan_.steps.reserve(kUsualSteps);
     }
 
-    Plan parse()
+    std::string parse()
     {
-        while (plan_.error.empty() && !at_end()) {
+        while (error_.empty() && !at_end()) {
             parse_piece();
         }
-        return std::move(plan_);
+        return std::move(error_);
     }
 
 private:
@@ -34,7 +33,7 @@ private:
         return true;
     }
     bool conversion_here() const { return conversions_ && peek() == '%'; }
-    void fail(std::string what) { plan_.error = std::move(what); }
+    void fail(std::string what) { error_ = std::move(what); }
     void skip_blanks()
     {
         while (peek() == ' ') {
@@ -45,25 +44,18 @@ private:
     void parse_piece()
     {
         if (conversion_here() && take("%s")) {
-            add(Step::Kind::Splice);
+            taker_.splice({});
         } else if (take("{")) {
             parse_keys();
         } else if (take("[")) {
             parse_index();
         } else if (take("/")) {
             parse_child();
-        } else if (plan_.steps.empty()) {
+        } else if (at_ == 0) {
             fail("a keypath begins with a slash");
         } else {
             fail(std::string("unexpected '") + peek() + "'");
         }
-    }
-
-    Step& add(Step::Kind kind)
-    {
-        plan_.steps.emplace_back();
-        plan_.steps.back().kind = kind;
-        return plan_.steps.back();
     }
 
     void parse_child()
@@ -72,64 +64,68 @@ private:
             return;
         }
         if (conversion_here() && take("%s")) {
-            add(Step::Kind::Splice).name = "/";
+            taker_.splice("/");
             return;
         }
         const std::size_t start = at_;
-        while (!at_end() && (std::isalnum(static_cast<unsigned char>(peek())) != 0 || peek() == '_' || peek() == '-' ||
-                             peek() == '.' || peek() == ':')) {
+        while (stands_in_name(peek())) {
             ++at_;
         }
-        const std::string_view name = text_.substr(start, at_ - start);
-        const std::size_t colon = name.find(':');
-        Step& step = add(Step::Kind::Child);
-        if (colon != std::string_view::npos) {
-            step.prefix = name.substr(0, colon);
-            step.name = name.substr(colon + 1);
-        } else {
-            step.name = name;
-        }
-        if (step.name.empty()) {
+        const std::string_view text = text_.substr(start, at_ - start);
+        const std::size_t colon = text.find(':');
+        const std::string_view name = colon == std::string_view::npos ? text : text.substr(colon + 1);
+        if (name.empty()) {
             fail("a slash without a name behind it");
+            return;
         }
+        taker_.child(colon == std::string_view::npos ? std::string_view() : text.substr(0, colon), name);
+    }
+
+    static bool stands_in_name(char letter)
+    {
+        return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
+               (letter >= '0' && letter <= '9') || letter == '_' || letter == '-' || letter == '.' || letter == ':';
     }
 
     void parse_keys()
     {
-        Step& step = add(Step::Kind::Keys);
+        taker_.begin_keys();
         skip_blanks();
-        while (plan_.error.empty() && peek() != '}') {
+        while (error_.empty() && peek() != '}') {
             if (at_end()) {
                 fail("a brace is not closed");
                 return;
             }
-            step.keys.push_back(parse_key());
-            if (!at_end() && peek() != ' ' && peek() != '}' && plan_.error.empty()) {
+            parse_key();
+            if (!at_end() && peek() != ' ' && peek() != '}' && error_.empty()) {
                 fail("a key is made of two pieces");
             }
             skip_blanks();
         }
         take("}");
+        taker_.end_keys();
     }
 
-    KeySource parse_key()
+    void parse_key()
     {
         if (conversion_here()) {
-            return parse_conversion();
+            taker_.key(parse_conversion(), {});
+            return;
         }
-        KeySource key;
         if (take("\"")) {
-            parse_quoted(&key.literal);
-            return key;
+            parse_quoted();
+            return;
         }
+        const std::size_t start = at_;
         while (!at_end() && peek() != ' ' && peek() != '}' && !conversion_here()) {
-            key.literal += text_[at_++];
+            ++at_;
         }
-        return key;
+        taker_.key(KeySource::Kind::Literal, text_.substr(start, at_ - start));
     }
 
-    void parse_quoted(std::string* literal)
+    void parse_quoted()
     {
+        std::string literal;
         while (!take("\"")) {
             if (peek() == '\\') {
                 ++at_;
@@ -142,11 +138,12 @@ private:
                 fail("a conversion between quotes: a text key is quoted by itself");
                 return;
             }
-            *literal += text_[at_++];
+            literal += text_[at_++];
         }
+        taker_.key(KeySource::Kind::Literal, literal);
     }
 
-    KeySource parse_conversion()
+    KeySource::Kind parse_conversion()
     {
         static constexpr struct {
             std::string_view text;
@@ -156,51 +153,85 @@ private:
                             {"%x", KeySource::Kind::Value},  {"%*x", KeySource::Kind::Tuple}};
         for (const auto& conversion : kConversions) {
             if (take(conversion.text)) {
-                return {conversion.kind, {}};
+                return conversion.kind;
             }
         }
         fail("a conversion that keypaths do not have: " + std::string(text_.substr(at_, 3)));
-        return {};
+        return KeySource::Kind::Literal;
     }
 
     void parse_index()
     {
-        Step& step = add(Step::Kind::Index);
-        KeySource number;
-        bool is_position = false;
+        KeySource::Kind kind = KeySource::Kind::Literal;
+        std::string_view digits;
         if (conversion_here()) {
-            number = parse_conversion();
-            is_position = number.kind == KeySource::Kind::Int || number.kind == KeySource::Kind::Unsigned;
+            kind = parse_conversion();
         } else {
-            while (std::isdigit(static_cast<unsigned char>(peek())) != 0) {
-                number.literal += text_[at_++];
+            const std::size_t start = at_;
+            while (peek() >= '0' && peek() <= '9') {
+                ++at_;
             }
-            is_position = !number.literal.empty();
+            digits = text_.substr(start, at_ - start);
         }
-        if (plan_.error.empty() && (!is_position || !take("]"))) {
+        const bool is_position = kind == KeySource::Kind::Int || kind == KeySource::Kind::Unsigned || !digits.empty();
+        if (error_.empty() && (!is_position || !take("]"))) {
             fail("a position is a number in square brackets");
         }
-        step.keys.push_back(std::move(number));
+        taker_.index(kind, digits);
     }
-
-    static constexpr std::size_t kUsualSteps = 6;
 
     std::string_view text_;
     bool conversions_;
+    PieceTaker& taker_;
     std::size_t at_ = 0;
-    Plan plan_;
+    std::string error_;
+};
+
+// Keeps the pieces of a template as a plan.
+class PlanMaker final : public PieceTaker {
+public:
+    void child(std::string_view prefix, std::string_view name) override
+    {
+        Step& step = add(Step::Kind::Child);
+        step.prefix = prefix;
+        step.name = name;
+    }
+    void begin_keys() override { add(Step::Kind::Keys); }
+    void key(KeySource::Kind kind, std::string_view literal) override
+    {
+        plan.steps.back().keys.push_back({kind, std::string(literal)});
+    }
+    void end_keys() override {}
+    void index(KeySource::Kind kind, std::string_view digits) override
+    {
+        add(Step::Kind::Index);
+        key(kind, digits);
+    }
+    void splice(std::string_view before) override { add(Step::Kind::Splice).name = before; }
+
+    Plan plan;
+
+private:
+    Step& add(Step::Kind kind)
+    {
+        plan.steps.emplace_back();
+        plan.steps.back().kind = kind;
+        return plan.steps.back();
+    }
 };
 
 }  // namespace
 
 Plan parse_template(std::string_view format)
 {
-    return Parser(format, true).parse();
+    PlanMaker maker;
+    maker.plan.error = Parser(format, true, &maker).parse();
+    return std::move(maker.plan);
 }
 
-Plan parse_path_text(std::string_view text)
+std::string parse_path_text(std::string_view text, PieceTaker* taker)
 {
-    return Parser(text, false).parse();
+    return Parser(text, false, taker).parse();
 }
 
 }  // namespace bgp_platform::capi

@@ -1,4 +1,5 @@
 // Plans and their arguments into places of the tree.
+#include <algorithm>
 #include <charconv>
 
 #include "capi/keypath.h"
@@ -12,10 +13,36 @@ struct Arguments {
     va_list list;
 };
 
+// The node that a path's names lead to.
+class NodeFinder final : public PieceTaker {
+public:
+    NodeFinder(const schema::Schema& schema, const schema::Module* name_space)
+        : schema_(schema), name_space_(name_space)
+    {
+    }
+    void child(std::string_view prefix, std::string_view name) override
+    {
+        node = lost_ ? nullptr : find_child(schema_, prefix, name, node, name_space_);
+        lost_ = node == nullptr;
+    }
+    void begin_keys() override {}
+    void key(KeySource::Kind /*kind*/, std::string_view /*literal*/) override {}
+    void end_keys() override {}
+    void index(KeySource::Kind /*kind*/, std::string_view /*digits*/) override {}
+    void splice(std::string_view /*before*/) override {}
+
+    const schema::Node* node = nullptr;
+
+private:
+    const schema::Schema& schema_;
+    const schema::Module* name_space_;
+    bool lost_ = false;
+};
+
 class Resolver {
 public:
-    Resolver(const schema::Schema& schema, const schema::Module* name_space, store::Path* path)
-        : schema_(schema), name_space_(name_space), path_(*path)
+    Resolver(const schema::Schema& schema, KeypathCache* keypaths, const schema::Module* name_space, store::Path* path)
+        : schema_(schema), keypaths_(*keypaths), name_space_(name_space), path_(*path)
     {
         path_.node = nullptr;
         path_.entries.clear();
@@ -49,73 +76,88 @@ private:
 
     bool child(const Step& step)
     {
+        if (step.last_child == nullptr || step.last_parent != path_.node || step.last_module != name_space_) {
+            step.last_child = find_child(schema_, step.prefix, step.name, path_.node, name_space_);
+            step.last_parent = path_.node;
+            step.last_module = name_space_;
+        }
+        return go_to(step.last_child, step.name);
+    }
+
+    // To a node below the one at hand; null when there is none of that name.
+    bool go_to(const schema::Node* child, std::string_view name)
+    {
         const schema::Node* const parent = path_.node;
         if (parent != nullptr && parent->is_list() && !path_.names_entry()) {
             return fail(CONFD_ERR_BADPATH, "no key for the list " + parent->name);
         }
-        if (step.last_child == nullptr || step.last_parent != parent || step.last_module != name_space_) {
-            step.last_child = find_child(schema_, step, parent, name_space_);
-            step.last_parent = parent;
-            step.last_module = name_space_;
-        }
-        if (step.last_child == nullptr) {
-            return fail(CONFD_ERR_BADPATH, "there is no " + step.name + " below " +
+        if (child == nullptr) {
+            return fail(CONFD_ERR_BADPATH, "there is no " + std::string(name) + " below " +
                                                (parent == nullptr ? std::string("the root") : parent->path()));
         }
-        path_.node = step.last_child;
+        path_.node = child;
         return true;
     }
 
-    // Opens a selector of the current list.
-    store::Selector* select()
+    // Opens a selector of the list at hand.
+    bool select()
     {
         if (path_.node == nullptr || !path_.node->is_list() || path_.names_entry()) {
-            fail(CONFD_ERR_BADPATH, "a key where no list is");
-            return nullptr;
+            return fail(CONFD_ERR_BADPATH, "a key where no list is");
         }
         path_.entries.emplace_back();
         path_.entries.back().list = path_.node;
-        return &path_.entries.back();
+        return true;
     }
 
     bool keys(const Step& step, Arguments* arguments)
     {
-        store::Selector* const selector = select();
-        if (selector == nullptr) {
+        if (!begin_keys()) {
             return false;
         }
-        const schema::Record& record = *path_.node->entry;
-        selector->keys.reserve(record.keys);
         for (const KeySource& source : step.keys) {
-            if (!key(source, arguments, record, &selector->keys)) {
+            if (!key(source, arguments)) {
                 return false;
             }
         }
-        if (selector->keys.size() != record.keys) {
-            return fail(CONFD_ERR_BADPATH, "the list " + path_.node->name + " has " + std::to_string(record.keys) +
-                                               " keys, not " + std::to_string(selector->keys.size()));
+        return end_keys();
+    }
+
+    bool begin_keys()
+    {
+        if (!select()) {
+            return false;
         }
+        path_.entries.back().keys.reserve(path_.node->entry->keys);
         return true;
     }
 
-    bool key(const KeySource& source, Arguments* arguments, const schema::Record& record,
-             std::vector<schema::Value>* keys)
+    bool end_keys()
+    {
+        const std::size_t given = path_.entries.back().keys.size();
+        const std::size_t wanted = path_.node->entry->keys;
+        return given == wanted ||
+               fail(CONFD_ERR_BADPATH, "the list " + path_.node->name + " has " + std::to_string(wanted) +
+                                           " keys, not " + std::to_string(given));
+    }
+
+    bool key(const KeySource& source, Arguments* arguments)
     {
         if (source.kind == KeySource::Kind::Value) {
-            return key_value(va_arg(arguments->list, const confd_value_t*), record, keys);
+            return key_value(va_arg(arguments->list, const confd_value_t*));
         }
         if (source.kind == KeySource::Kind::Tuple) {
             const int count = va_arg(arguments->list, int);
             const confd_value_t* const values = va_arg(arguments->list, const confd_value_t*);
             for (int i = 0; i < count; ++i) {
-                if (!key_value(values + i, record, keys)) {
+                if (!key_value(values + i)) {
                     return false;
                 }
             }
             return true;
         }
         char number[16];
-        return key_text(scalar(source, arguments, number), record, keys);
+        return key_text(scalar(source, arguments, number));
     }
 
     // The text of a literal, a number or a %s.
@@ -142,18 +184,20 @@ private:
     }
 
     // The leaf that the next key is for, or null when the list has no more.
-    const schema::Node* next_key(const schema::Record& record, const std::vector<schema::Value>& keys)
+    const schema::Node* next_key()
     {
-        if (keys.size() < record.keys) {
-            return record.values[keys.size()];
+        const schema::Record& record = *path_.node->entry;
+        const std::size_t given = path_.entries.back().keys.size();
+        if (given < record.keys) {
+            return record.values[given];
         }
         fail(CONFD_ERR_BADPATH, "the list " + path_.node->name + " has only " + std::to_string(record.keys) + " keys");
         return nullptr;
     }
 
-    bool key_text(std::string_view text, const schema::Record& record, std::vector<schema::Value>* keys)
+    bool key_text(std::string_view text)
     {
-        const schema::Node* const leaf = next_key(record, *keys);
+        const schema::Node* const leaf = next_key();
         if (leaf == nullptr) {
             return false;
         }
@@ -162,13 +206,13 @@ private:
         if (!leaf->type->parse(text, &value, &why)) {
             return fail(CONFD_ERR_BADTYPE, "key " + leaf->name + ": " + why);
         }
-        keys->push_back(std::move(value));
+        path_.entries.back().keys.push_back(std::move(value));
         return true;
     }
 
-    bool key_value(const confd_value_t* confd, const schema::Record& record, std::vector<schema::Value>* keys)
+    bool key_value(const confd_value_t* confd)
     {
-        const schema::Node* const leaf = next_key(record, *keys);
+        const schema::Node* const leaf = next_key();
         if (leaf == nullptr) {
             return false;
         }
@@ -176,23 +220,25 @@ private:
         if (confd == nullptr || !leaf->type->from_confd(*confd, &value)) {
             return fail(CONFD_ERR_BADTYPE, "key " + leaf->name + " is no " + leaf->type->name);
         }
-        keys->push_back(std::move(value));
+        path_.entries.back().keys.push_back(std::move(value));
         return true;
     }
 
     bool index(const Step& step, Arguments* arguments)
     {
-        store::Selector* const selector = select();
-        if (selector == nullptr) {
+        char number[16];
+        return index(scalar(step.keys.front(), arguments, number));
+    }
+
+    bool index(std::string_view digits)
+    {
+        if (!select()) {
             return false;
         }
-        char number[16];
-        const std::string_view text = scalar(step.keys.front(), arguments, number);
-        const auto parsed = std::from_chars(text.data(), text.data() + text.size(), selector->position);
-        if (parsed.ec != std::errc() || selector->position < 0) {
-            return fail(CONFD_ERR_BADPATH, "not a position: " + std::string(text));
-        }
-        return true;
+        std::ptrdiff_t& position = path_.entries.back().position;
+        const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), position);
+        return (parsed.ec == std::errc() && position >= 0) ||
+               fail(CONFD_ERR_BADPATH, "not a position: " + std::string(digits));
     }
 
     bool splice(const Step& step, Arguments* arguments)
@@ -201,30 +247,108 @@ private:
         if (text == nullptr) {
             return fail(CONFD_ERR_BADPATH, "no text for a %s");
         }
-        return walk(parse_path_text(step.name + text), nullptr);
+        if (!step.name.empty()) {
+            return walk_text(step.name + text);
+        }
+        return walk_text(text);
     }
 
+    bool walk_text(std::string_view text)
+    {
+        if (path_.node == nullptr) {
+            text.remove_prefix(walk_front(text));
+        }
+        TextWalk walk(*this);
+        std::string wrong = parse_path_text(text, &walk);
+        return wrong.empty() ? !error : fail(CONFD_ERR_BADPATH, std::move(wrong));
+    }
+
+    // Goes to the outermost list that the text names, if it begins with one, and returns the length of its name.
+    std::size_t walk_front(std::string_view text)
+    {
+        const std::size_t length = std::min(text.find_first_of("{["), text.size());
+        const schema::Node* const node = keypaths_.node_of(text.substr(0, length), name_space_);
+        if (node == nullptr || !node->is_list() || inside_list(*node)) {
+            return 0;
+        }
+        path_.node = node;
+        return length;
+    }
+
+    static bool inside_list(const schema::Node& node)
+    {
+        const schema::Node* around = node.parent;
+        while (around != nullptr && !around->is_list()) {
+            around = around->parent;
+        }
+        return around != nullptr;
+    }
+
+    // Walks along a path that is given as text. Behind a piece that does not fit it stands still: what is wrong with the
+    // text itself is told first.
+    class TextWalk final : public PieceTaker {
+    public:
+        explicit TextWalk(Resolver& resolver) : at_(resolver) {}
+        void child(std::string_view prefix, std::string_view name) override
+        {
+            if (going()) {
+                at_.go_to(find_child(at_.schema_, prefix, name, at_.path_.node, at_.name_space_), name);
+            }
+        }
+        void begin_keys() override
+        {
+            if (going()) {
+                at_.begin_keys();
+            }
+        }
+        void key(KeySource::Kind /*kind*/, std::string_view literal) override
+        {
+            if (going()) {
+                at_.key_text(literal);
+            }
+        }
+        void end_keys() override
+        {
+            if (going()) {
+                at_.end_keys();
+            }
+        }
+        void index(KeySource::Kind /*kind*/, std::string_view digits) override
+        {
+            if (going()) {
+                at_.index(digits);
+            }
+        }
+        void splice(std::string_view /*before*/) override {}  // a text has none
+
+    private:
+        bool going() const noexcept { return !at_.error; }
+
+        Resolver& at_;
+    };
+
     const schema::Schema& schema_;
+    KeypathCache& keypaths_;
     const schema::Module* name_space_;
     store::Path& path_;
 };
 
 }  // namespace
 
-const schema::Node* find_child(const schema::Schema& schema, const Step& step, const schema::Node* parent,
-                               const schema::Module* name_space)
+const schema::Node* find_child(const schema::Schema& schema, std::string_view prefix, std::string_view name,
+                               const schema::Node* parent, const schema::Module* name_space)
 {
-    const schema::Module* const module = step.prefix.empty() ? nullptr : schema.module_by_prefix(step.prefix);
-    if (!step.prefix.empty() && module == nullptr) {
+    const schema::Module* const module = prefix.empty() ? nullptr : schema.module_by_prefix(prefix);
+    if (!prefix.empty() && module == nullptr) {
         return nullptr;
     }
     if (parent != nullptr) {
-        const schema::Node* const found = parent->child(step.name);
+        const schema::Node* const found = parent->child(name);
         return found != nullptr && (module == nullptr || found->module == module) ? found : nullptr;
     }
     const schema::Node* const own =
-        module == nullptr && name_space != nullptr ? schema.top_node(step.name, name_space) : nullptr;
-    return own != nullptr ? own : schema.top_node(step.name, module);
+        module == nullptr && name_space != nullptr ? schema.top_node(name, name_space) : nullptr;
+    return own != nullptr ? own : schema.top_node(name, module);
 }
 
 PathError read_keys(const schema::Node& list, const confd_value_t* values, int n, std::vector<schema::Value>* keys)
@@ -242,6 +366,16 @@ PathError read_keys(const schema::Node& list, const confd_value_t* values, int n
         }
     }
     return {};
+}
+
+const schema::Node* KeypathCache::node_of(std::string_view path, const schema::Module* name_space)
+{
+    if (path != last_.path || name_space != last_.name_space) {
+        NodeFinder finder(schema_, name_space);
+        const bool fits = parse_path_text(path, &finder).empty();
+        last_ = {std::string(path), name_space, fits ? finder.node : nullptr};
+    }
+    return last_.node;
 }
 
 const Plan& KeypathCache::plan_of(const char* format)
@@ -268,7 +402,7 @@ PathError KeypathCache::resolve(const char* format, va_list arguments, const sch
 {
     Arguments taken;
     va_copy(taken.list, arguments);
-    Resolver resolver(schema_, name_space, path);
+    Resolver resolver(schema_, this, name_space, path);
     resolver.walk(plan_of(format), &taken);
     va_end(taken.list);
     return std::move(resolver.error);

@@ -115,10 +115,10 @@ int confd_pp_value(char* buf, int bufsiz, const confd_value_t* v)
 
 int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...)
 {
-    const Device* const device = Registry::instance().current();
+    Device* const device = Registry::instance().current();
     va_list arguments;
     va_start(arguments, fmt);
-    const std::string text = capi::format_template(fmt, arguments, device == nullptr ? nullptr : &device->schema());
+    const std::string text = capi::format_template(fmt, arguments, device == nullptr ? nullptr : &device->keypaths());
     va_end(arguments);
     return print(buf, bufsiz, text);
 }
