@@ -11,13 +11,45 @@ constexpr std::size_t kFanOut = ListNode::kFanOut;
 constexpr std::size_t kFirstRoom = 2;
 constexpr std::size_t kMergedMost = kFanOut / 2;  // neighbours are merged when they hold no more than that together
 
-// A key tuple to look for.
-struct Tuple {
-    const schema::Value* keys;
-    std::size_t count;
+// One search for a key tuple, from the root down to a leaf node.
+//
+// Every row asked about lies between the last one that the tuple was behind and the last one that it was not. What both
+// of these have in common with the tuple, in leading keys, the rows between them have too: it is not compared again.
+class Search {
+public:
+    Search(const schema::Value* keys, std::size_t count) noexcept : keys_(keys), count_(count) {}
+    explicit Search(const Row& row) noexcept : Search(row.keys(), row.record().keys) {}
 
-    bool behind(const Row& row) const noexcept { return compare_key(row, keys, count) < 0; }
-    bool at_or_behind(const Row& row) const noexcept { return compare_key(row, keys, count) <= 0; }
+    bool behind(const Row& row) noexcept { return narrow(compare(row) < 0); }
+    bool at_or_behind(const Row& row) noexcept { return narrow(compare(row) <= 0); }
+
+    // Whether the last row that the tuple was not behind has all of the tuple in its key.
+    bool found() const noexcept { return in_upper_ == count_; }
+
+private:
+    // As compare_key(); leaves in `common_` how many leading keys are the same.
+    int compare(const Row& row) noexcept
+    {
+        const std::size_t own = row.record().keys;
+        for (common_ = std::min(in_lower_, in_upper_); common_ < std::min(own, count_); ++common_) {
+            if (const int order = schema::compare(row.keys()[common_], keys_[common_]); order != 0) {
+                return order;
+            }
+        }
+        return own > count_ ? 1 : 0;
+    }
+
+    bool narrow(bool passed) noexcept
+    {
+        (passed ? in_lower_ : in_upper_) = common_;
+        return passed;
+    }
+
+    const schema::Value* keys_;
+    std::size_t count_;
+    std::size_t common_ = 0;
+    std::size_t in_lower_ = 0;  // leading keys that the row before the gap has in common with the tuple
+    std::size_t in_upper_ = 0;  // and the row behind it
 };
 
 // How many references of the node, from the left, begin with a row that passes; those that pass come first.
@@ -56,9 +88,9 @@ const Row* first_not_passing(const ListNode* node, Passes passes) noexcept
 }
 
 // The reference of a node below which the tuple's row is or belongs.
-std::size_t position_of(const ListNode& node, const Tuple& tuple) noexcept
+std::size_t position_of(const ListNode& node, Search* search) noexcept
 {
-    const std::size_t passing = count_passing(node, [&](const Row& row) { return tuple.at_or_behind(row); });
+    const std::size_t passing = count_passing(node, [=](const Row& row) { return search->at_or_behind(row); });
     return passing == 0 ? 0 : passing - 1;
 }
 
@@ -150,15 +182,15 @@ ListNodeRef put_or_split(ListNodeRef* place, std::size_t position, Reference ref
 }
 
 // Inserts a row whose key is not there yet; returns what was split off from the node, if anything.
-ListNodeRef insert_below(ListNodeRef* place, const Tuple& key, RowRef row)
+ListNodeRef insert_below(ListNodeRef* place, Search* search, RowRef row)
 {
     ListNode& node = place->edit();
     if (node.leaf) {
-        const std::size_t position = count_passing(node, [&](const Row& other) { return key.behind(other); });
+        const std::size_t position = count_passing(node, [=](const Row& other) { return search->behind(other); });
         return put_or_split(place, position, std::move(row));
     }
-    const std::size_t position = position_of(node, key);
-    ListNodeRef split = insert_below(&node.children()[position], key, std::move(row));
+    const std::size_t position = position_of(node, search);
+    ListNodeRef split = insert_below(&node.children()[position], search, std::move(row));
     if (split) {
         return put_or_split(place, position + 1, std::move(split));
     }
@@ -196,15 +228,15 @@ bool merge_with_next(ListNode* parent, std::size_t position)
 }
 
 // Takes out the row with that key, which is there.
-RowRef take_below(ListNodeRef* place, const Tuple& key)
+RowRef take_below(ListNodeRef* place, Search* search)
 {
     ListNode& node = place->edit();
-    const std::size_t position = position_of(node, key);
+    const std::size_t position = position_of(node, search);
     RowRef taken;
     if (node.leaf) {
         taken = pull(&node, node.rows(), position);
     } else {
-        taken = take_below(&node.children()[position], key);
+        taken = take_below(&node.children()[position], search);
         if (node.children()[position]->count == 0) {
             pull(&node, node.children(), position);
         } else if (!merge_with_next(&node, position) && position > 0) {
@@ -217,11 +249,11 @@ RowRef take_below(ListNodeRef* place, const Tuple& key)
 }
 
 // Unshares the road to the row with that key, which is there.
-Row& edit_below(ListNodeRef* place, const Tuple& key)
+Row& edit_below(ListNodeRef* place, Search* search)
 {
     ListNode& node = place->edit();
-    const std::size_t position = position_of(node, key);
-    Row& row = node.leaf ? node.rows()[position].edit() : edit_below(&node.children()[position], key);
+    const std::size_t position = position_of(node, search);
+    Row& row = node.leaf ? node.rows()[position].edit() : edit_below(&node.children()[position], search);
     node.lowest = &node.lowest_at(0);
     return row;  // cppcheck-suppress returnTempReference ; both branches give references
 }
@@ -239,8 +271,9 @@ std::size_t bytes_below(const ListNode& node) noexcept
 
 const Row* List::find(const schema::Value* keys, std::size_t count) const noexcept
 {
-    const Row* row = find_from(keys, count);
-    return row != nullptr && compare_key(*row, keys, count) == 0 ? row : nullptr;
+    Search search(keys, count);
+    const Row* row = first_not_passing(root_.get(), [&](const Row& other) { return search.behind(other); });
+    return row != nullptr && search.found() && row->record().keys == count ? row : nullptr;
 }
 
 const Row* List::at(std::size_t position) const noexcept
@@ -261,22 +294,22 @@ const Row* List::at(std::size_t position) const noexcept
 
 const Row* List::find_from(const schema::Value* keys, std::size_t count) const noexcept
 {
-    const Tuple tuple{keys, count};
-    return first_not_passing(root_.get(), [&](const Row& row) { return tuple.behind(row); });
+    Search search(keys, count);
+    return first_not_passing(root_.get(), [&](const Row& row) { return search.behind(row); });
 }
 
 const Row* List::find_after(const schema::Value* keys, std::size_t count) const noexcept
 {
-    const Tuple tuple{keys, count};
-    return first_not_passing(root_.get(), [&](const Row& row) { return tuple.at_or_behind(row); });
+    Search search(keys, count);
+    return first_not_passing(root_.get(), [&](const Row& row) { return search.at_or_behind(row); });
 }
 
 List::Iterator List::iterate_after(const schema::Value* keys, std::size_t count) const noexcept
 {
-    const Tuple tuple{keys, count};
+    Search search(keys, count);
     Iterator entry;
     for (const ListNode* node = root_.get(); node != nullptr;) {
-        const std::size_t passing = count_passing(*node, [&](const Row& row) { return tuple.at_or_behind(row); });
+        const std::size_t passing = count_passing(*node, [&](const Row& row) { return search.at_or_behind(row); });
         Iterator::Level& level = entry.levels_[entry.depth_++];
         if (node->leaf) {
             // One back when it lies in the next leaf node, which the step then finds.
@@ -299,7 +332,8 @@ Row* List::edit(const schema::Value* keys, std::size_t count)
 
 Row& List::edit_known(const schema::Value* keys, std::size_t count)
 {
-    return edit_below(&root_, Tuple{keys, count});
+    Search search(keys, count);
+    return edit_below(&root_, &search);
 }
 
 // Whether all entries lie before the tuple.
@@ -326,11 +360,11 @@ bool List::insert(RowRef row)
 
 void List::insert_new(RowRef row)
 {
-    const Tuple key{row->keys(), row->record().keys};
+    Search search(*row);
     if (!root_) {
         root_ = ListNodeRef(ListNode::make(true, kFirstRoom));
     }
-    if (ListNodeRef split = insert_below(&root_, key, std::move(row))) {
+    if (ListNodeRef split = insert_below(&root_, &search, std::move(row))) {
         ListNodeRef top(ListNode::make(false, kFirstRoom));
         put(&top, 0, std::move(root_));
         put(&top, 1, std::move(split));
@@ -345,7 +379,8 @@ RowRef List::take(const schema::Value* keys, std::size_t count)
 
 RowRef List::take_known(const schema::Value* keys, std::size_t count)
 {
-    RowRef taken = take_below(&root_, Tuple{keys, count});
+    Search search(keys, count);
+    RowRef taken = take_below(&root_, &search);
     if (root_->count == 0) {
         clear();
     }
