@@ -272,6 +272,42 @@ TEST_F(ConfigurationTest, SetOfWhatIsNoLeaf_IsNotWritable)
 
 // remove
 
+TEST_F(ConfigurationTest, SetAll_GivesTheRowItsValuesAndTakesAbsentOnesAway)
+{
+    const PlantPath south = rack(1, "south");
+    EXPECT_EQ(configuration_.set_all(south, {{&south.to("note").node(), Value()},
+                                             {&south.to("power").to("watts").node(), num(900)},
+                                             {&south.to("power").to("backup").node(), Value::present()},
+                                             {&south.to("power").to("backup").to("minutes").node(), num(5)}}),
+              Result::Ok);
+    EXPECT_EQ(configuration_.get(south.to("note")), Value());
+    EXPECT_EQ(configuration_.get(south.to("power").to("watts")), num(900));
+    EXPECT_EQ(configuration_.get(south.to("power").to("backup").to("minutes")), num(5));
+}
+
+TEST_F(ConfigurationTest, SetAllOfWhatIsThere_UnsharesNothing)
+{
+    const PlantPath south = rack(1, "south");
+    EXPECT_REFUSED(configuration_.set_all(south, {{&south.to("note").node(), text("by the door")},
+                                                  {&south.to("name").node(), text("south")},
+                                                  {&south.to("width").node(), Value()},
+                                                  {&south.to("power").to("backup").to("minutes").node(), Value()}}),
+                   Result::Ok);
+    EXPECT_REFUSED(configuration_.set_all(missing_, {{&missing_.to("note").node(), text("x")}}), Result::NotFound);
+}
+
+TEST_F(ConfigurationTest, SetAll_EndsAtTheFirstThatIsRefused)
+{
+    const PlantPath south = rack(1, "south");
+    const bgp_platform::schema::Node* const watts = &south.to("power").to("watts").node();
+    const bgp_platform::schema::Node* const minutes = &south.to("power").to("backup").to("minutes").node();
+    EXPECT_EQ(configuration_.set_all(south, {{watts, num(800)}, {minutes, num(1)}, {watts, num(900)}}),
+              Result::NotFound);
+    EXPECT_EQ(configuration_.set_all(south, {{&south.to("name").node(), text("west")}, {watts, num(900)}}),
+              Result::NotWritable);
+    EXPECT_EQ(configuration_.get(south.to("power").to("watts")), num(800));
+}
+
 TEST_F(ConfigurationTest, RemovedEntry_IsGoneWithAllBelowIt)
 {
     EXPECT_EQ(configuration_.remove(rack(1, "south")), Result::Ok);

@@ -3,17 +3,14 @@
 // An entry is written as one thing: its leaves are checked first, and only when all of them fit is the entry created
 // (when it is not there) and are they set. Entries are written in the order of the array; those before a failing one
 // stay.
+#include <utility>
+
 #include "capi/tagged.h"
 #include "confd_maapi.h"
 
 namespace bgp_platform::capi {
 
 namespace {
-
-struct LeafWrite {
-    const schema::Node* leaf;
-    schema::Value value;  // absent: delete
-};
 
 class TaggedWriter {
 public:
@@ -55,7 +52,7 @@ private:
     // The content of the container or entry at `path`.
     int write_row(const store::Path& path)
     {
-        std::vector<LeafWrite> writes;
+        std::vector<store::NodeValue> writes;
         bool written = false;
         const int result = write_level(path, *path.node, &writes, &written);
         return result == CONFD_OK && !written ? flush(path, &writes) : result;
@@ -63,7 +60,8 @@ private:
 
     // Elements up to the end of the array or an end tag, which is left for the caller. Leaves are gathered; an entry
     // below needs the row around it, so that is written first.
-    int write_level(const store::Path& row, const schema::Node& below, std::vector<LeafWrite>* writes, bool* written)
+    int write_level(const store::Path& row, const schema::Node& below, std::vector<store::NodeValue>* writes,
+                    bool* written)
     {
         while (!at_.at_end() && at_->v.type != C_XMLEND) {
             const schema::Node* const node = at_.node_below(below);
@@ -82,7 +80,7 @@ private:
         return *written && !writes->empty() ? flush(row, writes) : CONFD_OK;
     }
 
-    int gather(const schema::Node& leaf, std::vector<LeafWrite>* writes)
+    int gather(const schema::Node& leaf, std::vector<store::NodeValue>* writes)
     {
         schema::Value value;
         const bool deletes = at_->v.type == C_NOEXISTS && !leaf.key;
@@ -94,7 +92,8 @@ private:
         return CONFD_OK;
     }
 
-    int write_container(const store::Path& row, const schema::Node& node, std::vector<LeafWrite>* writes, bool* written)
+    int write_container(const store::Path& row, const schema::Node& node, std::vector<store::NodeValue>* writes,
+                        bool* written)
     {
         if (node.kind == schema::NodeKind::Presence) {
             writes->push_back({&node, schema::Value::present()});
@@ -104,7 +103,8 @@ private:
         return result == CONFD_OK ? close(node) : result;
     }
 
-    int write_below(const store::Path& row, const schema::Node& list, std::vector<LeafWrite>* writes, bool* written)
+    int write_below(const store::Path& row, const schema::Node& list, std::vector<store::NodeValue>* writes,
+                    bool* written)
     {
         int result = flush(row, writes);
         *written = true;
@@ -128,7 +128,7 @@ private:
     }
 
     // Creates the entry where it is not there, and sets the gathered leaves.
-    int flush(const store::Path& path, std::vector<LeafWrite>* writes)
+    int flush(const store::Path& path, std::vector<store::NodeValue>* writes)
     {
         store::Configuration& transaction = call_.transaction();
         if (path.names_entry() && transaction.find_row(path) == nullptr) {
@@ -137,30 +137,7 @@ private:
                 return call_.fail(created);
             }
         }
-        for (LeafWrite& write : *writes) {
-            const int result = apply(path, &write);
-            if (result != CONFD_OK) {
-                return result;
-            }
-        }
-        writes->clear();
-        return CONFD_OK;
-    }
-
-    int apply(const store::Path& row, LeafWrite* write)
-    {
-        store::Path path = row;
-        path.node = write->leaf;
-        store::Configuration& transaction = call_.transaction();
-        if (write->leaf->kind == schema::NodeKind::Presence) {
-            const store::Result created = transaction.create(path);
-            return created == store::Result::AlreadyExists ? CONFD_OK : call_.fail(created);
-        }
-        if (write->value.absent()) {
-            const store::Result removed = transaction.remove(path);
-            return removed == store::Result::NotFound ? CONFD_OK : call_.fail(removed);
-        }
-        return call_.fail(transaction.set(path, std::move(write->value)));
+        return call_.fail(transaction.set_all(path, std::exchange(*writes, {})));
     }
 
     int bad_type(const schema::Node& leaf)

@@ -205,22 +205,65 @@ Result Configuration::remove(const Path& path)
     return Result::Ok;
 }
 
+// The row that a path's entries lead to, looked for once; opened for writing when something changes.
+class Configuration::FoundRow {
+public:
+    FoundRow(Configuration* configuration, const Path& path)
+        : configuration_(*configuration), path_(path), row_(configuration->find_row(path))
+    {
+    }
+    explicit operator bool() const noexcept { return row_ != nullptr; }
+    const Row& operator*() const noexcept { return *row_; }
+    Row& edit()
+    {
+        if (open_ == nullptr) {
+            row_ = open_ = &follow_for_edit(configuration_.edit_root(), path_.entries, path_.entries.size());
+        }
+        return *open_;
+    }
+
+private:
+    Configuration& configuration_;
+    const Path& path_;
+    const Row* row_;
+    Row* open_ = nullptr;
+};
+
+Result Configuration::set_in(FoundRow* row, const Node& node, Value value)
+{
+    if (!place_exists(**row, node)) {
+        return value.absent() ? Result::Ok : Result::NotFound;
+    }
+    if ((**row).value(node.slot) == value) {
+        return Result::Ok;
+    }
+    if (node.key) {
+        return Result::NotWritable;
+    }
+    row->edit().value(node.slot) = std::move(value);
+    return Result::Ok;
+}
+
 Result Configuration::set(const Path& leaf, Value value)
 {
     if (leaf.node == nullptr || leaf.node->kind != NodeKind::Leaf || value.absent()) {
         return Result::NotWritable;
     }
-    const Row* place = find_place(leaf);
-    if (place == nullptr) {
+    FoundRow row(this, leaf);
+    return row ? set_in(&row, *leaf.node, std::move(value)) : Result::NotFound;
+}
+
+Result Configuration::set_all(const Path& path, std::vector<NodeValue> values)
+{
+    FoundRow row(this, path);
+    if (!row) {
         return Result::NotFound;
     }
-    if (place->value(leaf.node->slot) == value) {
-        return Result::Ok;
+    for (NodeValue& given : values) {
+        if (const Result result = set_in(&row, *given.node, std::move(given.value)); result != Result::Ok) {
+            return result;
+        }
     }
-    if (leaf.node->key) {
-        return Result::NotWritable;
-    }
-    edit_place(leaf).value(leaf.node->slot) = std::move(value);
     return Result::Ok;
 }
 

@@ -41,6 +41,12 @@ enum class Result {
     NotWritable,    // a key leaf with another value than the entry's, or a node that cannot be set
 };
 
+// What a leaf or a presence container is given.
+struct NodeValue {
+    const schema::Node* node;
+    schema::Value value;
+};
+
 class Configuration {
 public:
     explicit Configuration(std::shared_ptr<const schema::Schema> schema);
@@ -82,6 +88,10 @@ public:
     // NotWritable also for a node that is no leaf, and for an absent value.
     [[nodiscard]] Result set(const Path& leaf, schema::Value value);
 
+    // Gives leaves and presence containers of the row at `row` their values, in order; an absent value takes one away
+    // that is there. For each what set() answers, and the first that is not Ok ends it: those before it stay.
+    [[nodiscard]] Result set_all(const Path& row, std::vector<NodeValue> values);
+
     // Gives a list entry another key, keeping all below it. Onto its own key it is Ok and nothing changes;
     // AlreadyExists when another entry has the key; NotMovable for what is not a list entry, and for a part of a key.
     [[nodiscard]] Result move(const Path& entry, const std::vector<schema::Value>& to_key);
@@ -101,6 +111,9 @@ public:
     Row* edit_row(const Path& path);
 
 private:
+    class FoundRow;
+    static Result set_in(FoundRow* row, const schema::Node& node, schema::Value value);
+
     const Row* find_place(const Path& path) const noexcept;
     Row& edit_place(const Path& path);  // what find_place() finds, unshared with every row and node on the way
 
