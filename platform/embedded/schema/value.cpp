@@ -27,35 +27,9 @@ struct Value::Block {
     }
 };
 
-Value::Value(const Value& other) noexcept : meta_(other.meta_)
+void Value::share_block() const noexcept
 {
-    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
-    if (has_block()) {
-        ++block()->references;
-    }
-}
-
-Value::Value(Value&& other) noexcept : meta_(std::exchange(other.meta_, uint8_t{0}))
-{
-    std::memcpy(bytes_, other.bytes_, sizeof bytes_);
-}
-
-Value& Value::operator=(const Value& other) noexcept
-{
-    if (this != &other) {
-        *this = Value(other);
-    }
-    return *this;
-}
-
-Value& Value::operator=(Value&& other) noexcept
-{
-    if (this != &other) {
-        release();
-        std::memcpy(bytes_, other.bytes_, sizeof bytes_);
-        meta_ = std::exchange(other.meta_, uint8_t{0});
-    }
-    return *this;
+    ++block()->references;
 }
 
 void Value::drop_block() noexcept

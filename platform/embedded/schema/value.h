@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace bgp_platform::schema {
 
@@ -42,10 +43,27 @@ public:
     static constexpr std::size_t kInPlace = 15;
 
     Value() noexcept = default;
-    Value(const Value& other) noexcept;
-    Value(Value&& other) noexcept;
-    Value& operator=(const Value& other) noexcept;
-    Value& operator=(Value&& other) noexcept;
+    Value(const Value& other) noexcept : meta_(other.meta_)
+    {
+        std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+        if (has_block()) {
+            share_block();
+        }
+    }
+    Value(Value&& other) noexcept : meta_(std::exchange(other.meta_, uint8_t{0}))
+    {
+        std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+    }
+    Value& operator=(const Value& other) noexcept { return *this = Value(other); }
+    Value& operator=(Value&& other) noexcept
+    {
+        if (this != &other) {
+            release();
+            std::memcpy(bytes_, other.bytes_, sizeof bytes_);
+            meta_ = std::exchange(other.meta_, uint8_t{0});
+        }
+        return *this;
+    }
     ~Value() { release(); }
 
     static Value present() noexcept;
@@ -137,6 +155,7 @@ private:
             drop_block();
         }
     }
+    void share_block() const noexcept;
     void drop_block() noexcept;
 
     alignas(8) unsigned char bytes_[kInPlace] = {};

@@ -22,22 +22,28 @@ List& Row::list(uint16_t slot) noexcept
     return reinterpret_cast<List*>(values() + record_->values.size())[slot];
 }
 
+// The head alone; values and lists are still to be made.
+Row* Row::make_head(const schema::Record& record)
+{
+    const std::size_t values = record.values.size() * sizeof(schema::Value);
+    const std::size_t lists = record.lists.size() * sizeof(List);
+    return new (::operator new(sizeof(Row) + values + lists)) Row(record);
+}
+
 Row* Row::make(const schema::Record& record)
 {
-    const std::size_t values = record.values.size();
-    const std::size_t lists = record.lists.size();
-    void* block = ::operator new(sizeof(Row) + values * sizeof(schema::Value) + lists * sizeof(List));
-    Row* row = new (block) Row(record);
-    std::uninitialized_default_construct_n(row->values(), values);
-    std::uninitialized_default_construct_n(&row->list(0), lists);
+    Row* row = make_head(record);
+    std::uninitialized_default_construct_n(row->values(), record.values.size());
+    std::uninitialized_default_construct_n(&row->list(0), record.lists.size());
     return row;
 }
 
 Row* Row::copy(const Row& original)
 {
-    Row* row = make(original.record());
-    std::copy_n(original.values(), original.record().values.size(), row->values());
-    std::copy_n(&original.list(0), original.record().lists.size(), &row->list(0));
+    const schema::Record& record = original.record();
+    Row* row = make_head(record);
+    std::uninitialized_copy_n(original.values(), record.values.size(), row->values());
+    std::uninitialized_copy_n(&original.list(0), record.lists.size(), &row->list(0));
     return row;
 }
 

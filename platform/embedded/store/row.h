@@ -37,6 +37,7 @@ public:
 
 private:
     explicit Row(const schema::Record& record) noexcept : record_(&record) {}
+    static Row* make_head(const schema::Record& record);
     ~Row() = default;
     schema::Value* values() noexcept { return reinterpret_cast<schema::Value*>(this + 1); }
     const schema::Value* values() const noexcept { return reinterpret_cast<const schema::Value*>(this + 1); }
