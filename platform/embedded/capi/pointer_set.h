@@ -46,12 +46,17 @@ public:
 
 private:
     static constexpr std::size_t kFirstPlaces = 64;
+    static constexpr unsigned kPageBits = 12;
 
     std::size_t mask() const noexcept { return table_.size() - 1; }
     std::size_t following(std::size_t place) const noexcept { return (place + 1) & mask(); }
+
+    // What lies together in memory, mostly used one after the other, does so in the table; pages keep out of each
+    // other's way, so that buffers at the same place of their pages do not all meet.
     std::size_t first_place(const void* pointer) const noexcept
     {
-        return static_cast<std::size_t>((reinterpret_cast<uintptr_t>(pointer) * 0x9E3779B97F4A7C15U) >> 32U) & mask();
+        const auto address = reinterpret_cast<uintptr_t>(pointer);
+        return static_cast<std::size_t>(address / alignof(std::max_align_t) + (address >> kPageBits) * 17U) & mask();
     }
 
     // Where the pointer is, or the free place that it would take.
