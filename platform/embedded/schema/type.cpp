@@ -118,13 +118,17 @@ bool parse_octets(std::string_view text, Value* value)
 void append_octets(std::string_view octets, std::string* text)
 {
     constexpr char kDigits[] = "0123456789abcdef";
-    for (std::size_t i = 0; i < octets.size(); ++i) {
-        const auto octet = static_cast<unsigned char>(octets[i]);
-        if (i > 0) {
-            *text += ':';
-        }
-        *text += kDigits[octet >> 4];
-        *text += kDigits[octet & 0x0F];
+    constexpr std::size_t kWidth = 3;  // two digits and the colon before the next
+    if (octets.empty()) {
+        return;
+    }
+    const std::size_t start = text->size();
+    text->resize(start + octets.size() * kWidth - 1, ':');
+    char* place = text->data() + start;
+    for (const char octet : octets) {
+        place[0] = kDigits[static_cast<unsigned char>(octet) >> 4];
+        place[1] = kDigits[static_cast<unsigned char>(octet) & 0x0F];
+        place += kWidth;
     }
 }
 

@@ -49,6 +49,12 @@ private:
     Trail trail_;
 };
 
+// Whether a value's text can need quotes: that of numbers, addresses and octets never does.
+bool may_need_quotes(const schema::Value& value)
+{
+    return value.is_text() || value.kind() == schema::Value::Kind::Enum;
+}
+
 // What a key cannot hold without quotes.
 bool is_special(char c)
 {
@@ -131,7 +137,8 @@ void append_key(const schema::Type& type, const schema::Value& value, std::strin
     const std::size_t start = text->size();
     type.append_text(value, text);
     if (text->size() > start &&
-        std::none_of(text->begin() + static_cast<std::ptrdiff_t>(start), text->end(), is_special)) {
+        (!may_need_quotes(value) ||
+         std::none_of(text->begin() + static_cast<std::ptrdiff_t>(start), text->end(), is_special))) {
         return;
     }
     const std::string plain = text->substr(start);
