@@ -102,11 +102,6 @@ std::string KeepMessages::first_error() const
     return item->path != nullptr ? std::string(item->msg) + " (" + item->path + ")" : std::string(item->msg);
 }
 
-bool is_secret(const Node& leaf)
-{
-    return is_secret(leaf.name);
-}
-
 bool is_secret(std::string_view leaf_name)
 {
     return leaf_name.find("assword") != std::string_view::npos;

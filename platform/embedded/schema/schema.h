@@ -52,6 +52,7 @@ struct Node {
     const Record* entry = nullptr;       // list, leaf-list: the shape of its entries
     bool key = false;                    // a key leaf of the list around it
     bool state = false;                  // config false
+    bool secret = false;                 // is_secret() of its name
 
     bool is_list() const noexcept { return kind == NodeKind::List || kind == NodeKind::LeafList; }
     bool is_container() const noexcept { return kind == NodeKind::Container || kind == NodeKind::Presence; }
@@ -61,8 +62,11 @@ struct Node {
 };
 
 // Whether a leaf's values are kept out of records, messages and reports: its name says password.
-bool is_secret(const Node& leaf);
 bool is_secret(std::string_view leaf_name);
+inline bool is_secret(const Node& leaf)
+{
+    return leaf.secret;
+}
 
 // Type::parse() for a value of the leaf. What it says about a text that is none never shows a secret one.
 bool parse_value(const Node& leaf, std::string_view text, Value* value, std::string* why);

@@ -173,6 +173,7 @@ Node& SchemaReader::add_node(const lysc_node& compiled, Node* parent, Record* re
     node.parent = parent;
     node.record = record;
     node.state = (compiled.flags & LYS_CONFIG_R) != 0;
+    node.secret = is_secret(node.name);
     add_name(node.name);
     (parent != nullptr ? parent->children : schema_->top_).push_back(&node);
     record->sequence.push_back(&node);

@@ -20,15 +20,20 @@ using schema::Value;
 
 namespace {
 
-constexpr std::string_view kBlank = " \t\r\n";
+bool is_blank(char letter)
+{
+    return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n';
+}
 
 std::string_view trimmed(std::string_view text)
 {
-    const std::size_t first = text.find_first_not_of(kBlank);
-    if (first == std::string_view::npos) {
-        return {};
+    while (!text.empty() && is_blank(text.front())) {
+        text.remove_prefix(1);
     }
-    return text.substr(first, text.find_last_not_of(kBlank) - first + 1);
+    while (!text.empty() && is_blank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
 }
 
 bool holds_text(const Node* node)
@@ -209,9 +214,9 @@ void ConfigLoader::text(std::string_view piece, int line)
         text_ += piece;
         return;
     }
-    const std::size_t first = piece.find_first_not_of(kBlank);
-    if (first != std::string_view::npos) {
-        const auto lines_behind = std::count(piece.begin() + static_cast<std::ptrdiff_t>(first), piece.end(), '\n');
+    const auto first = std::find_if_not(piece.begin(), piece.end(), is_blank);
+    if (first != piece.end()) {
+        const auto lines_behind = std::count(first, piece.end(), '\n');
         refuse(line - static_cast<int>(lines_behind),
                "text " + in_quotes(trimmed(piece)) + " stands where elements belong");
     }
