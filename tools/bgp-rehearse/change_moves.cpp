@@ -1,108 +1,62 @@
-// Entries that are alike are brought together by a hash of what has to be alike, list, content and the key leaves but one,
-// and then compared for certain.
+// The entries that a list lost and those that it gained come in the order of its keys. They are compared one key leaf after
+// the other being left out; what has the same place in the order of the rest, and of what it holds, is alike. A change of
+// the first leaf, where an index mostly stands, leaves that order nearly as it was.
 #include "change_moves.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace bgp_rehearse {
 
 namespace {
 
 using bgp_platform::schema::Record;
+using bgp_platform::schema::Value;
 using bgp_platform::store::List;
 using bgp_platform::store::Row;
 
-uint64_t mixed(uint64_t seed, uint64_t hash)
-{
-    const uint64_t product = (seed ^ hash) * 0x9E3779B97F4A7C15U;
-    return product ^ product >> 32U;
-}
+int order(const Row& left, const Row& right, uint16_t first);
 
-uint64_t hash_values(const Row& row, uint16_t first, uint64_t seed)
+int order(const List& left, const List& right)
 {
-    const Record& record = row.record();
-    for (uint16_t slot = first; slot < slots(record.values); ++slot) {
-        seed = mixed(seed, row.value(slot).hash());
-    }
-    for (uint16_t slot = 0; slot < slots(record.lists); ++slot) {
-        seed = mixed(seed, row.list(slot).size());
-        row.list(slot).for_each([&](const Row& below) { seed = hash_values(below, 0, seed); });
-    }
-    return seed;
-}
-
-uint64_t hash_key_leaf(const Row& entry, uint16_t position)
-{
-    return mixed(position, entry.value(position).hash());
-}
-
-// Of list, content and key; the key leaves are added, so that one of them can be taken off.
-uint64_t hash_whole(const Change& change)
-{
-    const uint16_t keys = change.entry->record().keys;
-    uint64_t hash = hash_values(*change.entry, keys, mixed(0, reinterpret_cast<uintptr_t>(change.list.get())));
-    for (uint16_t position = 0; position < keys; ++position) {
-        hash += hash_key_leaf(*change.entry, position);
-    }
-    return hash;
-}
-
-bool alike(const Row& left, const Row& right, uint16_t first);
-
-bool alike_lists(const List& left, const List& right)
-{
-    if (left.size() != right.size()) {
-        return false;
+    const int by_size = bgp_platform::schema::order(left.size(), right.size());
+    if (by_size != 0) {
+        return by_size;
     }
     List::Iterator other = right.begin();
     for (List::Iterator entry = left.begin(); entry; ++entry, ++other) {
-        if (!alike(**entry, **other, 0)) {
-            return false;
+        if (const int by_entry = order(**entry, **other, 0); by_entry != 0) {
+            return by_entry;
         }
     }
-    return true;
+    return 0;
 }
 
-// Whether two rows of one list hold the same from a value slot on.
-bool alike(const Row& left, const Row& right, uint16_t first)
+// Orders rows of one list by what they hold from a value slot on, the key leaves first; 0 when that is the same.
+int order(const Row& left, const Row& right, uint16_t first)
 {
     const Record& record = left.record();
     for (uint16_t slot = first; slot < slots(record.values); ++slot) {
-        if (left.value(slot) != right.value(slot)) {
-            return false;
+        if (const int by_value = compare(left.value(slot), right.value(slot)); by_value != 0) {
+            return by_value;
         }
     }
     for (uint16_t slot = 0; slot < slots(record.lists); ++slot) {
-        if (!alike_lists(left.list(slot), right.list(slot))) {
-            return false;
+        if (const int by_list = order(left.list(slot), right.list(slot)); by_list != 0) {
+            return by_list;
         }
     }
-    return true;
-}
-
-// Whether two entries are one that moved, or would be if they were not both created or both deleted.
-bool alike_but_for(uint16_t position, const Change& left, const Change& right)
-{
-    if (left.list != right.list) {
-        return false;
-    }
-    const uint16_t keys = left.entry->record().keys;
-    for (uint16_t other = 0; other < keys; ++other) {
-        if (other != position && left.entry->value(other) != right.entry->value(other)) {
-            return false;
-        }
-    }
-    return alike(*left.entry, *right.entry, keys);
+    return 0;
 }
 
 // Two entries without content, told apart by their only key leaf, are alike only in being empty.
-bool can_move(const Change& change)
+bool can_move(const Row& row)
 {
-    if (change.kind != Change::Kind::Created && change.kind != Change::Kind::Deleted) {
-        return false;
-    }
-    const Row& row = *change.entry;
     const Record& record = row.record();
     if (record.keys > 1) {
         return true;
@@ -120,93 +74,120 @@ bool can_move(const Change& change)
     return false;
 }
 
-struct Candidate {
-    uint64_t hash;  // of all, or of all but the key leaf in question
-    std::size_t change;
+using Entries = std::vector<Change*>;
+
+struct Span {
+    Entries::iterator first;
+    Entries::iterator end;
+
+    bool empty() const { return first == end; }
 };
-using Candidates = std::vector<Candidate>;
 
-class Moves {
-public:
-    explicit Moves(std::vector<Change>* changes) : changes_(*changes)
-    {
-        for (std::size_t i = 0; i < changes_.size(); ++i) {
-            if (can_move(changes_[i])) {
-                candidates_.push_back({hash_whole(changes_[i]), i});
-                longest_key_ = std::max(longest_key_, changes_[i].entry->record().keys);
-            }
-        }
+bool joined(const Change* change)
+{
+    return change->from != nullptr;
+}
+
+// A deleted entry that is taken for the source of a move leaves a change without an entry that came from one.
+void join(Change* one, Change* other)
+{
+    if (one->kind == other->kind || !can_move(*one->entry)) {
+        return;
     }
+    Change* const created = one->kind == Change::Kind::Created ? one : other;
+    Change* const deleted = one->kind == Change::Kind::Created ? other : one;
+    created->kind = Change::Kind::Moved;
+    created->from = deleted->entry;
+    std::swap(deleted->from, deleted->entry);
+}
 
-    void find()
-    {
-        for (uint16_t position = 0; position < longest_key_; ++position) {
-            find_in_key(position);
-        }
-        const auto taken = [](const Change& change) { return change.entry == nullptr && change.from != nullptr; };
-        changes_.erase(std::remove_if(changes_.begin(), changes_.end(), taken), changes_.end());
+// Brings entries in order that lie in runs that are, by merging neighbouring runs.
+template <typename Before>
+void merge_runs(Entries* entries, const Before& before)
+{
+    std::vector<Entries::iterator> borders{entries->begin()};
+    while (borders.back() != entries->end()) {
+        borders.push_back(std::is_sorted_until(borders.back(), entries->end(), before));
     }
-
-private:
-    // The moves in which the key leaf at `position` differs.
-    void find_in_key(uint16_t position)
-    {
-        Candidates same_hash;
-        for (const Candidate& each : candidates_) {
-            const Change& change = changes_[each.change];
-            const bool free = change.entry != nullptr && change.kind != Change::Kind::Moved;
-            if (free && change.entry->record().keys > position) {
-                same_hash.push_back({each.hash - hash_key_leaf(*change.entry, position), each.change});
-            }
+    while (borders.size() > 2) {
+        std::vector<Entries::iterator> wider{entries->begin()};
+        for (std::size_t i = 2; i < borders.size(); i += 2) {
+            std::inplace_merge(borders[i - 2], borders[i - 1], borders[i], before);
+            wider.push_back(borders[i]);
         }
-        std::sort(same_hash.begin(), same_hash.end(),
-                  [](const Candidate& left, const Candidate& right) { return left.hash < right.hash; });
-        for (auto first = same_hash.begin(); first != same_hash.end();) {
-            const auto end =
-                std::find_if(first, same_hash.end(), [&](const Candidate& each) { return each.hash != first->hash; });
-            settle(position, first, end);
-            first = end;
+        if (wider.back() != entries->end()) {
+            wider.push_back(entries->end());
         }
+        borders.swap(wider);
     }
+}
 
-    // Candidates of one hash, of which nearly always all are alike.
-    void settle(uint16_t position, Candidates::iterator first, Candidates::iterator end)
-    {
-        while (end - first > 1) {
-            const Change& like = changes_[first->change];
-            const auto others = std::partition(first + 1, end, [&](const Candidate& each) {
-                return alike_but_for(position, like, changes_[each.change]);
-            });
-            if (others - first == 2) {
-                join(changes_[first->change], changes_[(first + 1)->change]);
-            }
-            first = others;
+// Joins the entries, alike in the key leaves before `position`, that have one other that is alike in all but that leaf.
+void join_alike(uint16_t position, const Span& created, const Span& deleted)
+{
+    const auto before = [rest = static_cast<uint16_t>(position + 1)](const Change* left, const Change* right) {
+        return order(*left->entry, *right->entry, rest) < 0;
+    };
+    Entries all(created.first, created.end);
+    all.insert(all.end(), deleted.first, deleted.end);
+    merge_runs(&all, before);
+    for (auto first = all.begin(); first != all.end();) {
+        const auto end = std::find_if(first + 1, all.end(), [&](const Change* each) { return before(*first, each); });
+        if (end - first == 2) {
+            join(*first, *(first + 1));
         }
+        first = end;
     }
+}
 
-    // A deleted entry that is taken for the source of a move leaves a change without an entry that came from one.
-    static void join(Change& one, Change& other)
-    {
-        if (one.kind == other.kind) {
-            return;
-        }
-        Change& created = one.kind == Change::Kind::Created ? one : other;
-        Change& deleted = one.kind == Change::Kind::Created ? other : one;
-        created.kind = Change::Kind::Moved;
-        created.from = deleted.entry;
-        std::swap(deleted.from, deleted.entry);
+// Takes from the front the entries that have that value.
+Span take_those_with(const Value& value, uint16_t position, Span* entries)
+{
+    const auto end = std::find_if(entries->first, entries->end,
+                                  [&](const Change* each) { return each->entry->value(position) != value; });
+    return {std::exchange(entries->first, end), end};
+}
+
+// Finds the moves among entries, in the order of their keys, that are alike in the key leaves before `position`: first
+// those in which that leaf differs.
+void find_from(uint16_t position, Span created, Span deleted)
+{
+    if (created.empty() || deleted.empty() || position == (*created.first)->entry->record().keys) {
+        return;
     }
-
-    std::vector<Change>& changes_;
-    Candidates candidates_;
-    uint16_t longest_key_ = 0;
-};
+    join_alike(position, created, deleted);
+    created.end = std::remove_if(created.first, created.end, joined);
+    deleted.end = std::remove_if(deleted.first, deleted.end, joined);
+    while (!created.empty() && !deleted.empty()) {
+        const Value& least =
+            std::min((*created.first)->entry->value(position), (*deleted.first)->entry->value(position));
+        const Span gained = take_those_with(least, position, &created);
+        const Span lost = take_those_with(least, position, &deleted);
+        find_from(static_cast<uint16_t>(position + 1), gained, lost);
+    }
+}
 
 }  // namespace
 
 void find_moves(std::vector<Change>* changes)
 {
-    Moves(changes).find();
+    struct Sides {
+        Entries created;
+        Entries deleted;
+    };
+    std::unordered_map<const std::string*, Sides> lists;
+    for (Change& change : *changes) {
+        if (change.kind == Change::Kind::Created) {
+            lists[change.list.get()].created.push_back(&change);
+        } else if (change.kind == Change::Kind::Deleted) {
+            lists[change.list.get()].deleted.push_back(&change);
+        }
+    }
+    for (auto& [list, sides] : lists) {
+        find_from(0, {sides.created.begin(), sides.created.end()}, {sides.deleted.begin(), sides.deleted.end()});
+    }
+    const auto taken = [](const Change& change) { return change.entry == nullptr && change.from != nullptr; };
+    changes->erase(std::remove_if(changes->begin(), changes->end(), taken), changes->end());
 }
 
 }  // namespace bgp_rehearse
