@@ -151,12 +151,15 @@ std::string name_of(const Leaf& leaf)
     return name_in_entry(*leaf.node);
 }
 
-std::string shown(const Leaf& leaf, const Value& value)
+void append_shown(const Leaf& leaf, const Value& value, std::string* text)
 {
     if (is_secret(*leaf.node)) {
-        return bgp_platform::capi::kMasked;
+        *text += bgp_platform::capi::kMasked;
+    } else if (leaf.node->kind == NodeKind::Presence) {
+        *text += "(present)";
+    } else {
+        leaf.node->type->append_text(value, text);
     }
-    return leaf.node->kind == NodeKind::Presence ? "(present)" : leaf.node->type->text(value);
 }
 
 const char* name_of(Change::Kind kind) noexcept
@@ -174,9 +177,18 @@ const char* name_of(Change::Kind kind) noexcept
     return "changed";
 }
 
-std::string braced_key(const Row* entry)
+void append_braced_key(const Row* entry, std::string* text)
 {
-    return entry == nullptr ? std::string() : "{" + bgp_platform::store::key_text(*entry) + "}";
+    if (entry == nullptr) {
+        return;
+    }
+    const Record& record = entry->record();
+    *text += '{';
+    for (uint16_t slot = 0; slot < record.keys; ++slot) {
+        *text += slot > 0 ? " " : "";
+        bgp_platform::store::append_key(*record.values[slot]->type, entry->value(slot), text);
+    }
+    *text += '}';
 }
 
 std::vector<Change> collect_changes(const bgp_platform::Device& device)

@@ -48,14 +48,14 @@ inline uint16_t slots(const std::vector<const bgp_platform::schema::Node*>& node
 // A leaf's name as seen from its entry: "router-id", "bgp/cluster-id".
 std::string name_of(const Leaf& leaf);
 
-// A value of that leaf as a report may show it: "********" for a secret one (its name speaks of a password).
-std::string shown(const Leaf& leaf, const bgp_platform::schema::Value& value);
+// Appends a value of that leaf as a report may show it: "********" for a secret one (its name speaks of a password).
+void append_shown(const Leaf& leaf, const bgp_platform::schema::Value& value, std::string* text);
 
 // "created", "deleted", "moved", "changed"
 const char* name_of(Change::Kind kind) noexcept;
 
-// An entry's key in its braces, "{5 ipv4}"; "" for no entry.
-std::string braced_key(const bgp_platform::store::Row* entry);
+// Appends an entry's key in its braces, "{5 ipv4}"; nothing for no entry.
+void append_braced_key(const bgp_platform::store::Row* entry, std::string* text);
 
 // The changes of the open transaction in the order of the schema and of the keys, moves found: where a deleted and a
 // created entry of one list hold the same and differ in one key leaf, and no other entry fits either of them, they are

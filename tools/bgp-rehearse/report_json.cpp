@@ -54,7 +54,12 @@ Json failed_writes_json(const bgp_platform::capi::CallCounts& counts)
 
 Json value_json(const Leaf& leaf, const bgp_platform::schema::Value* value)
 {
-    return value != nullptr ? Json(shown(leaf, *value)) : Json(nullptr);
+    if (value == nullptr) {
+        return nullptr;
+    }
+    std::string text;
+    append_shown(leaf, *value, &text);
+    return text;
 }
 
 Json leaves_json(const Change& change)
@@ -75,10 +80,13 @@ Json leaves_json(const Change& change)
 void add_change(const Change& change, const std::string& around, Json* changes)
 {
     const std::string list = around.empty() ? *change.list : around + "/" + *change.list;
-    const std::string path = list + braced_key(change.entry);
+    std::string path = list;
+    append_braced_key(change.entry, &path);
     Json json = {{"path", path.empty() ? "/" : path}, {"change", name_of(change.kind)}};
     if (change.kind == Change::Kind::Moved) {
-        json["from"] = list + braced_key(change.from);
+        std::string from = list;
+        append_braced_key(change.from, &from);
+        json["from"] = std::move(from);
     }
     json["leaves"] = leaves_json(change);
     changes->push_back(std::move(json));

@@ -17,6 +17,14 @@ namespace bgp_rehearse {
 
 namespace {
 
+using bgp_platform::schema::Node;
+using bgp_platform::schema::Value;
+
+constexpr char kPlain[] = "0";
+constexpr char kBold[] = "1";
+constexpr char kRed[] = "31";
+constexpr char kGreen[] = "32";
+constexpr char kYellow[] = "33";
 constexpr std::size_t kPiece = 1 << 16;
 constexpr std::size_t kShownFailures = 5;
 constexpr std::size_t kStepNames = 29;       // room for the longest
@@ -43,14 +51,14 @@ public:
     }
 
 private:
+    // What makes a terminal go on in a colour; nothing for a report without.
+    std::string in(const char* colour) const { return colour_ ? fmt::format("\033[{}m", colour) : std::string(); }
     std::string painted(std::string_view text, const char* colour) const
     {
-        return colour_ ? fmt::format("\033[{}m{}\033[0m", colour, text) : std::string(text);
+        return in(colour).append(text) + in(kPlain);
     }
-    std::string bold(std::string_view text) const { return painted(text, "1"); }
-    std::string red(std::string_view text) const { return painted(text, "31"); }
-    std::string green(std::string_view text) const { return painted(text, "32"); }
-    std::string yellow(std::string_view text) const { return painted(text, "33"); }
+    std::string bold(std::string_view text) const { return painted(text, kBold); }
+    std::string red(std::string_view text) const { return painted(text, kRed); }
 
     void fact(std::string_view name, std::string_view text) { line("  {:<10}{}", name, text); }
     void more(std::string_view text) { fact("", text); }
@@ -65,7 +73,8 @@ private:
     void changes();
     void totals(const ChangeTotals& totals);
     void change(const Change& change, std::size_t indent);
-    void entry(const std::string& text, std::size_t indent) { out_.append(indent, ' ').append(text) += '\n'; }
+    void entry(std::string_view mark, const Change& change, const char* colour, std::size_t indent);
+    void value(const Leaf& leaf, const Value* value);
     void leaf(const Leaf& leaf, bool changed, std::size_t indent, std::size_t width);
     void leaves(const Change& change, std::size_t indent);
     void log();
@@ -75,8 +84,8 @@ private:
     const Report& report_;
     bool colour_;
     int file_;
-    int error_ = 0;                                                             // of the first write that failed
-    std::unordered_map<const bgp_platform::schema::Node*, std::string> names_;  // escaped
+    int error_ = 0;                                       // of the first write that failed
+    std::unordered_map<const Node*, std::string> names_;  // escaped
 };
 
 // A report of many changes goes out in pieces.
@@ -113,11 +122,6 @@ std::string grouped(std::size_t number)
 std::string counted(std::size_t number, std::string_view one, std::string_view many)
 {
     return fmt::format("{} {}", grouped(number), number == 1 ? one : many);
-}
-
-std::string value_text(const Leaf& leaf, const bgp_platform::schema::Value* value)
-{
-    return value != nullptr ? escaped(shown(leaf, *value)) : "(not set)";
 }
 
 void TextReport::summary()
@@ -251,28 +255,41 @@ void TextReport::totals(const ChangeTotals& totals)
     line("{}", bold(text));
 }
 
+void TextReport::entry(std::string_view mark, const Change& change, const char* colour, std::size_t indent)
+{
+    out_.append(indent, ' ').append(in(colour));
+    const std::size_t start = out_.size();
+    out_ += mark;
+    if (change.from != nullptr) {
+        append_braced_key(change.from, &out_);
+        out_ += " -> ";
+    }
+    append_braced_key(change.entry, &out_);
+    escape_from(start, &out_);
+    out_.append(in(kPlain)) += '\n';
+}
+
 // An entry on a line of its own, and below it its leaves and the entries in it. An entry below a created one is led by
 // the name of its list instead of a mark.
 void TextReport::change(const Change& change, std::size_t indent)
 {
-    const std::string key = escaped(braced_key(change.entry));
     switch (change.kind) {
         case Change::Kind::Created:
-            entry(green("+ " + key), indent);
+            entry("+ ", change, kGreen, indent);
             break;
         case Change::Kind::Deleted:
-            entry(red("- " + key), indent);
+            entry("- ", change, kRed, indent);
             return;
         case Change::Kind::Moved:
-            entry(yellow("~ " + escaped(braced_key(change.from)) + " -> " + key), indent);
+            entry("~ ", change, kYellow, indent);
             return;
         case Change::Kind::Changed:
-            if (!key.empty()) {
-                entry(yellow("~ " + key), indent);
+            if (change.entry != nullptr) {
+                entry("~ ", change, kYellow, indent);
             }
             break;
     }
-    leaves(change, indent + (key.empty() ? 0 : 4));
+    leaves(change, indent + (change.entry == nullptr ? 0 : 4));
 }
 
 void TextReport::leaves(const Change& change, std::size_t indent)
@@ -281,9 +298,20 @@ void TextReport::leaves(const Change& change, std::size_t indent)
     for_each_leaf(change, [&](const Leaf& each) { width = std::max(width, name_in_entry(each).size()); });
     for_each_leaf(change, [&](const Leaf& each) { leaf(each, change.kind == Change::Kind::Changed, indent, width); });
     for_each_below(change, [&](const Change& below) {
-        entry(green(escaped(*below.list) + " " + escaped(braced_key(below.entry))), indent);
+        entry(*below.list + " ", below, kGreen, indent);
         leaves(below, indent + 4);
     });
+}
+
+void TextReport::value(const Leaf& leaf, const Value* value)
+{
+    if (value == nullptr) {
+        out_ += "(not set)";
+        return;
+    }
+    const std::size_t start = out_.size();
+    append_shown(leaf, *value, &out_);
+    escape_from(start, &out_);
 }
 
 void TextReport::leaf(const Leaf& leaf, bool changed, std::size_t indent, std::size_t width)
@@ -291,9 +319,11 @@ void TextReport::leaf(const Leaf& leaf, bool changed, std::size_t indent, std::s
     const std::string& name = name_in_entry(leaf);
     out_.append(indent, ' ').append(name).append(width - name.size() + 2, ' ');
     if (changed) {
-        out_.append(value_text(leaf, leaf.before)).append(" -> ");
+        value(leaf, leaf.before);
+        out_ += " -> ";
     }
-    out_.append(value_text(leaf, leaf.after)) += '\n';
+    value(leaf, leaf.after);
+    out_ += '\n';
 }
 
 void TextReport::log()

@@ -107,6 +107,14 @@ std::string escaped(std::string_view text)
     return out;
 }
 
+void escape_from(std::size_t start, std::string* text)
+{
+    const std::string_view end = std::string_view(*text).substr(start);
+    if (plain_length(end) < end.size()) {
+        text->replace(start, end.size(), escaped(end));
+    }
+}
+
 std::string escaped_line(std::string_view line)
 {
     if (!line.empty() && line.back() == '\n') {

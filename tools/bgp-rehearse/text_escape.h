@@ -1,6 +1,7 @@
 // Makes text from a configuration or a library safe and plain to show.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,9 @@ namespace bgp_rehearse {
 // beyond ASCII, and the marks that turn the direction of writing, as \u{NNNN}), and bytes that are not UTF-8 as \xNN.
 // Printable text of any script stays as it is.
 std::string escaped(std::string_view text);
+
+// Does the same to the end of a text, from a place on.
+void escape_from(std::size_t start, std::string* text);
 
 // A log line as a line of text: escaped, without the line end that it may have.
 std::string escaped_line(std::string_view line);
