@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <map>
 #include <stdexcept>
@@ -192,6 +193,7 @@ TEST(StepLines, EachText_StandsInTheSourcesOfTheSteps)
         }
         for (const char* text : texts) {
             EXPECT_TRUE(stands_in(source, text, step.name)) << step.name << ": " << text;
+            EXPECT_GT(std::strlen(text), 8U) << "take() looks at so many characters first";
         }
     }
     EXPECT_FALSE(stands_in(source, "Starting BGP routers update\n", "update_router_bgp"));

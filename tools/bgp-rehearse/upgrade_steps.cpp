@@ -1,6 +1,7 @@
 #include "upgrade_steps.h"
 
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -17,24 +18,34 @@ const StepLines& lines_of(std::size_t step)
     return step == kUpdate ? kUpgrade : kSteps[step - 1];
 }
 
-// Nearly every line differs in its first characters.
 bool begins_with(std::string_view line, const char* beginning)
 {
-    if (beginning == nullptr) {
-        return false;
-    }
-    for (; *beginning != '\0'; ++beginning) {
-        if (line.empty() || line.front() != *beginning) {
-            return false;
-        }
-        line.remove_prefix(1);
-    }
-    return true;
+    return beginning != nullptr && line.substr(0, std::strlen(beginning)) == beginning;
 }
 
 bool is_one_of(std::string_view line, const StepLines::Lines& lines)
 {
     return std::any_of(lines.begin(), lines.end(), [line](const char* each) { return begins_with(line, each); });
+}
+
+// The first characters of a line as one number. Every line that tells of a step has more than these.
+uint64_t head_of(std::string_view line)
+{
+    char front[sizeof(uint64_t)] = {};
+    line.copy(front, sizeof front);
+    uint64_t head = 0;
+    std::memcpy(&head, front, sizeof head);
+    return head;
+}
+
+void add_heads(const StepLines& lines, std::unordered_set<uint64_t>* heads)
+{
+    heads->insert({head_of(lines.start), head_of(lines.end)});
+    for (const StepLines::Lines& each : {lines.nothing_to_do, lines.failed, lines.passed_over}) {
+        for (const char* const line : each) {
+            heads->insert(head_of(line == nullptr ? lines.start : line));
+        }
+    }
 }
 
 std::string trimmed(std::string_view line)
@@ -83,12 +94,13 @@ UpgradeSteps::UpgradeSteps(std::function<CallTotals()> calls_so_far)
 {
     for (std::size_t i = 0; i < steps_.size(); ++i) {
         steps_[i].name = lines_of(i).name;
+        add_heads(lines_of(i), &heads_);
     }
 }
 
 bool UpgradeSteps::take(std::string_view line)
 {
-    const bool known = take_in_step(line) || take_reason(line);
+    const bool known = heads_.count(head_of(line)) > 0 && (take_in_step(line) || take_reason(line));
     told_ = told_ || known;
     return known;
 }

@@ -12,10 +12,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "capi/recorder.h"
@@ -80,6 +82,7 @@ private:
     void give_reasons(std::size_t first_missed);
 
     std::function<CallTotals()> calls_so_far_;
+    std::unordered_set<uint64_t> heads_;  // how the lines begin that take() can know
     std::vector<Step> steps_;
     std::size_t current_ = 0;
     std::size_t last_begun_ = 0;
