@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <iterator>
 #include <string>
 #include <utility>
 
@@ -14,7 +13,7 @@ protected:
     template <typename... Arguments>
     void line(fmt::format_string<Arguments...> format, Arguments&&... arguments)
     {
-        fmt::format_to(std::back_inserter(out_), format, std::forward<Arguments>(arguments)...);
+        out_ += fmt::format(format, std::forward<Arguments>(arguments)...);
         out_ += '\n';
     }
 

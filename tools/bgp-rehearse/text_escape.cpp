@@ -74,9 +74,9 @@ void append_escaped(uint32_t code, std::string_view bytes, std::string* out)
     } else if (code == '\t') {
         *out += "\\t";
     } else if (code < 0x20 || code == 0x7F) {
-        fmt::format_to(std::back_inserter(*out), "\\x{:02x}", code);
+        *out += fmt::format("\\x{:02x}", code);
     } else if ((code >= 0x80 && code < 0xA0) || is_layout_mark(code)) {
-        fmt::format_to(std::back_inserter(*out), "\\u{{{:04x}}}", code);
+        *out += fmt::format("\\u{{{:04x}}}", code);
     } else {
         *out += bytes;
     }
@@ -97,7 +97,7 @@ std::string escaped(std::string_view text)
         }
         const Character character = front_character(text);
         if (character.length == 0) {
-            fmt::format_to(std::back_inserter(out), "\\x{:02x}", static_cast<unsigned char>(text.front()));
+            out += fmt::format("\\x{:02x}", static_cast<unsigned char>(text.front()));
             text.remove_prefix(1);
             continue;
         }
