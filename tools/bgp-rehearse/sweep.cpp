@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 #include <utility>
@@ -18,6 +17,7 @@
 #include "loading.h"
 #include "output_file.h"
 #include "sweep_errors.h"
+#include "sweep_messages.h"
 #include "sweep_process.h"
 #include "sweep_report.h"
 #include "sweep_tally.h"
@@ -152,13 +152,13 @@ Tally tally_from(SweepProcess& worker, const std::string& name)
                                        "bgp-rehearse run {0} shows how it ends",
                                        escaped(name)));
     }
-    return tally_of(nlohmann::json::parse(text));
+    return tally_of(text);
 }
 
 // In a worker.
 int tell(const Tally& tally, int channel)
 {
-    const std::string text = json_of(tally).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    const std::string text = message_of(tally);
     return write_all(channel, text.data(), text.size()) ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 

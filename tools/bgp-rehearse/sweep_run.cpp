@@ -9,17 +9,16 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
-#include <nlohmann/json.hpp>
 
 #include "failing_allocations.h"
 #include "output_file.h"
+#include "sweep_messages.h"
 #include "sweep_process.h"
 
 namespace bgp_rehearse {
 
 namespace {
 
-using Json = nlohmann::json;
 using bgp_platform::Device;
 using bgp_platform::Fault;
 
@@ -27,31 +26,8 @@ constexpr unsigned int kMostSeconds = 120;  // for one run, before it counts as 
 
 void send(int channel, const Verdict& verdict)
 {
-    Json found = Json::array();
-    for (const auto& [call, site] : verdict.found) {
-        found.push_back({call, site.step, site.function, site.path});
-    }
-    const Json message = {{"outcome", verdict.outcome},
-                          {"failed", verdict.failed},
-                          {"breaks", verdict.breaks},
-                          {"found", std::move(found)}};
-    const std::string text = message.dump(-1, ' ', false, Json::error_handler_t::replace);
+    const std::string text = message_of(verdict);
     static_cast<void>(write_all(channel, text.data(), text.size()));
-}
-
-Verdict received(const std::string& text)
-{
-    const Json message = Json::parse(text);
-    Verdict verdict{message.at("outcome").get<Outcome>(),
-                    message.at("failed").get<std::vector<std::size_t>>(),
-                    message.at("breaks").get<std::vector<std::string>>(),
-                    {}};
-    for (const Json& found : message.at("found")) {
-        verdict.found.emplace_back(found.at(0).get<std::size_t>(),
-                                   Site{found.at(1).get<std::string>(), found.at(2).get<bgp_platform::capi::Function>(),
-                                        found.at(3).get<std::string>()});
-    }
-    return verdict;
 }
 
 // Nothing of what the library or libc print, and no core files: ends are what a sweep is made of.
@@ -131,12 +107,12 @@ std::string end_text(int status)
                                : fmt::format("exit status {}", WEXITSTATUS(status));
 }
 
-Verdict verdict_of(const std::string& told, int status)
+Verdict judge_end(const std::string& told, int status)
 {
     if (told.empty()) {
         return {Outcome::Died, {}, {"the process ended by " + end_text(status) + ", without a report"}, {}};
     }
-    Verdict verdict = received(told);
+    Verdict verdict = verdict_of(told);
     if (!fits(status, verdict.outcome)) {
         verdict.breaks.push_back("the process ended by " + end_text(status) + " after its report");
     }
@@ -166,7 +142,7 @@ Verdict run_plan(Device& device, const UpgradeLibrary& library, const Baseline& 
 {
     const SweepProcess::End end =
         SweepProcess([&](int channel) { return run_and_tell(device, library, baseline, plan, channel); }).wait();
-    return verdict_of(end.text, end.status);
+    return judge_end(end.text, end.status);
 }
 
 }  // namespace bgp_rehearse

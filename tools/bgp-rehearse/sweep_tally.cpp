@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "confd_lib.h"
@@ -11,8 +10,6 @@
 namespace bgp_rehearse {
 
 namespace {
-
-using Json = nlohmann::json;
 
 template <std::size_t n>
 void add_each(const std::array<std::size_t, n>& more, std::array<std::size_t, n>* sums)
@@ -124,34 +121,6 @@ std::size_t Tally::sites_reached() const
 {
     return static_cast<std::size_t>(
         std::count_if(sites.begin(), sites.end(), [](const SiteTally& site) { return site.reached; }));
-}
-
-Json json_of(const Tally& tally)
-{
-    Json sites = Json::array();
-    for (const SiteTally& site : tally.sites) {
-        sites.push_back({site.reached, site.runs, site.outcomes, site.breaks});
-    }
-    return {{"sites", std::move(sites)},
-            {"runs", tally.runs},
-            {"outcomes", tally.outcomes},
-            {"breaks", tally.breaks},
-            {"kept_breaks", tally.kept_breaks}};
-}
-
-Tally tally_of(const Json& json)
-{
-    Tally tally;
-    for (std::size_t place = 0; place < tally.sites.size(); ++place) {
-        const Json& site = json.at("sites").at(place);
-        tally.sites[place] = {site.at(0).get<bool>(), site.at(1).get<std::size_t>(),
-                              site.at(2).get<std::array<std::size_t, kOutcomes>>(), site.at(3).get<std::size_t>()};
-    }
-    tally.runs = json.at("runs").get<std::array<std::size_t, kRunKinds>>();
-    tally.outcomes = json.at("outcomes").get<std::array<std::size_t, kOutcomes>>();
-    tally.breaks = json.at("breaks").get<std::size_t>();
-    tally.kept_breaks = json.at("kept_breaks").get<std::vector<std::pair<std::string, std::string>>>();
-    return tally;
 }
 
 }  // namespace bgp_rehearse

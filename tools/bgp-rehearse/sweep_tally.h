@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstddef>
-#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <utility>
 #include <vector>
@@ -51,9 +50,5 @@ RunKind kind_of(const SweepPlan& plan);
 
 // "call 17 (update_l3vpn: cdb_exists /MPLS-VPN-MIB/...) fails from there on: item does not exist"
 std::string describe(const SweepPlan& plan);
-
-// Between a worker and its parent.
-nlohmann::json json_of(const Tally& tally);
-Tally tally_of(const nlohmann::json& json);
 
 }  // namespace bgp_rehearse
