@@ -6,6 +6,7 @@
 // again; where nothing was made to fail, it does not make a valid configuration invalid (looked at where the input
 // says so).
 #include <arpa/inet.h>
+#include <sanitizer/asan_interface.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -25,7 +26,6 @@
 
 // For more runs in the same time: little is kept of what is freed, as each child process begins with a copy of this one's
 // page tables, and of the call stacks only where memory was had. ASAN_OPTIONS goes before this.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name that AddressSanitizer asks for
 extern "C" const char* __asan_default_options()
 {
     return "quarantine_size_mb=16:malloc_context_size=2";

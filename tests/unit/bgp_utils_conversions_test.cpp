@@ -29,7 +29,6 @@ void explicit_bzero(void* memory, size_t size) noexcept
     libc(memory, size);
 }
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): libc's name
 void __explicit_bzero_chk(void* memory, size_t size, size_t /*room*/) noexcept
 {
     explicit_bzero(memory, size);

@@ -5,6 +5,7 @@
 // how it ends the process stays libc's way.
 #include <errno.h>
 
+#include <cassert>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -53,9 +54,7 @@ void nzmw_print_backtrace(void)
     }
 }
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): libc's name
-[[noreturn]] void __assert_fail(const char* assertion, const char* file, unsigned int line,
-                                const char* function) noexcept
+void __assert_fail(const char* assertion, const char* file, unsigned int line, const char* function) noexcept
 {
     Fault fault;
     fault.kind = Fault::Kind::Assertion;
