@@ -48,24 +48,6 @@ struct Plan {
     std::string error;  // what is wrong with the template; empty when nothing is
 };
 
-// Is told the pieces of a keypath in the order of its text. What a view shows is gone after the call.
-class PieceTaker {
-public:
-    virtual void child(std::string_view prefix, std::string_view name) = 0;
-    virtual void begin_keys() = 0;
-    virtual void key(KeySource::Kind kind, std::string_view literal) = 0;
-    virtual void end_keys() = 0;
-    virtual void index(KeySource::Kind kind, std::string_view digits) = 0;
-    virtual void splice(std::string_view before) = 0;  // a slash, or nothing
-
-protected:
-    ~PieceTaker() = default;
-};
-
-// Tells the pieces of a path given as text: the grammar of templates without conversions, a percent sign is itself.
-// Returns what is wrong with the text, empty when nothing is; the pieces before that have been told then.
-std::string parse_path_text(std::string_view text, PieceTaker* taker);
-
 Plan parse_template(std::string_view format);
 
 // The node of that name below `parent` (null: the root, where `name_space`, when given, is asked first), in the module

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "capi/keypath.h"
+#include "capi/keypath_parser.h"
 
 namespace bgp_platform::capi {
 
@@ -14,22 +14,22 @@ struct Arguments {
 };
 
 // The node that a path's names lead to.
-class NodeFinder final : public PieceTaker {
+class NodeFinder {
 public:
     NodeFinder(const schema::Schema& schema, const schema::Module* name_space)
         : schema_(schema), name_space_(name_space)
     {
     }
-    void child(std::string_view prefix, std::string_view name) override
+    void child(std::string_view prefix, std::string_view name)
     {
         node = lost_ ? nullptr : find_child(schema_, prefix, name, node, name_space_);
         lost_ = node == nullptr;
     }
-    void begin_keys() override {}
-    void key(KeySource::Kind /*kind*/, std::string_view /*literal*/) override {}
-    void end_keys() override {}
-    void index(KeySource::Kind /*kind*/, std::string_view /*digits*/) override {}
-    void splice(std::string_view /*before*/) override {}
+    void begin_keys() {}
+    void key(KeySource::Kind /*kind*/, std::string_view /*literal*/) {}
+    void end_keys() {}
+    void index(KeySource::Kind /*kind*/, std::string_view /*digits*/) {}
+    void splice(std::string_view /*before*/) {}
 
     const schema::Node* node = nullptr;
 
@@ -259,7 +259,7 @@ private:
             text.remove_prefix(walk_front(text));
         }
         TextWalk walk(*this);
-        std::string wrong = parse_path_text(text, &walk);
+        std::string wrong = KeypathParser(text, false, &walk).parse();
         return wrong.empty() ? !error : fail(CONFD_ERR_BADPATH, std::move(wrong));
     }
 
@@ -286,40 +286,40 @@ private:
 
     // Walks along a path that is given as text. Behind a piece that does not fit it stands still: what is wrong with the
     // text itself is told first.
-    class TextWalk final : public PieceTaker {
+    class TextWalk {
     public:
         explicit TextWalk(Resolver& resolver) : at_(resolver) {}
-        void child(std::string_view prefix, std::string_view name) override
+        void child(std::string_view prefix, std::string_view name)
         {
             if (going()) {
                 at_.go_to(find_child(at_.schema_, prefix, name, at_.path_.node, at_.name_space_), name);
             }
         }
-        void begin_keys() override
+        void begin_keys()
         {
             if (going()) {
                 at_.begin_keys();
             }
         }
-        void key(KeySource::Kind /*kind*/, std::string_view literal) override
+        void key(KeySource::Kind /*kind*/, std::string_view literal)
         {
             if (going()) {
                 at_.key_text(literal);
             }
         }
-        void end_keys() override
+        void end_keys()
         {
             if (going()) {
                 at_.end_keys();
             }
         }
-        void index(KeySource::Kind /*kind*/, std::string_view digits) override
+        void index(KeySource::Kind /*kind*/, std::string_view digits)
         {
             if (going()) {
                 at_.index(digits);
             }
         }
-        void splice(std::string_view /*before*/) override {}  // a text has none
+        void splice(std::string_view /*before*/) {}  // a text has none
 
     private:
         bool going() const noexcept { return !at_.error; }
@@ -372,7 +372,7 @@ const schema::Node* KeypathCache::node_of(std::string_view path, const schema::M
 {
     if (path != last_.path || name_space != last_.name_space) {
         NodeFinder finder(schema_, name_space);
-        const bool fits = parse_path_text(path, &finder).empty();
+        const bool fits = KeypathParser(path, false, &finder).parse().empty();
         last_ = {std::string(path), name_space, fits ? finder.node : nullptr};
     }
     return last_.node;
