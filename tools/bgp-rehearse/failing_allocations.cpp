@@ -129,6 +129,11 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
+void* operator new(std::size_t size, const std::nothrow_t& /*kind*/) noexcept
+{
+    return bgp_rehearse::failing_allocations::refused() ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
+
 #if defined(__SANITIZE_ADDRESS__)  // GCC's word for it
 #define BGP_REHEARSE_SANITIZED_MEMORY
 #elif defined(__has_feature)
