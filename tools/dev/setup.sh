@@ -10,8 +10,8 @@ build_packages=(
 )
 coverage_packages=(gcovr)
 
-# What ./check needs besides.
-check_packages=(abigail-tools clang-tidy-14 cppcheck valgrind)
+# What ./check needs besides; make for the builds against a device SDK, which take CMake's default generator.
+check_packages=(make abigail-tools clang-tidy-14 cppcheck valgrind)
 
 # For bench/run only.
 bench_packages=(python3 python3-lxml xsltproc libxml2-utils libyang2-tools)
