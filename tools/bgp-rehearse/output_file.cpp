@@ -54,6 +54,10 @@ void check_folder(const std::string& option, const std::string& name, const std:
     if (!S_ISDIR(status.st_mode)) {
         refuse(option, name, fmt::format("{} is not a folder", escaped(folder)));
     }
+}
+
+void check_writable(const std::string& option, const std::string& name, const std::string& folder)
+{
     if (access(folder.c_str(), W_OK | X_OK) != 0) {
         refuse(option, name, fmt::format("no file can be made in {}: {}", escaped(folder), std::strerror(errno)));
     }
@@ -89,6 +93,7 @@ std::string replaceable_file(const std::string& option, const std::string& name)
         if (errno != ENOENT) {
             refuse(option, name, std::strerror(errno));
         }
+        check_writable(option, name, folder_of(file));
         return file;
     }
     if (S_ISDIR(status.st_mode)) {
@@ -97,6 +102,7 @@ std::string replaceable_file(const std::string& option, const std::string& name)
     if (!S_ISREG(status.st_mode)) {
         refuse(option, name, "this is not an ordinary file");
     }
+    check_writable(option, name, folder_of(file));
     if (access(file.c_str(), W_OK) != 0) {
         refuse(option, name, fmt::format("the file is there and cannot be replaced: {}", std::strerror(errno)));
     }
