@@ -55,10 +55,12 @@ BgpUtils::NeighborEntry::NeighborEntry(uint32_t entity, confd_value_t* remote, c
     }
     int local_type = 0;
     confd_value_t local_ip_val;
+    CONFD_SET_NOEXISTS(&local_ip_val);
     IpToHexlist(local_, &local_ip_val, &local_type);
     BGP_REQUIRE_TYPE(__LINE__, &local_ip_val, C_BINARY);
     int remote_type = 0;
     confd_value_t remote_ip;
+    CONFD_SET_NOEXISTS(&remote_ip);
     IpToHexlist(remote_, &remote_ip, &remote_type);
     BGP_REQUIRE_TYPE(__LINE__, &remote_ip, C_BINARY);
 

@@ -16,13 +16,15 @@
 
 namespace {
 
-int conversions_left = -1;  // how many conversions of IPv4 addresses succeed; all when negative
+int conversions_left = -1;     // how many conversions of IPv4 addresses succeed; all when negative
+std::vector<int> types_found;  // in the values that the conversions were to fill
 
 }  // namespace
 
 // Stands before the platform's conversion, which takes every C_IPV4: here it can fail.
 extern "C" int Ipv4TOhexlist(confd_value_t* out, confd_value_t* in, int prefix_length)
 {
+    types_found.push_back(out->type);
     if (conversions_left == 0) {
         CONFD_SET_NOEXISTS(out);
         return -1;
@@ -48,6 +50,7 @@ protected:
     NeighborKey()
     {
         conversions_left = -1;
+        types_found.clear();
         in_addr address{};
         inet_pton(AF_INET, "192.0.2.1", &address);
         CONFD_SET_IPV4(&remote_, address);
@@ -198,6 +201,13 @@ TEST_F(NeighborKey, CopiesThatOwnMemory_AreTheCallersToGiveBack)
     EXPECT_STREQ(CONFD_GET_CBUFPTR(&copy), "vpnv4");
     confd_free_dup_to_value(&copy);
     expect_nothing_left();
+}
+
+// A conversion that fails on a device may leave its value alone: the type check must not find what was there before.
+TEST_F(NeighborKey, AddressesBeforeTheirConversion_AreAbsent)
+{
+    const Entry entry(5, &remote_, &local_, 8);
+    EXPECT_EQ(types_found, std::vector<int>(2, C_NOEXISTS));
 }
 
 using NeighborKeyDeath = NeighborKey;
