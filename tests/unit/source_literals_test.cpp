@@ -1,6 +1,6 @@
 // The texts that readers of logs, traces and fault reports know, and the keypaths, stand whole in the library's sources,
-// so that whoever meets one finds the place by searching for it. The lists are fixed_texts.txt, keypath_templates.txt
-// and asserted_types.txt beside this file; a text is put there as C spells it, in quotes.
+// so that whoever meets one finds the place by searching for it. The lists are texts.txt, keypaths.txt
+// and asserted_types.txt in contract/; a text is put there as C spells it, in quotes.
 #include <gtest/gtest.h>
 
 #include <cctype>
@@ -149,7 +149,7 @@ std::set<std::string> in_library(Parts parts_of)
 std::vector<std::string> listed(const std::string& name)
 {
     std::vector<std::string> texts;
-    for (const std::string& line : lines_of(content_of(BGP_SOURCE_DIR "/tests/unit/" + name))) {
+    for (const std::string& line : lines_of(content_of(BGP_SOURCE_DIR "/contract/" + name))) {
         if (!line.empty() && line[0] != '#') {
             EXPECT_TRUE(line.size() > 2 && line.front() == '"' && line.back() == '"')
                 << name << ": not in quotes: " << line;
@@ -173,12 +173,12 @@ std::string missing(const std::vector<std::string>& texts, const std::set<std::s
 
 TEST(SourceLiterals, FixedTexts_StandWholeInTheSources)
 {
-    EXPECT_EQ(missing(listed("fixed_texts.txt"), in_library(literals_of)), "");
+    EXPECT_EQ(missing(listed("texts.txt"), in_library(literals_of)), "");
 }
 
 TEST(SourceLiterals, KeypathTemplates_StandWholeInTheSources)
 {
-    EXPECT_EQ(missing(listed("keypath_templates.txt"), in_library(literals_of)), "");
+    EXPECT_EQ(missing(listed("keypaths.txt"), in_library(literals_of)), "");
 }
 
 TEST(SourceLiterals, AssertedTypes_AreThoseOfTheTypeChecks)
