@@ -34,8 +34,7 @@ constexpr std::size_t kFaultTextSize = 350;
     std::exit(1);
 }
 
-// For a C entry point, whose caller knows no exceptions: reports the one that is being handled, memory that ran out
-// among them. Only for a catch block.
+// Reports the exception that is being handled, memory that ran out among them. Only for a catch block.
 [[noreturn]] inline void fault_exception(const char* function, const char* source, int line)
 {
     try {
@@ -48,3 +47,18 @@ constexpr std::size_t kFaultTextSize = 350;
 }
 
 }  // namespace confd
+
+// What an exported function ends with, so that no exception crosses the library's border: its callers know none. One
+// that would leave the function ends in the fault exit, reported with the source path (the kSource of the file), the
+// guard's own line and `function`: __func__, or a name of its own where several functions of the source path share
+// that. The function's body is a try block; in a constructor that includes the making of its members:
+//
+//     BaseEntry::BaseEntry(std::string table_path)
+//     try : table_path_(std::move(table_path)) {
+//     }
+//     BGP_FAULT_ON_EXCEPTION(__func__)
+#define BGP_FAULT_ON_EXCEPTION(function)                       \
+    catch (...)                                                \
+    {                                                          \
+        ::confd::fault_exception(function, kSource, __LINE__); \
+    }

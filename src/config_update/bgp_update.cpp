@@ -97,6 +97,5 @@ try {
     update_vrf_ipv6(maapi_socket, thandle, cdb_socket, bgp_count);
     nzmw_log_debug(log, "Finishing BGP update\n");
     return 0;
-} catch (...) {
-    confd::fault_exception("update", kSource, __LINE__);
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

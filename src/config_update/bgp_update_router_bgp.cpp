@@ -169,6 +169,5 @@ try {
     }
     nzmw_log_debug(log, "Finishing BGP router update\n");
     return 0;
-} catch (...) {
-    confd::fault_exception("update_router_bgp", kSource, __LINE__);
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

@@ -4,10 +4,23 @@
 #include <gtest/gtest.h>
 
 #include <iostream>
+#include <new>
+#include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "confd_cdb.h"
 #include "device.h"
+
+static constexpr char kSource[] = "src/somewhere/a_source";
+
+extern "C" int entry_point(std::size_t count)
+try {
+    return static_cast<int>(std::vector<int>(count).size());
+}
+BGP_FAULT_ON_EXCEPTION(__func__)
+static const std::string kGuardLine = std::to_string(__LINE__ - 1);
 
 namespace {
 
@@ -54,6 +67,63 @@ TEST(FaultPathDeath, LongError_IsCutToTheReportsSize)
     ASSERT_EQ(cdb_get(upgrade.cdb_socket, &value, "/prefix-list{%s}/seq{1}/ge", name.c_str()), CONFD_ERR);
     EXPECT_EXIT(confd::fault_last_error("Create", "src/daemon/bgp_router_mgr", 388), testing::ExitedWithCode(1),
                 "388, 349 <error\\[1\\]: cdb_get: item does not exist: /prefix-list\\{x+>\n$");
+}
+
+// A class whose members throw in the making, and an operation that throws what it is given.
+class Guarded {
+public:
+    explicit Guarded(std::size_t count)
+    try : numbers_(count) {
+    }
+    BGP_FAULT_ON_EXCEPTION(__func__)
+
+    template <typename Thrown>
+    int operation(Thrown thrown)
+    try {
+        throw std::move(thrown);
+    }
+    BGP_FAULT_ON_EXCEPTION("Guarded::operation")
+
+private:
+    std::vector<int> numbers_;
+};
+
+constexpr std::size_t kTooMany = static_cast<std::size_t>(-1) / sizeof(int);
+
+TEST(FaultGuard, FunctionThatThrowsNothing_GivesItsResult)
+{
+    EXPECT_EQ(entry_point(3), 3);
+}
+
+TEST(FaultGuardDeath, ExceptionOfAFunction_IsReportedUnderItsNameAndTheGuardsLine)
+{
+    Device device;
+    show_faults(device);
+    EXPECT_EXIT(
+        entry_point(kTooMany), testing::ExitedWithCode(1),
+        "^1 backtrace, then 1, entry_point, src/somewhere/a_source, " + kGuardLine + ", [0-9]+ <.*vector.*>\n$");
+}
+
+TEST(FaultGuardDeath, ExceptionOfAMembersConstructor_IsReportedUnderTheClass)
+{
+    Device device;
+    show_faults(device);
+    EXPECT_EXIT(Guarded{kTooMany}, testing::ExitedWithCode(1), "1, Guarded, src/somewhere/a_source, [0-9]+, .*vector");
+}
+
+TEST(FaultGuardDeath, ExceptionOfAnOperation_IsReportedUnderTheNameGiven)
+{
+    Device device;
+    show_faults(device);
+    EXPECT_EXIT(Guarded{1}.operation(std::bad_alloc()), testing::ExitedWithCode(1),
+                "1, Guarded::operation, src/somewhere/a_source, [0-9]+, 14 <std::bad_alloc>\n$");
+}
+
+TEST(FaultGuardDeath, ExceptionOfAnUnknownType_IsReportedAsSuch)
+{
+    Device device;
+    show_faults(device);
+    EXPECT_EXIT(Guarded{1}.operation(7), testing::ExitedWithCode(1), "<an exception of a type that is not known>\n$");
 }
 
 }  // namespace
