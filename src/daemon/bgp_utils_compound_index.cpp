@@ -25,9 +25,9 @@ std::string free_index_path(uint32_t vrf)
     return confd::keypath("/bgp-internal/bgp-vrf{%u}/bgp-free-index", vrf);
 }
 
-[[noreturn]] void fail(const Operation& operation, int line)
+[[noreturn]] void fail(const char* operation, int line)
 {
-    confd::fault_last_error(operation.name, kSource, line);
+    confd::fault_last_error(operation, kSource, line);
 }
 
 void restore_free_list(const Operation& operation, const confd::Transaction& transaction, int cdb_socket, uint32_t vrf)
@@ -39,7 +39,7 @@ void restore_free_list(const Operation& operation, const confd::Transaction& tra
         BGP_REQUIRE_TYPE_FOR(operation.signature, __LINE__, &free_list[i], C_UINT16);
         const unsigned int released = CONFD_GET_UINT16(&free_list[i]);
         if (transaction.create("%s{%u}", free_index_path(vrf).c_str(), released) != CONFD_OK) {
-            fail(operation, __LINE__);
+            fail(operation.name, __LINE__);
         }
         confd_free_value(&free_list[i]);
     }
@@ -60,7 +60,7 @@ void restore_vrf(const Operation& operation, const confd::Transaction& transacti
     confd_value_t next;
     CONFD_SET_UINT16(&next, next_index);
     if (transaction.set(&next, "/bgp-internal/bgp-vrf{%u}/bgp-next-index", vrf) != CONFD_OK) {
-        fail(operation, __LINE__);
+        fail(operation.name, __LINE__);
     }
 }
 
@@ -71,12 +71,12 @@ uint16_t take_from_counter(const Operation& operation, const confd::Transaction&
     BGP_TRACE_FOR(operation.name, trace_level::kAllocator, "Get BGP index from next-index");
     uint16_t index = 0;
     if (transaction.get_u_int16(&index, "/bgp-internal/bgp-vrf{%u}/bgp-next-index", vrf) != CONFD_OK) {
-        fail(operation, __LINE__);
+        fail(operation.name, __LINE__);
     }
     confd_value_t next;
     CONFD_SET_UINT16(&next, static_cast<uint16_t>(index + 1));
     if (transaction.set(&next, "/bgp-internal/bgp-vrf{%u}/bgp-next-index", vrf) != CONFD_OK) {
-        fail(operation, __LINE__);
+        fail(operation.name, __LINE__);
     }
     return index;
 }
@@ -93,7 +93,7 @@ uint16_t take_index(const Operation& operation, const confd::Transaction& transa
     BGP_REQUIRE_TYPE_FOR(operation.signature, __LINE__, first, C_UINT16);
     const uint16_t index = CONFD_GET_UINT16(first);
     if (transaction.remove("%s{%u}", path.c_str(), static_cast<unsigned int>(index)) != CONFD_OK) {
-        fail(operation, __LINE__);
+        fail(operation.name, __LINE__);
     }
     return index;
 }
@@ -112,28 +112,27 @@ void record_owner(const Operation& operation, const confd::Transaction& transact
         transaction.set(&inst_idx, "/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx{%u}/inst-idx", vrf, as) != CONFD_OK ||
         transaction.create("/bgp-internal/bgp-vrf{%u}/idx-to-bgp-as{%u}", vrf, key) != CONFD_OK ||
         transaction.set(&as_number, "/bgp-internal/bgp-vrf{%u}/idx-to-bgp-as{%u}/as-number", vrf, key) != CONFD_OK) {
-        fail(operation, __LINE__);
+        fail(operation.name, __LINE__);
     }
 }
 
 // Removes the VRF's container with its free list and its counter once its last instance has gone.
-void remove_vrf_without_instances(const Operation& operation, const confd::Transaction& transaction, uint32_t vrf)
+void remove_vrf_without_instances(const char* operation, const confd::Transaction& transaction, uint32_t vrf)
 {
     if (transaction.exists("/bgp-internal/bgp-vrf{%u}", vrf) != 1) {
-        BGP_TRACE_FOR(operation.name, trace_level::kSoftFailure, "/bgp-internal/bgp-vrf{%u}not found for clean-up",
-                      vrf);
+        BGP_TRACE_FOR(operation, trace_level::kSoftFailure, "/bgp-internal/bgp-vrf{%u}not found for clean-up", vrf);
         return;
     }
     const int instances = transaction.num_instances("/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx", vrf);
     if (instances != 0) {
-        BGP_TRACE_FOR(operation.name, trace_level::kAllocator, "/bgp-internal/bgp-vrf{%u}still has %d instances", vrf,
+        BGP_TRACE_FOR(operation, trace_level::kAllocator, "/bgp-internal/bgp-vrf{%u}still has %d instances", vrf,
                       instances);
         return;
     }
     if (transaction.remove("/bgp-internal/bgp-vrf{%u}", vrf) != CONFD_OK) {
         fail(operation, __LINE__);
     }
-    BGP_TRACE_FOR(operation.name, trace_level::kAllocator, "Removing /bgp-internal/bgp-vrf{%u}", vrf);
+    BGP_TRACE_FOR(operation, trace_level::kAllocator, "Removing /bgp-internal/bgp-vrf{%u}", vrf);
 }
 
 }  // namespace
@@ -157,7 +156,7 @@ uint32_t BgpUtils::CreateBgpCompoundIdx(int maapi_socket, int thandle, int32_t c
     BGP_TRACE(trace_level::kAllocator, ">>> Enter - VRF index:%u, AS: %u", vrfIdx, asNumber);
     if (transaction.exists("/bgp-internal/bgp-vrf{%u}", vrfIdx) != 1) {
         if (transaction.create("/bgp-internal/bgp-vrf{%u}", vrfIdx) != CONFD_OK) {
-            fail(operation, __LINE__);
+            fail(operation.name, __LINE__);
         }
         BGP_TRACE(trace_level::kAllocator, "Creating /bgp-internal/bgp-vrf{%u}", vrfIdx);
         restore_vrf(operation, transaction, cdb_socket, vrfIdx);
@@ -184,7 +183,7 @@ uint32_t BgpUtils::GetNextBgpCompoundIdxCandidate(int maapi_socket, confd_trans_
     if (transaction.exists("/bgp-internal/bgp-vrf{%u}", vrfIdx) != 1) {
         BGP_TRACE(trace_level::kAllocator, "Creating /bgp-internal/bgp-vrf{%u}", vrfIdx);
         if (transaction.create("/bgp-internal/bgp-vrf{%u}", vrfIdx) != CONFD_OK) {
-            fail(operation, __LINE__);
+            fail(operation.name, __LINE__);
         }
         const NzConfdCdbSession session(NzConfdInterface::FromTransaction(tctx), CDB_RUNNING, true);
         restore_vrf(operation, transaction, session.Socket(), vrfIdx);
@@ -200,7 +199,7 @@ uint32_t BgpUtils::GetNextBgpCompoundIdxCandidate(int maapi_socket, confd_trans_
     } else {
         BGP_TRACE(trace_level::kAllocator, "Get BGP index from next-index");
         if (transaction.get(&vl_inst_idx, "/bgp-internal/bgp-vrf{%u}/bgp-next-index", vrfIdx) != CONFD_OK) {
-            fail(operation, __LINE__);
+            fail(operation.name, __LINE__);
         }
     }
     BGP_REQUIRE_TYPE(__LINE__, &vl_inst_idx, C_UINT16);
@@ -211,7 +210,6 @@ uint32_t BgpUtils::GetNextBgpCompoundIdxCandidate(int maapi_socket, confd_trans_
 
 void BgpUtils::DeleteBgpCompoundIdx(int maapi_socket, confd_trans_ctx* tctx, uint32_t vrfIdx, uint32_t asNumber)
 {
-    const Operation operation = BGP_THIS_OPERATION;
     const confd::Transaction transaction{maapi_socket, tctx->thandle};
 
     BGP_TRACE(trace_level::kAllocator, ">>> Enter - VRF index:%u, AS: %u", vrfIdx, asNumber);
@@ -220,7 +218,7 @@ void BgpUtils::DeleteBgpCompoundIdx(int maapi_socket, confd_trans_ctx* tctx, uin
     uint16_t index = 0;
     // Only what is committed can be released: an AS whose entry is new in this transaction ends the process here.
     if (cdb_get_u_int16(session.Socket(), &index, "%s/inst-idx", owner.c_str()) != CONFD_OK) {
-        fail(operation, __LINE__);
+        fail(__func__, __LINE__);
     }
     BGP_TRACE(trace_level::kAllocator, "Deleting BGP instance index %u", index);
     if (transaction.create("%s{%u}", free_index_path(vrfIdx).c_str(), static_cast<unsigned int>(index)) != CONFD_OK) {
@@ -229,9 +227,9 @@ void BgpUtils::DeleteBgpCompoundIdx(int maapi_socket, confd_trans_ctx* tctx, uin
     }
     if (transaction.remove("%s", owner.c_str()) != CONFD_OK ||
         transaction.remove("/bgp-internal/bgp-vrf{%u}/idx-to-bgp-as{%hu}", vrfIdx, index) != CONFD_OK) {
-        fail(operation, __LINE__);
+        fail(__func__, __LINE__);
     }
-    remove_vrf_without_instances(operation, transaction, vrfIdx);
+    remove_vrf_without_instances(__func__, transaction, vrfIdx);
     BGP_TRACE(trace_level::kAllocator, "<<< Returning");
 }
 

@@ -7,5 +7,5 @@ struct Operation {
     const char* signature;  // as in failed type checks
 };
 
-// The operation in which it stands.
+// The operation in which it stands. For operations that check types; the others tell their name, __func__.
 #define BGP_THIS_OPERATION (Operation{__func__, __PRETTY_FUNCTION__})
