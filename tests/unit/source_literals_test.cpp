@@ -1,14 +1,19 @@
-// The texts that readers of logs, traces and fault reports know, and the keypaths, stand whole in the library's sources,
-// so that whoever meets one finds the place by searching for it. The lists are texts.txt, keypaths.txt
-// and asserted_types.txt in contract/; a text is put there as C spells it, in quotes.
+// What readers of logs, traces and fault reports know by heart stands in the lists of contract/, as C spells it, in quotes:
+// every text and keypath of the library's sources, every type that a failed type check names and every signature that it
+// shows. A text that is listed and not in the sources, or in the sources and not listed, fails. The keypaths and texts
+// stand whole in the sources, so that whoever meets one finds the place by searching for it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <regex>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "confd/type_check.h"
+#include "support/run_command.h"
 #include "support/scratch_folder.h"
 #include "support/text_lines.h"
 
@@ -18,7 +23,8 @@ namespace {
 namespace fs = std::filesystem;
 
 // The string literals of a source as they are spelled, without quotes. Literals that follow one another are one; what
-// stands in comments, and the names of included files, are none.
+// stands in comments, the names of included files, of linkages and of attributes, and what a static assertion says to
+// whoever compiles, are none.
 class LiteralReader {
 public:
     explicit LiteralReader(const std::string& source) : source_(source) {}
@@ -30,6 +36,12 @@ public:
                 skip_to("\n", 0);
             } else if (starts("/*")) {
                 skip_to("*/", 2);
+            } else if (starts("extern \"C\"")) {
+                skip_to("C\"", 2);
+            } else if (starts("__attribute__((visibility(")) {
+                skip_to(")))", 3);
+            } else if (starts("static_assert(")) {
+                skip_to(";", 1);
             } else if (source_[at_] == '"') {
                 literal();
             } else {
@@ -93,6 +105,29 @@ std::vector<std::string> literals_of(const std::string& source)
     return LiteralReader(source).read();
 }
 
+// A keypath is rooted, in itself or in a path that it is given, and has blanks only between the keys in braces. All other
+// literals are texts.
+bool is_keypath(const std::string& literal)
+{
+    static const std::regex keypath(R"((%s(?=[/{\[])|/)([^ {}]|\{[^{}]*\}(?=$|[/{\[]))*)");
+    return std::regex_match(literal, keypath);
+}
+
+std::vector<std::string> keypaths_of(const std::string& source)
+{
+    std::vector<std::string> literals = literals_of(source);
+    literals.erase(std::remove_if(literals.begin(), literals.end(), [](const auto& text) { return !is_keypath(text); }),
+                   literals.end());
+    return literals;
+}
+
+std::vector<std::string> texts_of(const std::string& source)
+{
+    std::vector<std::string> literals = literals_of(source);
+    literals.erase(std::remove_if(literals.begin(), literals.end(), is_keypath), literals.end());
+    return literals;
+}
+
 // The arguments of a call whose opening parenthesis is at `open`, each with single blanks.
 std::vector<std::string> arguments_at(const std::string& source, std::size_t open)
 {
@@ -130,14 +165,32 @@ std::vector<std::string> asserted_in(const std::string& source)
     return texts;
 }
 
-// What `parts_of` finds in the library's sources and public headers.
+// The signatures among the strings of a section of read-only data, as GCC spells them.
+std::vector<std::string> signatures_among(const std::string& strings)
+{
+    static const std::regex signature(
+        R"(((static|virtual) )?((const|unsigned) )*([\w:<>]+[*&]* )?[\w:~]+\([^()]*\)( const)?)");
+    std::vector<std::string> signatures;
+    for (const std::string& line : lines_of(strings)) {
+        const std::size_t text = line.find("]  ");  // readelf: [  offset]  text
+        const std::string spelled = text == std::string::npos ? "" : confd::plain_signature(line.substr(text + 3));
+        if (std::regex_match(spelled, signature)) {
+            signatures.push_back(spelled);
+        }
+    }
+    return signatures;
+}
+
+// What `parts_of` finds in the library's sources and public headers. The header that composes the texts of failed type
+// checks has only pieces of them.
 template <typename Parts>
 std::set<std::string> in_library(Parts parts_of)
 {
     std::set<std::string> found;
     for (const char* folder : {BGP_SOURCE_DIR "/src", BGP_SOURCE_DIR "/include"}) {
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
-            if (entry.path().extension() == ".cpp" || entry.path().extension() == ".h") {
+            const bool is_code = entry.path().extension() == ".cpp" || entry.path().extension() == ".h";
+            if (is_code && entry.path().filename() != "type_check.h") {
                 const std::vector<std::string> parts = parts_of(content_of(entry.path()));
                 found.insert(parts.begin(), parts.end());
             }
@@ -146,50 +199,86 @@ std::set<std::string> in_library(Parts parts_of)
     return found;
 }
 
-std::vector<std::string> listed(const std::string& name)
+std::set<std::string> listed(const std::string& name)
 {
-    std::vector<std::string> texts;
+    static const std::regex entry("(promised |free )?\"(.*)\"");
+    std::set<std::string> texts;
     for (const std::string& line : lines_of(content_of(BGP_SOURCE_DIR "/contract/" + name))) {
         if (!line.empty() && line[0] != '#') {
-            EXPECT_TRUE(line.size() > 2 && line.front() == '"' && line.back() == '"')
-                << name << ": not in quotes: " << line;
-            texts.push_back(line.substr(1, line.size() - 2));
+            std::smatch parts;
+            EXPECT_TRUE(std::regex_match(line, parts, entry)) << name << ": not in quotes: " << line;
+            EXPECT_EQ(parts[1].matched, name == "signatures.txt") << name << ": " << line;
+            EXPECT_TRUE(texts.insert(parts[2]).second) << name << ": twice: " << line;
         }
     }
     EXPECT_FALSE(texts.empty()) << name;
     return texts;
 }
 
-std::string missing(const std::vector<std::string>& texts, const std::set<std::string>& found)
+// What only one of both has, a line each.
+std::string differences(const std::set<std::string>& list, const std::set<std::string>& library)
 {
     std::string lines;
-    for (const std::string& text : texts) {
-        if (found.count(text) == 0) {
-            lines += text + "\n";
-        }
+    for (const std::string& text : list) {
+        lines += library.count(text) == 0 ? "listed, not in the library: " + text + "\n" : "";
+    }
+    for (const std::string& text : library) {
+        lines += list.count(text) == 0 ? "in the library, not listed: " + text + "\n" : "";
     }
     return lines;
 }
 
-TEST(SourceLiterals, FixedTexts_StandWholeInTheSources)
+TEST(SourceLiterals, Texts_AreThoseOfTheList)
 {
-    EXPECT_EQ(missing(listed("texts.txt"), in_library(literals_of)), "");
+    EXPECT_EQ(differences(listed("texts.txt"), in_library(texts_of)), "");
 }
 
-TEST(SourceLiterals, KeypathTemplates_StandWholeInTheSources)
+TEST(SourceLiterals, Keypaths_AreThoseOfTheList)
 {
-    EXPECT_EQ(missing(listed("keypaths.txt"), in_library(literals_of)), "");
+    EXPECT_EQ(differences(listed("keypaths.txt"), in_library(keypaths_of)), "");
 }
 
-TEST(SourceLiterals, AssertedTypes_AreThoseOfTheTypeChecks)
+TEST(SourceLiterals, AssertedTypes_AreThoseOfTheList)
 {
-    EXPECT_EQ(missing(listed("asserted_types.txt"), in_library(asserted_in)), "");
+    EXPECT_EQ(differences(listed("asserted_types.txt"), in_library(asserted_in)), "");
 }
 
-TEST(SourceLiterals, TextThatIsNotInTheSources_IsMissed)
+TEST(SourceLiterals, SignaturesInTheBuiltLibrary_AreThoseOfTheList)
 {
-    const std::string text = "Starting BGP update";  // without its line end
-    EXPECT_EQ(missing({text, text + "\\n"}, in_library(literals_of)), text + "\n");
+    const CommandResult strings = run_command({"readelf", "-p", ".rodata", BGP_UPDATE_LIBRARY});
+    ASSERT_EQ(strings.status, 0) << strings.err;
+    const std::vector<std::string> signatures = signatures_among(strings.out);
+    EXPECT_EQ(differences(listed("signatures.txt"), {signatures.begin(), signatures.end()}), "");
+}
+
+TEST(SourceLiterals, WhatOnlyTheListOrTheLibraryHas_IsTold)
+{
+    EXPECT_EQ(differences({"both", "gone"}, {"both", "new"}),
+              "listed, not in the library: gone\nin the library, not listed: new\n");
+}
+
+TEST(IsKeypath, RootedPathsWithBlanksOnlyBetweenKeys_AreKeypaths)
+{
+    for (const char* path :
+         {"/prefix-list", "/a/b{%u}/c", "/a{%x ipv4 \\\"%s\\\"}", "/a[%d]/b", "%s/b", "%s{%x %x}/c", "%s[%d]/b"}) {
+        EXPECT_TRUE(is_keypath(path)) << path;
+    }
+    for (const char* text : {"%s", "%s:%d", "%s exists", "/bgp-vrf{%u} exists", "/bgp-vrf{%u}still has", "Set /a{%u}",
+                             "src/daemon/bgp_utils", ""}) {
+        EXPECT_FALSE(is_keypath(text)) << text;
+    }
+}
+
+TEST(SignaturesAmong, StringsOfTheLibrary_AreToldFromSignatures)
+{
+    EXPECT_EQ(signatures_among("String dump of section '.rodata':\n"
+                               "  [     0]  int32_t f(int32_t, nzmw_log_t *)\n"
+                               "  [    1a]  Failed (err: %s)\n"
+                               "  [    2b]  cannot create std::vector larger than max_size()\n"
+                               "  [   3c0]  A::B::B(const std::string&)\n"
+                               "  [   4d0]  virtual const char* A::name(int) const\n"),
+              (std::vector<std::string>{"int32_t f(int32_t, nzmw_log_t*)", "A::B::B(const std::string&)",
+                                        "virtual const char* A::name(int) const"}));
 }
 
 TEST(LiteralReader, AdjacentLiterals_AreOne)
@@ -202,6 +291,13 @@ TEST(LiteralReader, CommentsAndIncludes_HaveNoLiterals)
 {
     EXPECT_EQ(literals_of("#include \"a.h\"\n// \"b\"\n/* \"c\n\" */ \"d\" // it's\n \"e\"\n"),
               (std::vector<std::string>{"de"}));
+}
+
+TEST(LiteralReader, LinkagesAttributesAndStaticAssertions_HaveNoLiterals)
+{
+    EXPECT_EQ(literals_of("extern \"C\" int f();\n#define E __attribute__((visibility(\"default\")))\n\"a\";\n"
+                          "static_assert(f(1) == 2,\n #f \" differs\"); \"b\""),
+              (std::vector<std::string>{"a", "b"}));
 }
 
 TEST(LiteralReader, QuotesInCharactersNumbersAndEscapes_DoNotMislead)
