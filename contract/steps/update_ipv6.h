@@ -1,0 +1,74 @@
+// Switches IPv6 unicast on for the first BGP router entity. Every row that cannot be made is told of, and the others are
+// made all the same; only without the entity's index or its support flag nothing is written.
+#pragma once
+
+#include "contract/explained.h"
+#include "contract/step.h"
+
+namespace bgp_contract {
+
+// Where no hidden row of a neighbour is made, another entity's row can move to that key; a second neighbour with the
+// address then is the first to get one.
+inline constexpr Texts kNeighborFamilies = {"/internal/neighbor-afi-safi-hidden", "/DC-BGP-MIB/bgpPeerAfiSafiTable"};
+
+inline constexpr CallSite kUpdateIpv6Calls[] = {
+    {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntIndex",
+     logs("Failed to read entity index BGP entry: ").explaining(kIpv6Rows)},
+    {"maapi_set_namespace", "", goes_on()},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{}/bgpRmEntSupportIpv6",
+     logs("Failed to enable IPv6 for BGP entity id: ").explaining(kIpv6Rows)},
+    {"maapi_create", "/internal/router-afi-safi-hidden{}",
+     logs("Failed to create BGP RM AFI/SAFI ipv4 unicast internal hidden entry for BGP entity id: ")
+         .explaining(kIpv6Rows)},
+    {"maapi_create", "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{}",
+     logs("Failed to create BGP RM AFI/SAFI ipv6 unicast entry for BGP entity id: ").explaining(kIpv6Rows)},
+    {"maapi_create", "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{}",
+     logs("Failed to create BGP RM AFM JOIN ipv6 entry for BGP entity id: ").explaining(kIpv6Rows)},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{}/bgpRmAfmPartnerIndex",
+     logs("Failed to set val ")},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{}/bgpRmAfmAfi", logs("Failed to set val ")},
+    {"maapi_exists", "/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry{}",
+     logs("Path /DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry{")},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry{}/bgpNmEntBfdEntityIndex",
+     logs("Failed to set val 0 to bgpNmEntBfdEntityIndex in entry BGP NM entity id: ")},
+    {"maapi_create", "/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry{}",
+     logs("Failed to create BGP NM LISTEN ipv6 entry for BGP NM entity id: ").explaining(kIpv6Rows)},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry{}/bgpNmListenAdminStatus",
+     logs("Failed to set val 1 to bgpNmListenAdminStatus in entry BGP NM entity id: ")},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry{}/bgpNmListenAddrType",
+     logs("Failed to set val 2 to bgpNmListenAddrType in entry NM entity id: ")},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry{}/bgpNmListenAddr",
+     logs("Failed to set val 0000")},
+    {"maapi_create", "/DC-RTM-MIB/rtmMjTable/rtmMjEntry{}",
+     logs("Failed to create RTM JOIN ipv6 ariPrtnrBgp entry for BGP entity id: ").explaining(kIpv6Rows)},
+    {"maapi_set_elem", "/DC-RTM-MIB/rtmMjTable/rtmMjEntry{}/rtmMjSafi",
+     logs("Failed to set val 1 to rtmMjSafi in entry RTM JOIN BGP entity id: ")},
+    {"cdb_num_instances", "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry", goes_on().explaining(kNeighborFamilies)},
+    {"cdb_get_objects", "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry",
+     logs("Could not get peer entries, err: ").explaining(kNeighborFamilies)},
+    {"maapi_create", "/internal/neighbor-afi-safi-hidden{}",
+     logs("Failed to create BGP Peer AFI/SAFI ipv4 unicast internal hidden entry for BGP entity id: ")
+         .explaining(kNeighborFamilies)},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{}/bgpPeerAfiSafiDisable",
+     logs("Failed to set val 1 to bgpPeerAfiSafiDisable in entry BGP Peer AFI/SAFI ").explaining(kNeighborFamilies)},
+    {"cdb_num_instances", "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry", goes_on()},
+    {"cdb_get_objects", "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry", logs("Could not get RouteMap entries, err: ")},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry{}/bgpRouteMapMaAfiDef",
+     logs("Failed to set val 2 to bgpRouteMapMaAfiDef in entry BGP RouteMap ")},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry{}/bgpRouteMapMaSafiDef",
+     logs("Failed to set val 2 to bgpRouteMapMaSafiDef in entry BGP RouteMap ")},
+};
+
+inline constexpr Step kUpdateIpv6 = {
+    "update_ipv6",
+    FirstLine{"Update BGP Ipv6\n"},
+    LastLine{"Finishing BGP Ipv6 update\n"},
+    NothingToDo{},
+    Failed{"Failed to read entity index BGP entry: "},
+    PassedOver{kNotOneEntity,
+               "IPv6 is already enabled for BGP entry : ", "Failed to read IPv6 enable flag for BGP entry: "},
+    Condition{kStepMissing},
+    kUpdateIpv6Calls,
+};
+
+}  // namespace bgp_contract

@@ -1,0 +1,52 @@
+// Re-keys the global BGP instance and makes the maps between AS numbers and instances. The calls that each re-keyed table
+// has alike are in rekeyed_tables.h; here are those that the class of a row adds, and the maps. A row that has moved must
+// not keep a leaf with the index that it had: where that leaf cannot be set, the process ends.
+#pragma once
+
+#include "contract/explained.h"
+#include "contract/step.h"
+
+namespace bgp_contract {
+
+inline constexpr char kRmIndexSource[] = "src/config_update/bgp_update_default_rm_index";
+
+// An instance that is not seen to be re-keyed already is re-keyed once more.
+inline constexpr Texts kOnceMore = {"/redist-protocol", "/internal/", "/DC-BGP-MIB/", "/DC-RTM-MIB/", "/bgp-internal/"};
+
+inline constexpr CallSite kUpdateRmIndexCalls[] = {
+    {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntLocalAs",
+     logs("Failed to get local as number, err: ").explaining(kWithoutRekeying)},
+    {"cdb_exists", "/bgp-internal/bgp-vrf{}/as-to-bgp-idx{}", goes_on().explaining(kOnceMore)},
+    {"maapi_get_elem", "/redist-protocol{}/protocol-xmltag", logs("Failed to get protocol-xmltag for path: ")},
+    {"maapi_set_elem", "/redist-protocol{}/protocol-index",
+     asserts("RtmRedistProtocolHiddenEntry::MoveEntry(", kRmIndexSource)},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry{}/bgpPeerLocalNm",
+     asserts("BgpPeerEntry::MoveEntry(", kRmIndexSource)},
+    {"maapi_set_elem", "/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry{}/bgpNmEntRmIndex",
+     asserts("BgpNmEntityEntry::MoveEntry(", kRmIndexSource)},
+    {"maapi_get_elem", "/internal/bgpPeerEntry-global{}/keys", logs("Failed read path ")},
+    {"maapi_set_elem2", "/internal/bgpPeerEntry-global{}/keys", logs("Failed set val ")},
+    {"maapi_get_elem", "/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry{}/rtmRedistInfoDest",
+     logs("Failed to get rtmRedistInfoDest for path: ")},
+    {"maapi_create", "/bgp-internal/bgp-vrf{}", logs("Failed Create /bgp-internal/bgp-vrf{")},
+    {"maapi_create", "/bgp-internal/bgp-vrf{}/idx-to-bgp-as{}",
+     logs("Failed to create BGP internal map for inst-idx: ")},
+    {"maapi_set_elem", "/bgp-internal/bgp-vrf{}/idx-to-bgp-as{}/as-number", logs("Failed to set val ")},
+    {"maapi_create", "/bgp-internal/bgp-vrf{}/as-to-bgp-idx{}",
+     logs("Failed to create BGP internal map for as-number: ")},
+    {"maapi_set_elem", "/bgp-internal/bgp-vrf{}/as-to-bgp-idx{}/inst-idx", logs("Failed to set val ")},
+    {"maapi_set_elem", "/bgp-internal/bgp-vrf{}/bgp-next-index", logs("Failed to set val ")},
+};
+
+inline constexpr Step kUpdateRmIndex = {
+    "update_rm_index",
+    FirstLine{"Starting BGP RM index update\n"},
+    LastLine{"Finishing BGP RM index update\n"},
+    NothingToDo{"No need to update rm index!\n"},
+    Failed{"Failed to get local as number, "},
+    PassedOver{kNotOneEntity},
+    Condition{"the index of the BGP router entity cannot be read"},
+    kUpdateRmIndexCalls,
+};
+
+}  // namespace bgp_contract
