@@ -25,7 +25,7 @@ std::size_t count(const Device& device, const std::string& path)
 
 std::size_t count_vrfs(const Device& device)
 {
-    const auto& bgp = node_of(device, "router/bgp");
+    const auto& bgp = node_of(device, "/router/bgp");
     const auto& root = device.configuration(Datastore::Stored).root();
     std::size_t vrfs = 0;
     root.list(bgp.slot).for_each([&](const auto& router) { vrfs += router.list(bgp.child("vrf")->slot).size(); });
@@ -87,10 +87,10 @@ TEST_F(Generate, Counts_AreAsAsked)
     Device device;
     device.load_text(generated({"--neighbors", "100", "--vrfs", "12", "--prefix-rules", "61", "--route-maps", "44",
                                 "--entities", "2", "--seed", "8"}));
-    EXPECT_EQ(count(device, "DC-BGP-MIB/bgpPeerTable/bgpPeerEntry"), 100U);
-    EXPECT_EQ(count(device, "DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry"), 61U);
-    EXPECT_EQ(count(device, "DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry"), 44U);
-    EXPECT_EQ(count(device, "DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry"), 2U);
+    EXPECT_EQ(count(device, "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry"), 100U);
+    EXPECT_EQ(count(device, "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry"), 61U);
+    EXPECT_EQ(count(device, "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry"), 44U);
+    EXPECT_EQ(count(device, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry"), 2U);
     EXPECT_EQ(count_vrfs(device), 12U);
 }
 
@@ -99,7 +99,7 @@ TEST_F(Generate, EachNeighbor_HasAboutFourteenLeaves)
     Device device;
     device.load_text(bgp_generator::configuration_text({500, 0, 0, 0, 1, 1}));
     std::size_t leaves = 0;
-    for (const RowText& peer : rows_of(device, Datastore::Stored, "DC-BGP-MIB/bgpPeerTable/bgpPeerEntry")) {
+    for (const RowText& peer : rows_of(device, Datastore::Stored, "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry")) {
         leaves += peer.key.size() + peer.leaves.size();
     }
     EXPECT_GT(leaves, 500U * 13);

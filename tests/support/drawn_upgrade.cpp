@@ -26,7 +26,7 @@ using bgp_platform::store::Row;
 Facts facts_of(const Device& device)
 {
     Facts facts;
-    const Table entities = rows_of(device, Datastore::Stored, "DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+    const Table entities = rows_of(device, Datastore::Stored, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
     facts.entities = entities.size();
     if (entities.empty()) {
         return facts;
@@ -37,7 +37,7 @@ Facts facts_of(const Device& device)
     if (const auto as = find(leaves, "bgpRmEntLocalAs")) {
         facts.as = number(*as);
     }
-    const Node& vrfs = node_of(device, "bgp-internal/bgp-vrf");
+    const Node& vrfs = node_of(device, "/bgp-internal/bgp-vrf");
     device.stored().root().list(vrfs.slot).for_each([&](const Row& vrf) {
         if (vrf.value(0).as_uint() == 0) {
             facts.container_0 = true;

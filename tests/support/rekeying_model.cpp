@@ -6,6 +6,8 @@ namespace bgp_test {
 
 namespace {
 
+using bgp_contract::Carries;
+
 // The key that a row is to have when the entity's index goes from `old_index` to the global one.
 Key new_key(Carries carries, const RowText& row, uint32_t old_index)
 {

@@ -45,13 +45,13 @@ const Node& node_of(const Device& device, std::string_view path)
 {
     const Node* node = nullptr;
     while (!path.empty()) {
-        const std::size_t slash = std::min(path.find('/'), path.size());
-        const std::string name(path.substr(0, slash));
+        const std::size_t end = std::min(path.find('/', 1), path.size());
+        const std::string name(path.substr(1, end - 1));
         node = node == nullptr ? device.schema().top_node(name, nullptr) : node->child(name);
         if (node == nullptr) {
             throw std::logic_error("the data model has no node " + name);
         }
-        path.remove_prefix(std::min(slash + 1, path.size()));
+        path.remove_prefix(end);
     }
     return *node;
 }

@@ -21,7 +21,7 @@ struct RowText {
 };
 using Table = std::vector<RowText>;  // in the order of the keys' values
 
-// A node by its path from the top, "DC-BGP-MIB/bgpPeerTable/bgpPeerEntry". Throws std::logic_error when there is none.
+// A node by its path from the top, "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry". Throws std::logic_error when there is none.
 const bgp_platform::schema::Node& node_of(const bgp_platform::Device& device, std::string_view path);
 
 // The rows of a list that stands in no other, in their order.

@@ -2,6 +2,7 @@
 // the maps get.
 #include "bgp_update/rm_index.h"
 #include "confd_lib.h"
+#include "contract/rekeyed_tables.h"
 #include "support/rm_index_rows.h"
 #include "support/update_fixture.h"
 
@@ -27,53 +28,69 @@ constexpr uint32_t kRmIndex = 5;
 constexpr char kLocalAs[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntLocalAs";
 constexpr char kInstance[] = "/bgp-internal/bgp-vrf{0}/as-to-bgp-idx{65010}";
 
-// A table of the walk, and in it a row of entity 5 before and after.
-struct Table {
-    const char* path;
+// In each of the re-keyed tables, in their order: the keys of a row of entity 5 before and after.
+struct Keys {
     const char* before;
     const char* after;
 };
 
-const Table kTables[] = {
-    {"/redist-protocol", "{1 7}", "{1 3}"},
-    {"/internal/rtmRedistEntry-hidden/rtmRedistEntry-set", "{5 1 0a:00:00:00 8}", "{1 1 0a:00:00:00 8}"},
-    {"/internal/rtmRedistEntry-hidden/rtmRedistEntry-get", "{5 1 7}", "{1 1 7}"},
-    {"/internal/bgpRouteMapEntry-hidden/bgpRouteMapEntry", "{5 2 10}", "{1 2 10}"},
-    {"/internal/bgpRouteMapEntry-hidden/bgpRouteMapEntry-get", "{5 2 11}", "{1 2 11}"},
-    {"/internal/bgpRouteMapEntry-hidden/bgpRouteMapEntry-set", "{5 2 12}", "{1 2 12}"},
-    {"/internal/bgpConfigEntry-hidden/bgpConfigEntry", "{5 20}", "{1 20}"},
-    {"/internal/bgpConfigEntry-hidden/bgpConfigEntry-get", "{5 21}", "{1 21}"},
-    {"/internal/bgpConfigEntry-hidden/bgpConfigEntry-set", "{5 22}", "{1 22}"},
-    {"/internal/bgpPeerEntry-global", "{5 10.0.0.1}", "{1 10.0.0.1}"},
-    {"/internal/bgpPeerEntry-prefix-list-hidden", "{5 10.0.0.1}", "{1 10.0.0.1}"},
-    {"/internal/match-ip-list-hidden", "{5 -3}", "{1 -3}"},
-    {"/internal/neighbor-valid-hidden", "{5 10.0.0.1}", "{1 10.0.0.1}"},
-    {"/internal/route-policy-valid-hidden", "{5 \"to peers\"}", "{1 \"to peers\"}"},
-    {"/internal/router-afi-safi-hidden", "{5 ipv4 unicast}", "{1 ipv4 unicast}"},
-    {"/internal/neighbor-afi-safi-hidden", "{5 10.0.0.1 ipv6 unicast}", "{1 10.0.0.1 ipv6 unicast}"},
-    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", "{5}", "{1}"},
-    {"/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry", "{5 ipv4 unicast}", "{1 ipv4 unicast}"},
-    {"/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry", "{5 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0}",
-     "{1 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0}"},
-    {"/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry", "{5 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0 l2vpn evpn}",
+constexpr Keys kKeys[] = {
+    {"{1 7}", "{1 3}"},
+    {"{5 1 0a:00:00:00 8}", "{1 1 0a:00:00:00 8}"},
+    {"{5 1 7}", "{1 1 7}"},
+    {"{5 2 10}", "{1 2 10}"},
+    {"{5 2 11}", "{1 2 11}"},
+    {"{5 2 12}", "{1 2 12}"},
+    {"{5 20}", "{1 20}"},
+    {"{5 21}", "{1 21}"},
+    {"{5 22}", "{1 22}"},
+    {"{5 10.0.0.1}", "{1 10.0.0.1}"},
+    {"{5 10.0.0.1}", "{1 10.0.0.1}"},
+    {"{5 -3}", "{1 -3}"},
+    {"{5 10.0.0.1}", "{1 10.0.0.1}"},
+    {"{5 \"to peers\"}", "{1 \"to peers\"}"},
+    {"{5 ipv4 unicast}", "{1 ipv4 unicast}"},
+    {"{5 10.0.0.1 ipv6 unicast}", "{1 10.0.0.1 ipv6 unicast}"},
+    {"{5}", "{1}"},
+    {"{5 ipv4 unicast}", "{1 ipv4 unicast}"},
+    {"{5 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0}", "{1 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0}"},
+    {"{5 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0 l2vpn evpn}",
      "{1 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0 l2vpn evpn}"},
-    {"/DC-BGP-MIB/bgpPeerStatusTable/bgpPeerStatusEntry", "{5 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0}",
-     "{1 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0}"},
-    {"/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry", "{5 2 10}", "{1 2 10}"},
-    {"/DC-BGP-MIB/bgpConfigTable/bgpConfigEntry", "{5 20}", "{1 20}"},
-    {"/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry", "{5 3}", "{1 3}"},
-    {"/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry", "{5}", "{1}"},
-    {"/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry", "{5 6}", "{1 2}"},
-    {"/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry", "{1 7}", "{1 3}"},
-    {"/DC-RTM-MIB/rtmMjTable/rtmMjEntry", "{1 5 ariPrtnrBgp}", "{1 1 ariPrtnrBgp}"},
+    {"{5 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0}", "{1 ipv4 00:00:00:00 0 ipv4 0a:00:00:01 0 0}"},
+    {"{5 2 10}", "{1 2 10}"},
+    {"{5 20}", "{1 20}"},
+    {"{5 3}", "{1 3}"},
+    {"{5}", "{1}"},
+    {"{5 6}", "{1 2}"},
+    {"{1 7}", "{1 3}"},
+    {"{1 5 ariPrtnrBgp}", "{1 1 ariPrtnrBgp}"},
 };
+static_assert(std::size(kKeys) == std::size(bgp_contract::kRekeyedTables));
+
+// A table of the walk with that row.
+struct Table {
+    const char* path;
+    const char* leaf;
+    const char* before;
+    const char* after;
+};
+
+std::vector<Table> tables()
+{
+    std::vector<Table> all;
+    for (std::size_t i = 0; i < std::size(kKeys); ++i) {
+        const bgp_contract::RekeyedTable& table = bgp_contract::kRekeyedTables[i];
+        all.push_back({table.path, table.leaf, kKeys[i].before, kKeys[i].after});
+    }
+    return all;
+}
 
 std::string hidden_row(const std::string& list, const std::string& keys)
 {
     return leaf(list, leaf("entity", "5") + keys);
 }
 
-// The rows of kTables, but for the entity's own.
+// The rows of tables(), but for the entity's own.
 std::string row_of_every_other_table()
 {
     const std::string map = leaf("map", "2");
@@ -142,7 +159,7 @@ protected:
                        "Adjusting BGP Global RM index from " + std::to_string(rm_index) + " to " +
                            std::to_string(map_index) + "!\n",
                        "Updating BGP RM index on BGP tables\n"};
-        for (const Table& table : kTables) {
+        for (const Table& table : tables()) {
             append(lines, {std::string("Updating table ") + table.path + "\n"});
             append(lines, about_rows_of(table));
             append(lines, {"Finish updating table\n"});
@@ -277,10 +294,31 @@ TEST_F(RmIndex, RowOfEachTable_MovesByOneCall)
         }
     }
     Lines expected;
-    for (const Table& table : kTables) {
+    for (const Table& table : tables()) {
         expected.push_back("maapi_move " + before(table) + " to " + after(table) + " -> 0");
     }
     EXPECT_EQ(bgp_test::listing(moved), bgp_test::listing(expected));
+}
+
+TEST_F(RmIndex, LeafThatFollowsTheKeys_IsSetInEachTableThatHasOne)
+{
+    stored(entity_row("5") + row_of_every_other_table());
+    device().recorder().start();
+    run(update_rm_index, kRmIndex);
+    Lines set;
+    for (const auto& call : device().recorder().calls()) {
+        const bool sets = call.function == Function::maapi_set_elem || call.function == Function::maapi_set_elem2;
+        if (sets && call.path.rfind("/bgp-internal/", 0) != 0) {
+            set.push_back(call.path);
+        }
+    }
+    Lines expected;
+    for (const Table& table : tables()) {
+        if (*table.leaf != '\0') {
+            expected.push_back(after(table) + "/" + table.leaf);
+        }
+    }
+    EXPECT_EQ(bgp_test::listing(set), bgp_test::listing(expected));
 }
 
 TEST_F(RmIndex, EmptyTables_AreJustWalked)

@@ -20,20 +20,21 @@
 namespace bgp_test {
 namespace {
 
+using bgp_contract::RekeyedTable;
 using bgp_platform::Datastore;
 
 constexpr uint32_t kFirstVrfIndex = 65537;
 
 // Where rows that were not stored may come from after the re-keying: VRF instances, and partner families.
 const std::set<std::string> kGrowing = {
-    "DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry",
-    "DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry",
-    "DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry",
-    "DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry",
-    "DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry",
-    "DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry",
-    "DC-RTM-MIB/rtmRedistTable/rtmRedistEntry",
-    "DC-RTM-MIB/rtmMjTable/rtmMjEntry",
+    "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry",
+    "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry",
+    "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry",
+    "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry",
+    "/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry",
+    "/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry",
+    "/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry",
+    "/DC-RTM-MIB/rtmMjTable/rtmMjEntry",
 };
 
 // Leaves that a step sets on rows that are there. All others stay as they were stored.
@@ -72,7 +73,7 @@ bool is_of_vrf(const RowText& row)
 // The join with the BVM, which goes when it is down: looked for under the index that was stored.
 bool is_dead_bvm_join(const Upgrade& upgrade, const std::string& path, const Key& key)
 {
-    if (upgrade.facts().entities == 0 || path != "DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry" ||
+    if (upgrade.facts().entities == 0 || path != "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry" ||
         key != Key{std::to_string(upgrade.facts().first_index), "3"}) {
         return false;
     }
@@ -89,7 +90,7 @@ Places expected_places(uint64_t seed)
     Upgrade upgrade(seed);
     upgrade.run_until_rekeying();
     Places expected;
-    for (const TableKind& table : kTables) {
+    for (const RekeyedTable& table : bgp_contract::kRekeyedTables) {
         const Table rows = upgrade.upgraded(table.path);
         expected[table.path] =
             upgrade.facts().rekeys() ? places(table.carries, rows, upgrade.facts().first_index) : at_home(rows);
@@ -123,7 +124,7 @@ TEST(WholeUpgrade, EveryStoredRow_IsUnderItsNewKeyOrWhereItWas)
         Places expected = expected_places(seed);
         Upgrade upgrade(seed);
         upgrade.run();
-        for (const TableKind& table : kTables) {
+        for (const RekeyedTable& table : bgp_contract::kRekeyedTables) {
             const auto result = by_key(upgrade.upgraded(table.path));
             for (const RowText& row : upgrade.stored(table.path)) {
                 EXPECT_EQ(expected[table.path].count(row.key), 1U) << table.path << " " << text(row.key);
@@ -147,7 +148,7 @@ TEST(WholeUpgrade, LeavesThatNoStepSets_StayAsTheyWere)
         Places expected = expected_places(seed);
         Upgrade upgrade(seed);
         upgrade.run();
-        for (const TableKind& table : kTables) {
+        for (const RekeyedTable& table : bgp_contract::kRekeyedTables) {
             auto result = by_key(upgrade.upgraded(table.path));
             for (const RowText& row : upgrade.stored(table.path)) {
                 const Key& place = expected[table.path][row.key];
@@ -187,9 +188,9 @@ TEST(WholeUpgrade, CompanionLeavesOfMovedRows_HoldTheNewIndex)
                 }
             }
         };
-        expect_index("DC-BGP-MIB/bgpPeerTable/bgpPeerEntry", "bgpPeerLocalNm");
-        expect_index("DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry", "bgpNmEntRmIndex");
-        for (const RowText& row : upgrade.upgraded("internal/bgpPeerEntry-global")) {
+        expect_index("/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry", "bgpPeerLocalNm");
+        expect_index("/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry", "bgpNmEntRmIndex");
+        for (const RowText& row : upgrade.upgraded("/internal/bgpPeerEntry-global")) {
             const auto keys = find(row.leaves, "keys");
             if (row.key.front() == index && keys) {
                 EXPECT_TRUE(starts_with(*keys, index + " ")) << *keys;
@@ -210,7 +211,7 @@ TEST(WholeUpgrade, EveryNeighborOfTheEntity_HasTheNewSettings)
             return;
         }
         const std::string index = std::to_string(upgrade.facts().rekeys() ? kGlobalIndex : upgrade.facts().first_index);
-        for (const RowText& row : upgrade.upgraded("DC-BGP-MIB/bgpPeerTable/bgpPeerEntry")) {
+        for (const RowText& row : upgrade.upgraded("/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry")) {
             if (row.key.front() == index) {
                 EXPECT_EQ(find(row.leaves, "bgpPeerConfigDropWarn"), "warn") << text(row.key);
                 EXPECT_EQ(find(row.leaves, "bgpPeerConfigMaxPrfx"), std::to_string(kProfile)) << text(row.key);
@@ -230,7 +231,7 @@ TEST(WholeUpgrade, EveryEnabledUnicastFamily_HasItsPartner)
         if (upgrade.facts().entities == 0) {
             return;
         }
-        const auto families = by_key(upgrade.upgraded("DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry"));
+        const auto families = by_key(upgrade.upgraded("/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry"));
         for (const auto& [key, leaves] : families) {
             const bool unicast = key[9] == "unicast" && (key[8] == "ipv4" || key[8] == "ipv6");
             if (unicast && find(leaves, "bgpPeerAfiSafiDisable") == "false") {
@@ -255,18 +256,14 @@ TEST(WholeUpgrade, WithoutEntity_NothingChanges)
 
 TEST(WholeUpgrade, Changes_AreWhereStepsWriteAndNowhereElse)
 {
-    std::vector<std::string> rekeyed;
-    for (const TableKind& table : kTables) {
-        rekeyed.push_back(std::string("/") + table.path);
-    }
     std::vector<const char*> by_entity_steps = {"/router/bgp",
                                                 "/prefix-list",
                                                 "/prefix-list-internal",
                                                 "/bgp-internal",
                                                 "/DC-RTM-MIB/rtmEntityTable",
                                                 "/internal/router-id-default-hidden"};
-    for (const std::string& table : rekeyed) {
-        by_entity_steps.push_back(table.c_str());
+    for (const RekeyedTable& table : bgp_contract::kRekeyedTables) {
+        by_entity_steps.push_back(table.path);
     }
     const std::vector<const char*> by_closing_steps = {
         "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry", "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry",
