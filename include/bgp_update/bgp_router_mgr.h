@@ -1,5 +1,6 @@
 // The manager of BGP instances in the routing stack's tables, shared by the upgrade and the device's BGP daemon: it
 // creates instances, copies attributes of the command line's configuration into them, and removes them.
+// Handles: update.h.
 #pragma once
 
 #include <nzmw_log.h>
@@ -60,7 +61,7 @@ enum class AddressFamily : int {
  * wrote before stays. Removal passes failures over. A value of another type than the data model gives it ends the
  * process by a failed assertion.
  *
- * Handles, contexts, values, texts and lists are borrowed for the time of a call. Not for several threads at once.
+ * Values, texts and lists are borrowed for the time of a call. Not for several threads at once.
  */
 class BGP_UPDATE_EXPORT BgpRouterMgr {
 public:
@@ -88,13 +89,11 @@ public:
      * "/internal/router-id-default-hidden" is then set to true; where none can be derived it is the router id of
      * "/router/bgp{as}", else 0.0.0.0.
      *
-     * @param maapi_socket a connected MAAPI socket
-     * @param thandle      the handle of an open transaction on that socket
-     * @param path         the keypath of the command-line entry whose "administrative-status" the instance gets, which
-     *                     must be there: "/router/bgp{65010}", or a VRF below it
-     * @param index        the instance's index
-     * @param as           the local AS number
-     * @param vrf_name     the name of the VRF, or an empty text for the default instance; never null
+     * @param path     the keypath of the command-line entry whose "administrative-status" the instance gets, which must
+     *                 be there: "/router/bgp{65010}", or a VRF below it
+     * @param index    the instance's index
+     * @param as       the local AS number
+     * @param vrf_name the name of the VRF, or an empty text for the default instance; never null
      * @return 0
      */
     int Create(int maapi_socket, int thandle, const std::string& path, uint32_t index, uint32_t as, char* vrf_name);
@@ -102,7 +101,7 @@ public:
     /**
      * The same for a daemon's callback. Its entry is logged here and again by the other form.
      *
-     * @param tctx the callback's context, whose transaction is written; null ends the process
+     * @param tctx null ends the process
      */
     int Create(int maapi_socket, confd_trans_ctx* tctx, const std::string& path, uint32_t index, uint32_t as,
                char* vrf_name);
@@ -146,11 +145,9 @@ public:
     /**
      * Copies an attribute into the routing-manager entity of an instance; an instance that is not there is left alone.
      *
-     * @param maapi_socket a connected MAAPI socket
-     * @param thandle      the handle of an open transaction on that socket
-     * @param index        the instance's index
-     * @param value        the attribute as the command line's configuration has it: an IPv4 address (C_IPV4) as router
-     *                     id and cluster id, an enumeration as status and AS size, a C_UINT32 as preference
+     * @param index the instance's index
+     * @param value the attribute as the command line's configuration has it: an IPv4 address (C_IPV4) as router id and
+     *              cluster id, an enumeration as status and AS size, a C_UINT32 as preference
      * @return 0
      */
     int SetRouterId(int maapi_socket, int thandle, uint32_t index, confd_value* value);
@@ -169,12 +166,11 @@ public:
      * `RemoveRedistEntry`, and the rows of "/internal/rtmRedistEntry-hidden/rtmRedistEntry-get" to
      * `RemoveRedistNetwork`. Removing instance 1 runs `ClearVpnRouteAddrType` too.
      *
-     * @param maapi_socket     a connected MAAPI socket
-     * @param tctx             the context of the running callback, whose transaction is written; null ends the process
+     * @param tctx             null ends the process
      * @param index            the instance's index
      * @param unused           not looked at
-     * @param tables           keypaths of lists whose first key is the instance's index (a C_UINT32), ended by null;
-     *                         a null list ends the process
+     * @param tables           keypaths of lists whose first key is the instance's index (a C_UINT32), ended by null; a
+     *                         null list ends the process
      * @param secondary_tables keypaths for `RemoveSecondaryTables`, ended by null; or null
      * @return 0
      */
@@ -195,7 +191,7 @@ public:
      * Deletes a network that an instance announces: its two hidden rows and its redistribution rule. After the last
      * network the rule numbers of networks begin anew at 555337809.
      *
-     * @param tctx   the context of the running callback, not null
+     * @param tctx   not null
      * @param index  the instance's index
      * @param cursor stands on the network's row of "/internal/rtmRedistEntry-hidden/rtmRedistEntry-get"; not moved
      * @return 0
@@ -206,7 +202,7 @@ public:
      * Deletes whole tables along with the last instance: does nothing unless there is exactly one routing-manager
      * entity.
      *
-     * @param tctx   the context of the running callback, not null
+     * @param tctx   not null
      * @param index  the index of the instance that is being removed
      * @param tables the tables' keypaths, ended by null; a null list ends the process
      * @return 0
@@ -216,7 +212,7 @@ public:
     /**
      * Sets the VPN route address type of the MPLS VPN entity 1 back to IPv4 (1), where it is set.
      *
-     * @param tctx the context of the running callback, not null
+     * @param tctx not null
      */
     void ClearVpnRouteAddrType(int maapi_socket, confd_trans_ctx* tctx);
 

@@ -1,6 +1,7 @@
 // What the upgrade shares with the device's BGP daemon, apart from the router manager: private sessions on the running
 // configuration, the keepalive of long transactions, the release of values, the numbers of VRFs, BGP instances, route
 // maps and route policies, and conversions between the command line's values and the routing stack's encodings.
+// Handles: update.h.
 #pragma once
 
 #include <confd_lib.h>
@@ -43,9 +44,8 @@ public:
      * many seconds as the interval has, traces that to the category "bgp-app", and takes the time of the reset down in
      * `last_timeout`.
      *
-     * @param tctx    the context of the running callback, borrowed
      * @param timeout the transaction's timeout in seconds, counted only at the first call of the process; its 0.8-fold
-     * must fit a 32-bit integer
+     *                must fit a 32-bit integer
      * @return 0 when the interval has not passed, else the result of `confd_data_set_timeout`: CONFD_OK or CONFD_ERR
      */
     static int SetMaapiKeepalive(confd_trans_ctx* tctx, double timeout);
@@ -68,10 +68,8 @@ public:
     /**
      * The index of a VRF, by name.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param vrfName      the VRF's name
-     * @param out          receives a C_UINT32
+     * @param vrfName the VRF's name
+     * @param out     receives a C_UINT32
      * @return 0; -1 when `out` is null or no session could be had; else the negative result of the failing `cdb_get`
      */
     static int GetVrfIndex(int maapi_socket, int thandle, char* vrfName, confd_value* out);
@@ -79,10 +77,8 @@ public:
     /**
      * The name of a VRF, by index.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param vrfIdx       the VRF's index
-     * @param out          receives a C_BUF, which the caller gives back with `confd_free_value`
+     * @param vrfIdx the VRF's index
+     * @param out    receives a C_BUF, which the caller gives back with `confd_free_value`
      * @return as `GetVrfIndex`
      */
     static int GetVrfNameFromIndex(int maapi_socket, int thandle, unsigned int vrfIdx, confd_value* out);
@@ -90,11 +86,9 @@ public:
     /**
      * The index of a VRF's routing table manager (RTM), by the VRF's name.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param vrfName      the VRF's name
-     * @param out          receives a C_UINT32
-     * @param ipv6         0 for the IPv4 manager, any other number for the IPv6 manager
+     * @param vrfName the VRF's name
+     * @param out     receives a C_UINT32
+     * @param ipv6    0 for the IPv4 manager, any other number for the IPv6 manager
      * @return as `GetVrfIndex`
      */
     static int GetRtmIndexFromVrf(int maapi_socket, int thandle, char* vrfName, confd_value* out, int ipv6);
@@ -103,12 +97,10 @@ public:
      * Deletes all redistribution rows ("/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry") of a VRF's routing table manager
      * from the transaction. An index of another type than C_UINT32 ends the process by a failed assertion.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param vrfName      the VRF's name
-     * @param ipv6         true for the IPv6 manager
+     * @param vrfName the VRF's name
+     * @param ipv6    true for the IPv6 manager
      * @return 0, also when there was no row; -1 when the manager's index could not be read, or when a row could not be
-     * deleted, in which case those after it are left
+     *         deleted, in which case those after it are left
      */
     static int RtmVrfRedistRemoveAll(int maapi_socket, int thandle, char* vrfName, bool ipv6);
 
@@ -145,9 +137,7 @@ public:
     /**
      * The compound index of a VRF's first instance, the one with the lowest instance index.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param vrfIdx       the VRF's index
+     * @param vrfIdx the VRF's index
      * @return the compound index, 0xFFFFFFFF when the transaction has no instance in the VRF
      */
     static uint32_t GetBgpCompoundIdxFromVrfIdx(int maapi_socket, int thandle, unsigned int vrfIdx);
@@ -155,11 +145,9 @@ public:
     /**
      * The same by the VRF's name, which is looked up as `GetVrfIndex` does.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param vrfName      the VRF's name
-     * @param compound     receives the compound index, or 0xFFFFFFFF for a known VRF without an instance; left alone
-     * when the VRF is not known
+     * @param vrfName  the VRF's name
+     * @param compound receives the compound index, or 0xFFFFFFFF for a known VRF without an instance; left alone when
+     *                 the VRF is not known
      * @return 0 when `compound` received a compound index, else -1
      */
     static int GetBgpCompoundIdxFromVrfName(int maapi_socket, int thandle, const std::string& vrfName,
@@ -172,11 +160,9 @@ public:
      * Where the transaction does not have the VRF's container, it is created, with the released indices and the counter
      * of the running datastore.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param cdb_socket   a CDB socket with a read session on the datastore that holds the committed data, borrowed
-     * @param vrfIdx       the VRF's index
-     * @param asNumber     the AS number
+     * @param cdb_socket its read session is on the datastore that holds the committed data
+     * @param vrfIdx     the VRF's index
+     * @param asNumber   the AS number
      * @return the compound index of the instance
      */
     static uint32_t CreateBgpCompoundIdx(int maapi_socket, int thandle, int32_t cdb_socket, uint32_t vrfIdx,
@@ -185,10 +171,8 @@ public:
     /**
      * The same for a transaction's callback, with a CDB session of its own on the running datastore.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param tctx         the context of the running callback, borrowed
-     * @param vrfIdx       the VRF's index
-     * @param asNumber     the AS number
+     * @param vrfIdx   the VRF's index
+     * @param asNumber the AS number
      * @return the compound index of the instance
      */
     static uint32_t CreateBgpCompoundIdx(int maapi_socket, confd_trans_ctx* tctx, uint32_t vrfIdx, uint32_t asNumber);
@@ -197,10 +181,8 @@ public:
      * The compound index that an AS has in a VRF or, if it has none, would be given by `CreateBgpCompoundIdx`. Nothing
      * is allocated; where the transaction does not have the VRF's container, it is created and filled as there.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param tctx         the context of the running callback, borrowed
-     * @param vrfIdx       the VRF's index
-     * @param asNumber     the AS number
+     * @param vrfIdx   the VRF's index
+     * @param asNumber the AS number
      * @return the compound index
      */
     static uint32_t GetNextBgpCompoundIdxCandidate(int maapi_socket, confd_trans_ctx* tctx, uint32_t vrfIdx,
@@ -212,10 +194,8 @@ public:
      * cannot be put back, which is traced and no more. With its last instance the VRF's container goes, and the
      * released indices and the counter with it.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param tctx         the context of the running callback, borrowed
-     * @param vrfIdx       the VRF's index
-     * @param asNumber     the AS number
+     * @param vrfIdx   the VRF's index
+     * @param asNumber the AS number
      */
     static void DeleteBgpCompoundIdx(int maapi_socket, confd_trans_ctx* tctx, uint32_t vrfIdx, uint32_t asNumber);
 
@@ -233,13 +213,11 @@ public:
     /**
      * The number of a route map as the transaction has it or, where it has none, the running datastore.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param vrfName      the VRF's name
-     * @param mapName      the route map's name
-     * @param vl_index     receives a C_UINT32: the number, and 0 on failure
+     * @param vrfName  the VRF's name
+     * @param mapName  the route map's name
+     * @param vl_index receives a C_UINT32: the number, and 0 on failure
      * @return 0; -1 when `vl_index` is null or no session could be had; else the negative result of the failing
-     * `cdb_get`
+     *         `cdb_get`
      */
     static int GetRouteMapIdx(int maapi_socket, int thandle, char* vrfName, char* mapName, confd_value* vl_index);
 
@@ -249,10 +227,8 @@ public:
      *
      * A route map that is in the transaction without a number gets none; the number taken for it is lost.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param vrfName      the VRF's name
-     * @param mapName      the route map's name
+     * @param vrfName the VRF's name
+     * @param mapName the route map's name
      * @return the number that is now stored for the route map, 0 when none is
      */
     static uint32_t CreateRouteMapIdx(int maapi_socket, int thandle, char* vrfName, char* mapName);
@@ -261,10 +237,8 @@ public:
      * Takes a route map's number from it, to be given to another. The counter stays as it is, and so does the entry of
      * a VRF that has no route map left.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param vrfName      the VRF's name
-     * @param mapName      the route map's name
+     * @param vrfName the VRF's name
+     * @param mapName the route map's name
      * @return 0, also when the number could not be put back; -1 when the route map has no number
      */
     static int DeleteRouteMapIdx(int maapi_socket, int thandle, char* vrfName, char* mapName);
@@ -411,7 +385,7 @@ public:
      * A private session that cannot be had, and a read that fails, end the process by a fault. That an entry or the
      * address is not there is no failure.
      *
-     * @param tctx     the context of the running callback, borrowed; it leads to the daemon's interface
+     * @param tctx     leads to the daemon's interface
      * @param as       the AS number of the BGP router
      * @param vrf      the name of the VRF, borrowed
      * @param neighbor the neighbour's address, borrowed

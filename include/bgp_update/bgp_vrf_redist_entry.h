@@ -1,5 +1,5 @@
 // The redistribution rules by which the routing table manager (RTM) of a VRF hands its routes to BGP, and the OSPF
-// PE-CE procedures of RFC 4577 for those that come from OSPF.
+// PE-CE procedures of RFC 4577 for those that come from OSPF. Handles: update.h.
 #pragma once
 
 #include <nzmw_log.h>
@@ -44,13 +44,11 @@ public:
      *
      * The RTM index is looked up as `BgpUtils::GetRtmIndexFromVrf` does. For an unknown VRF nothing is written.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param thandle      the handle of an open transaction on that socket
-     * @param log          not used
-     * @param category     the trace category to report to; null for no report
-     * @param vrfName      the VRF's name
-     * @param source       where the routes come from
-     * @param ipv6         true for the IPv6 manager and IPv6 routes, false for IPv4
+     * @param log      not used
+     * @param category the trace category to report to; null for no report
+     * @param vrfName  the VRF's name
+     * @param source   where the routes come from
+     * @param ipv6     true for the IPv6 manager and IPv6 routes, false for IPv4
      * @return 0, also when nothing could be written
      */
     static int BgpVrfRedistCreateType(int maapi_socket, int thandle, nzmw_log_t* log, nzmw_trace_category_t category,
@@ -65,14 +63,13 @@ public:
      * rule of that process is not there. The rule's number is the process number's low 16 bits and 0x2010000; the rule
      * 0x5000000 gets the switch too.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param tctx         the context of the running callback, borrowed; not null when the source is OSPF
-     * @param log          not used
-     * @param category     the trace category to report to; null for no report
-     * @param vrfName      the VRF's name
-     * @param source       where the routes come from
-     * @param enable       whether the procedures are wanted
-     * @param ipv6         true for the IPv6 manager of the VRF
+     * @param tctx     not null when the source is OSPF
+     * @param log      not used
+     * @param category the trace category to report to; null for no report
+     * @param vrfName  the VRF's name
+     * @param source   where the routes come from
+     * @param enable   whether the procedures are wanted
+     * @param ipv6     true for the IPv6 manager of the VRF
      * @return 0, also when nothing could be written
      */
     static int Rfc4577Support(int maapi_socket, confd_trans_ctx* tctx, nzmw_log_t* log, nzmw_trace_category_t category,
@@ -85,14 +82,13 @@ public:
      * The first entry in list order decides whose VRF name begins `vrfName`: an entry for "red" is taken for "red2"
      * too.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed
-     * @param tctx         the context of the running callback, borrowed; it leads to the daemon's interface
-     * @param category     the trace category to report to; null for no report
-     * @param vrfName      the VRF's name
-     * @param procId       receives the process number, a C_UINT32
-     * @param compoundId   receives the index of the process's OSPF entity, a C_UINT32
+     * @param tctx       leads to the daemon's interface
+     * @param category   the trace category to report to; null for no report
+     * @param vrfName    the VRF's name
+     * @param procId     receives the process number, a C_UINT32
+     * @param compoundId receives the index of the process's OSPF entity, a C_UINT32
      * @return 0; -1 when a pointer other than `category` and `vrfName` is null or no process was found, in which case
-     * the values hold nothing to release
+     *         the values hold nothing to release
      */
     static int32_t GetOspfProcIdCompoundId(int32_t maapi_socket, confd_trans_ctx* tctx, nzmw_trace_category_t category,
                                            const char* vrfName, confd_value_t* procId, confd_value_t* compoundId);

@@ -1,4 +1,4 @@
-// The upgrade step that switches IPv6 on.
+// The upgrade step that switches IPv6 on. Handles: update.h.
 #pragma once
 
 #include <cstdint>
@@ -14,9 +14,6 @@
  * A failure is logged and the step goes on, but for the support flag: when that cannot be set, nothing else is written.
  * A value of another type than the data model gives it ends the process by a failed assertion.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   a CDB socket with a read session on the configuration before the upgrade, borrowed
  * @return 0
  */
 BGP_UPDATE_EXPORT int32_t update_ipv6(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket);

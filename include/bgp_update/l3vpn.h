@@ -1,4 +1,4 @@
-// The upgrade steps for IPv4 VPNs: the address family, and the join with the BVM.
+// The upgrade steps for IPv4 VPNs: the address family, and the join with the BVM. Handles: update.h.
 #pragma once
 
 #include <cstdint>
@@ -13,9 +13,6 @@
  * A failure is logged and the step goes on where it can. A value of another type than the data model gives it ends the
  * process by a failed assertion.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   a CDB socket with a read session on the configuration before the upgrade, borrowed
  * @return 0
  */
 BGP_UPDATE_EXPORT int32_t update_l3vpn(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket);
@@ -24,10 +21,7 @@ BGP_UPDATE_EXPORT int32_t update_l3vpn(int32_t maapi_socket, int32_t thandle, in
  * Removes the join of the first BGP router entity with the BVM (partner index 3) when the stored configuration has it
  * administratively down. The row is named by the entity index that the stored configuration has.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   a CDB socket with a read session on the configuration before the upgrade, borrowed
- * @param bgp_count    the number of BGP router entities; with 0 nothing is done
+ * @param bgp_count the number of BGP router entities; with 0 nothing is done
  * @return 0
  */
 BGP_UPDATE_EXPORT int32_t update_bgp_bvm_join(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int bgp_count);

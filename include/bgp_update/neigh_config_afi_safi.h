@@ -1,4 +1,4 @@
-// The upgrade step that completes the neighbours' unicast address families.
+// The upgrade step that completes the neighbours' unicast address families. Handles: update.h.
 #pragma once
 
 #include <cstdint>
@@ -14,11 +14,8 @@
  * the handling of their row. Does nothing without a BGP router entity. A key or flag of another type than the data
  * model gives it ends the process by a failed assertion.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   a CDB socket with a read session on the configuration before the upgrade, borrowed; only the
- *                     number of rows is asked of it
- * @param bgp_count    the number of BGP router entities
+ * @param cdb_socket only the number of rows is asked of it
+ * @param bgp_count  the number of BGP router entities
  * @return 0 always
  */
 BGP_UPDATE_EXPORT int32_t update_neigh_config_afi_safi(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket,

@@ -1,4 +1,5 @@
 // The upgrade step that gives neighbours and their address families the new model's settings for the prefix limit.
+// Handles: update.h.
 #pragma once
 
 #include <cstdint>
@@ -18,10 +19,7 @@
  * Failures are logged; what could not be read is written as far as it was. Does nothing without a BGP router entity. A
  * local AS of another type than C_UINT32 ends the process by a failed assertion.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   a CDB socket with a read session on the configuration before the upgrade, borrowed
- * @param bgp_count    the number of BGP router entities
+ * @param bgp_count the number of BGP router entities
  * @return 0 always
  */
 BGP_UPDATE_EXPORT int32_t update_neigh_config_drop_warn(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket,

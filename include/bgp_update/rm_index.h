@@ -1,5 +1,5 @@
 // The upgrade step that gives the global BGP instance the index of its VRF: the rows of the router entity move to it,
-// and the maps between AS numbers and instances are made.
+// and the maps between AS numbers and instances are made. Handles: update.h.
 #pragma once
 
 #include <cstdint>
@@ -17,10 +17,7 @@
  * the data model gives it ends the process by a failed assertion, and so does a moved row whose leaf with the index
  * cannot be written.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   a CDB socket with a read session on the configuration before the upgrade, borrowed
- * @param rm_index     the old index of the BGP router entity (bgpRmEntIndex)
+ * @param rm_index the old index of the BGP router entity (bgpRmEntIndex)
  * @return 0 always
  */
 BGP_UPDATE_EXPORT int32_t update_rm_index(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, uint32_t rm_index);
@@ -32,12 +29,10 @@ BGP_UPDATE_EXPORT int32_t update_rm_index(int32_t maapi_socket, int32_t thandle,
  *
  * A leaf that cannot be set is logged and left out.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   not used
- * @param local_as     the AS number of the instance
- * @param compound     the compound index of the instance; the low 16 bits of the instance index in it
- *                     (`BgpUtils::GetInstIdxFromCompoundIdx`) are what the maps hold
+ * @param cdb_socket not used
+ * @param local_as   the AS number of the instance
+ * @param compound   the compound index of the instance; the low 16 bits of the instance index in it
+ *                   (`BgpUtils::GetInstIdxFromCompoundIdx`) are what the maps hold
  * @return -1 when the instance's entry in one of the two maps cannot be created, and nothing is written behind it; 0 in
  *         every other case, one in which the VRF's entry cannot be created or is there already included: then nothing
  *         is written

@@ -1,5 +1,5 @@
 // Rows of tables that are keyed by the index of the BGP router entity, as objects that can move to another index. The
-// class of a row knows which of its keys carry the index, and which leaves have to follow.
+// class of a row knows which of its keys carry the index, and which leaves have to follow. Handles: update.h.
 #pragma once
 
 #include <cstdint>
@@ -21,11 +21,9 @@ public:
     /**
      * Takes copies of the row's keys, and the handle of the upgrade log.
      *
-     * @param maapi_socket a connected MAAPI socket, borrowed for the object's life
-     * @param thandle      the handle of the open transaction on that socket
-     * @param table_path   the keypath of the table's list, as "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry"
-     * @param keys         the row's keys in the order of the schema, borrowed for the call
-     * @param key_count    how many they are
+     * @param table_path the keypath of the table's list, as "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry"
+     * @param keys       the row's keys in the order of the schema, borrowed for the call
+     * @param key_count  how many they are
      */
     BaseEntry(int32_t maapi_socket, int32_t thandle, std::string table_path, const confd_value_t* keys,
               int32_t key_count);

@@ -1,4 +1,4 @@
-// The upgrade step that gives an old BGP router entity its entry in the command-line model.
+// The upgrade step that gives an old BGP router entity its entry in the command-line model. Handles: update.h.
 #pragma once
 
 #include <cstdint>
@@ -13,11 +13,8 @@
  * attribute that is absent or cannot be written is logged and left out. The local AS must be a C_UINT32; another type
  * ends the process by a failed assertion. The number read is the key of the entry and its AS number.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   a CDB socket with a read session on the configuration before the upgrade, borrowed; its namespace
- * is changed to that of DC-BGP-MIB
- * @param entry        the entity's position in "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", from 0
+ * @param cdb_socket its namespace is changed to that of DC-BGP-MIB
+ * @param entry      the entity's position in "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", from 0
  * @return -1 when the entry could not be created; 0 in every other case, nothing done included
  */
 extern "C" BGP_UPDATE_EXPORT int32_t update_router_bgp(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket,

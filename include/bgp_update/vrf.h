@@ -1,4 +1,5 @@
 // The upgrade steps that give the VRFs of the BGP router their instances in the routing stack's tables.
+// Handles: update.h.
 #pragma once
 
 #include <confd_lib.h>
@@ -16,10 +17,7 @@
  * instance ends the process through the fault path, and so does a count of the VRFs that fails; a value of another type
  * than the data model gives it ends the process by a failed assertion. Other failures are passed over.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   a CDB socket with a read session on the configuration before the upgrade, borrowed
- * @param as           the AS number of the BGP router
+ * @param as the AS number of the BGP router
  * @return 0, also when there is no VRF; -1 when there is no memory for the names or they cannot be read
  */
 BGP_UPDATE_EXPORT int32_t update_vrf(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, uint32_t as);
@@ -30,14 +28,12 @@ BGP_UPDATE_EXPORT int32_t update_vrf(int32_t maapi_socket, int32_t thandle, int3
  * "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry"; and has the VRF's routing table manager hand BGP its routes
  * (`BgpUtils::BgpVrfRedistEntry::BgpVrfRedistCreateType`). Failures are passed over.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of an open transaction on that socket
- * @param index        the instance's index
- * @param vrf_name     the VRF's name, NUL-terminated, borrowed
- * @param as           the AS number of the BGP router; not used
- * @param afi          the address family, a C_ENUM_VALUE, 1 for IPv4 and 2 for IPv6, borrowed; another type ends the
- *                     process by a failed assertion
- * @param safi         the subsequent address family, as the key of its row, borrowed
+ * @param index    the instance's index
+ * @param vrf_name the VRF's name, NUL-terminated, borrowed
+ * @param as       the AS number of the BGP router; not used
+ * @param afi      the address family, a C_ENUM_VALUE, 1 for IPv4 and 2 for IPv6, borrowed; another type ends the
+ *                 process by a failed assertion
+ * @param safi     the subsequent address family, as the key of its row, borrowed
  * @return 0
  */
 BGP_UPDATE_EXPORT int bgp_vrf_afisafi_create(int maapi_socket, int thandle, uint32_t index, char* vrf_name, uint32_t as,
@@ -53,10 +49,8 @@ BGP_UPDATE_EXPORT int bgp_vrf_afisafi_create(int maapi_socket, int thandle, uint
  * fails is logged and the next one tried. A value of another type than the data model gives it ends the process by a
  * failed assertion. Does nothing without a BGP router entity.
  *
- * @param maapi_socket a connected MAAPI socket, borrowed
- * @param thandle      the handle of the open upgrade transaction on that socket
- * @param cdb_socket   not used
- * @param bgp_count    the number of BGP router entities; with several the step works as with one
+ * @param cdb_socket not used
+ * @param bgp_count  the number of BGP router entities; with several the step works as with one
  * @return 0, also when there is nothing to do; -1 when the walk over the VRFs cannot be begun
  */
 BGP_UPDATE_EXPORT int update_vrf_ipv6(int maapi_socket, int thandle, int cdb_socket, int bgp_count);
