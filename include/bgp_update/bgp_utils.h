@@ -310,8 +310,9 @@ public:
      * An address as the hex list and the address type under which the MIB tables hold it.
      *
      * @param in        a C_IPV4 or C_IPV6, borrowed. Null and every other type stand for 0.0.0.0
-     * @param out       receives the hex list, a C_BINARY that the caller gives back with `confd_free_value`; C_NOEXISTS
-     * when the conversion failed
+     * @param out       receives the hex list as the platform's conversion makes it, for the caller to give back with
+     *                  `confd_free_value`. 0.0.0.0 is made from its text (`Ipv4strTOhexlist`) and the others from their
+     *                  octets, and not every platform gives both the same type
      * @param addr_type receives 2 for a C_IPV6, else 1; also when the conversion failed
      * @return the result of the platform's conversion: 0, or a negative number
      */
@@ -409,8 +410,8 @@ public:
      * When 127.0.0.1 is the last IPv4 address of the host's list, no id is derived, whatever the other addresses are.
      * An address that cannot be written as text and read back ends the process through the fault path.
      *
-     * @param out receives the id as the MIB's hex list, a C_BINARY of four octets as `Ipv4InAddrTOhexlist` makes it;
-     * the caller gives it back with `confd_free_value`. Left alone when none is derived
+     * @param out receives the id, 0.0.0.0 included, as the hex list that `Ipv4InAddrTOhexlist` of the platform makes,
+     *            for the caller to give back with `confd_free_value`. Left alone when none is derived
      * @return whether an id was derived
      */
     static bool GetRouterIdIp(confd_value* out);

@@ -20,8 +20,9 @@
 class BGP_UPDATE_EXPORT BgpUtils::NeighborEntry {
 public:
     /**
-     * Fills the key. A null `remote`, and a `count` of 0 or less, end the process by a fault; an address that the
-     * platform cannot convert ends it by a failed assertion.
+     * Fills the key. A null `remote`, and a `count` of 0 or less, end the process by a fault. Addresses are the values
+     * that the platform's conversion makes (`BgpUtils::IpToHexlist`), 0.0.0.0 included; one that is no C_BINARY ends the
+     * process by a failed assertion.
      *
      * @param entity the entity index of the neighbour's router
      * @param remote the neighbour's address, a C_IPV4 or C_IPV6; another type stands for 0.0.0.0. Borrowed for the
