@@ -6,6 +6,7 @@
 #include "bgp_update/bgp_router_mgr.h"
 #include "bgp_update/bgp_utils.h"
 #include "confd/fault.h"
+#include "confd/mib_values.h"
 #include "confd/tagged.h"
 #include "confd/tags.h"
 #include "confd/transaction.h"
@@ -24,31 +25,15 @@ namespace {
 
 constexpr char kSource[] = "src/daemon/bgp_router_mgr";
 
-// Enumerations of the tables.
-constexpr int32_t kUp = 1;
-constexpr int32_t kDown = 2;
-constexpr int32_t kTrue = 1;
 constexpr int32_t kFourOctetAs = 2;
-constexpr int32_t kAddressIpv4 = 1;
-constexpr int32_t kAddressIpv6 = 2;
-constexpr int32_t kAfiIpv4 = 1;
-constexpr int32_t kAfiIpv6 = 2;
-constexpr int32_t kSafiUnicast = 1;
-constexpr int32_t kSafiVpn = 128;
-constexpr int32_t kSlaveRtm = 1;
-constexpr int32_t kSlaveBgp = 4;
-
 constexpr uint32_t kI3Entity = 1;
 constexpr uint32_t kSocketEntity = 1;
 constexpr uint32_t kRestartSeconds = 120;
 constexpr uint32_t kBgpPort = 179;
 constexpr uint32_t kVpnPartner = 1;
 
-constexpr int kRmEntityLeaves = 9;  // without the name of the VRF
-constexpr int kNmEntityLeaves = 4;
-
 // The address families of an instance's RTM entities.
-constexpr int kRtmAfis[] = {kAfiIpv4, kAfiIpv6, -1};
+constexpr int kRtmAfis[] = {mib::kIpv4, mib::kIpv6, -1};
 
 struct AfiSafi {
     int32_t afi;
@@ -57,10 +42,10 @@ struct AfiSafi {
 };
 
 constexpr AfiSafi kAfiSafis[] = {
-    {kAfiIpv4, kSafiUnicast, 168},
-    {kAfiIpv6, kSafiUnicast, 168},
-    {kAfiIpv4, kSafiVpn, 196},
-    {kAfiIpv6, kSafiVpn, 196},
+    {mib::kIpv4, mib::kUnicast, 168},
+    {mib::kIpv6, mib::kUnicast, 168},
+    {mib::kIpv4, mib::kVpn, 196},
+    {mib::kIpv6, mib::kVpn, 196},
 };
 
 // How an address family joins the RTM. The VPN families have no RTM join rows, deliberately: their partner is a fixed
@@ -74,10 +59,10 @@ struct Join {
 };
 
 constexpr Join kJoins[] = {
-    {AddressFamily::kIpv4Unicast, 0, kAfiIpv4, kSafiUnicast, true},
-    {AddressFamily::kIpv6Unicast, 1, kAfiIpv6, kSafiUnicast, true},
-    {AddressFamily::kIpv4Vpn, 0, kAfiIpv4, kSafiVpn, false},
-    {AddressFamily::kIpv6Vpn, 0, kAfiIpv6, kSafiVpn, false},
+    {AddressFamily::kIpv4Unicast, 0, mib::kIpv4, mib::kUnicast, true},
+    {AddressFamily::kIpv6Unicast, 1, mib::kIpv6, mib::kUnicast, true},
+    {AddressFamily::kIpv4Vpn, 0, mib::kIpv4, mib::kVpn, false},
+    {AddressFamily::kIpv6Vpn, 0, mib::kIpv6, mib::kVpn, false},
 };
 
 // Where an instance listens: on every address of each family.
@@ -89,8 +74,8 @@ struct Listen {
 };
 
 constexpr Listen kListens[] = {
-    {0, kAddressIpv4, Ipv4strTOhexlist, "0.0.0.0"},
-    {1, kAddressIpv6, Ipv6strTOhexlist, "0000:0000:0000:0000:0000:0000:0000:0000"},
+    {0, mib::kIpv4, Ipv4strTOhexlist, "0.0.0.0"},
+    {1, mib::kIpv6, Ipv6strTOhexlist, "0000:0000:0000:0000:0000:0000:0000:0000"},
 };
 
 const Join* find_join(AddressFamily afm)
@@ -113,6 +98,19 @@ bool is_named(const char* vrf_name)
     return vrf_name[0] != '\0';
 }
 
+// Writes an entity's row, whose last value is the name of the VRF; the default instance has none.
+template <std::size_t n>
+void create_entity(BgpRouterMgr& manager, const confd::Transaction& transaction, const confd_tag_value_t (&row)[n],
+                   const char* vrf_name, const char* table, int fault_line)
+{
+    if (is_named(vrf_name)) {
+        manager.LogDebug("Add BGP VRF name entry");
+    }
+    if (transaction.set_values(row, static_cast<int>(is_named(vrf_name) ? n : n - 1), table) != CONFD_OK) {
+        confd::fault_last_error("Create", kSource, fault_line);
+    }
+}
+
 void create_rm_entity(BgpRouterMgr& manager, const confd::Transaction& transaction, uint32_t index, uint32_t as,
                       int32_t admin_status, const confd_value_t& router_id, char* vrf_name)
 {
@@ -124,17 +122,12 @@ void create_rm_entity(BgpRouterMgr& manager, const confd::Transaction& transacti
         uint32(tag::bgpRmEntLocalAs, as),
         enum_value(tag::bgpRmEntAdminStatus, admin_status),
         uint32(tag::bgpRmEntI3EntIndex, kI3Entity),
-        enum_value(tag::bgpRmEntSupportIpv6, kTrue),
+        enum_value(tag::bgpRmEntSupportIpv6, mib::kTrue),
         value_of(tag::bgpRmEntLocalIdentifier, router_id),
         str(tag::bgpRmEntVrfName, vrf_name),
     };
-    if (is_named(vrf_name)) {
-        manager.LogDebug("Add BGP VRF name entry");
-    }
-    if (transaction.set_values(row, is_named(vrf_name) ? kRmEntityLeaves + 1 : kRmEntityLeaves,
-                               "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry") != CONFD_OK) {
-        confd::fault_last_error("Create", kSource, is_named(vrf_name) ? 392 : 388);
-    }
+    create_entity(manager, transaction, row, vrf_name, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry",
+                  is_named(vrf_name) ? 392 : 388);
 }
 
 void create_nm_entity(BgpRouterMgr& manager, const confd::Transaction& transaction, uint32_t index, char* vrf_name)
@@ -143,16 +136,11 @@ void create_nm_entity(BgpRouterMgr& manager, const confd::Transaction& transacti
         uint32(tag::bgpNmEntIndex, index),
         uint32(tag::bgpNmEntRmIndex, index),
         uint32(tag::bgpNmEntSckIndex, kSocketEntity),
-        enum_value(tag::bgpNmEntAdminStatus, kUp),
+        enum_value(tag::bgpNmEntAdminStatus, mib::kUp),
         str(tag::bgpNmEntVrfName, vrf_name),
     };
-    if (is_named(vrf_name)) {
-        manager.LogDebug("Add BGP VRF name entry");
-    }
-    if (transaction.set_values(row, is_named(vrf_name) ? kNmEntityLeaves + 1 : kNmEntityLeaves,
-                               "/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry") != CONFD_OK) {
-        confd::fault_last_error("Create", kSource, is_named(vrf_name) ? 414 : 410);
-    }
+    create_entity(manager, transaction, row, vrf_name, "/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry",
+                  is_named(vrf_name) ? 414 : 410);
 }
 
 // A join of the RTM with a partner, of the kind that `slave_type` says.
@@ -163,8 +151,8 @@ void create_rtm_join(const confd::Transaction& transaction, uint32_t rtm_index, 
         uint32(tag::rtmMjRtmFteIndex, rtm_index),
         uint32(tag::rtmMjSlaveFteId, partner),
         enum_value(tag::rtmMjSlaveType, slave_type),
-        enum_value(tag::rtmMjSafi, kSafiUnicast),
-        enum_value(tag::rtmMjAdminStatus, kUp),
+        enum_value(tag::rtmMjSafi, mib::kUnicast),
+        enum_value(tag::rtmMjAdminStatus, mib::kUp),
     };
     // clang-format on
     if (transaction.set_values(row, "/DC-RTM-MIB/rtmMjTable/rtmMjEntry") != CONFD_OK) {
@@ -194,7 +182,7 @@ int BgpRouterMgr::Create(int maapi_socket, int thandle, const std::string& path,
     confd::Value vl_router_id;
     if (BgpUtils::GetRouterIdIp(&vl_router_id)) {
         confd_value_t is_default;
-        CONFD_SET_ENUM_VALUE(&is_default, kTrue);
+        CONFD_SET_ENUM_VALUE(&is_default, mib::kTrue);
         if (transaction.set(&is_default, "/internal/router-id-default-hidden") != CONFD_OK) {
             confd::fault_last_error("Create", kSource, __LINE__);
         }
@@ -238,10 +226,10 @@ int BgpRouterMgr::ForceCreateRtmEntries(int maapi_socket, int thandle, uint32_t 
 
     const uint32_t component = component_of(index);
     const confd_tag_value_t row[] = {
-        uint32(tag::rtmEntityFteIndex, afi == kAfiIpv6 ? component + 1 : component),
-        enum_value(tag::rtmEntityAddressFamily, afi == kAfiIpv6 ? kAddressIpv6 : kAddressIpv4),
+        uint32(tag::rtmEntityFteIndex, afi == mib::kIpv6 ? component + 1 : component),
+        enum_value(tag::rtmEntityAddressFamily, afi == mib::kIpv6 ? mib::kIpv6 : mib::kIpv4),
         uint32(tag::rtmEntityI3Index, kI3Entity),
-        enum_value(tag::rtmEntityAdminStat, kUp),
+        enum_value(tag::rtmEntityAdminStat, mib::kUp),
     };
     if (transaction.set_values(row, "/DC-RTM-MIB:DC-RTM-MIB/rtmEntityTable/rtmEntityEntry") != CONFD_OK) {
         confd::fault_last_error("ForceCreateRtmEntries", kSource, 147);
@@ -258,7 +246,7 @@ int BgpRouterMgr::CreateBgpAfiSafiEntries(int maapi_socket, int thandle, uint32_
             uint32(tag::bgpRmEntIndex, index),
             enum_value(tag::bgpRmAfiSafiAfi, family.afi),
             enum_value(tag::bgpRmAfiSafiSafi, family.safi),
-            enum_value(tag::bgpRmAfiSafiAdminStatus, kDown),
+            enum_value(tag::bgpRmAfiSafiAdminStatus, mib::kDown),
         };
         if (transaction.set_values(row, "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry") != CONFD_OK) {
             confd::fault_last_error("CreateBgpAfiSafiEntries", kSource, family.fault_line);
@@ -279,8 +267,8 @@ int BgpRouterMgr::CreateJoinEntries(int maapi_socket, int thandle, uint32_t inde
     LogDebug("rm_index=%u rtm_index=%u afi=%d safi=%d afm=%d", index, rtm_index, join->afi, join->safi,
              static_cast<int>(afm));
     if (join->joins_rtm) {
-        create_rtm_join(transaction, rtm_index, index, kSlaveBgp);
-        create_rtm_join(transaction, rtm_index, rtm_index, kSlaveRtm);
+        create_rtm_join(transaction, rtm_index, index, mib::kPartnerBgp);
+        create_rtm_join(transaction, rtm_index, rtm_index, mib::kPartnerRtm);
     }
     const confd_tag_value_t row[] = {
         uint32(tag::bgpRmEntIndex, index),
@@ -288,7 +276,7 @@ int BgpRouterMgr::CreateJoinEntries(int maapi_socket, int thandle, uint32_t inde
         uint32(tag::bgpRmAfmPartnerIndex, join->joins_rtm ? rtm_index : kVpnPartner),
         enum_value(tag::bgpRmAfmAfi, join->afi),
         enum_value(tag::bgpRmAfmSafi, join->safi),
-        enum_value(tag::bgpRmAfmAdminStatus, kDown),
+        enum_value(tag::bgpRmAfmAdminStatus, mib::kDown),
     };
     if (transaction.set_values(row, "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry") != CONFD_OK) {
         confd::fault_last_error("CreateJoinEntries", kSource, __LINE__);
@@ -310,7 +298,7 @@ int BgpRouterMgr::CreateBgpListenEntries(int maapi_socket, int thandle, uint32_t
             enum_value(tag::bgpNmListenAddrType, listen.address_type),
             value_of(tag::bgpNmListenAddr, myval),
             uint32(tag::bgpNmListenPort, kBgpPort),
-            enum_value(tag::bgpNmListenAdminStatus, kUp),
+            enum_value(tag::bgpNmListenAdminStatus, mib::kUp),
         };
         if (transaction.set_values(row, "/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry") != CONFD_OK) {
             confd::fault_last_error("CreateBgpListenEntries", kSource, 312);

@@ -5,6 +5,7 @@
 #include "bgp_update/bgp_router_mgr.h"
 #include "bgp_update/bgp_utils.h"
 #include "confd/fault.h"
+#include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -19,8 +20,6 @@ constexpr char kRedistTable[] = "/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry";
 constexpr char kRedistNetworks[] = "/internal/rtmRedistEntry-hidden/rtmRedistEntry-get";
 constexpr double kTransactionSeconds = 30.0;
 constexpr std::size_t kKeypathSize = 512;
-constexpr int32_t kAddressIpv4 = 1;
-constexpr int32_t kRedistIntoBgp = 0xE0000;
 constexpr uint32_t kFirstNetworkIndex = 0x2119C851;  // of the range from which networks take their rule numbers
 constexpr uint32_t kFirstInstance = 1;               // the instance that VPN routes belong to
 
@@ -33,7 +32,7 @@ void keep_alive(confd_trans_ctx* tctx)
 void prefix_text(confd_value_t* prefix, int32_t address_type, confd_value_t* text)
 {
     confd_value_t address;
-    if (address_type == kAddressIpv4) {
+    if (address_type == mib::kIpv4) {
         in_addr ipv4{};
         HexlistTOipv4InAddr(prefix, &ipv4);
         CONFD_SET_IPV4(&address, ipv4);
@@ -52,7 +51,7 @@ bool read_bgp_target(const confd::Transaction& transaction, confd_value_t* keys,
     int32_t destination = 0;
     return transaction.get_enum_value(&destination, "%s{%x %x}/rtmRedistInfoDest", kRedistTable, &keys[0], &keys[1]) ==
                CONFD_OK &&
-           destination == kRedistIntoBgp &&
+           destination == mib::kRedistIntoBgp &&
            transaction.get_u_int32(protocol_index, "/redist-protocol{%x %x}/protocol-index", &keys[0], &keys[1]) ==
                CONFD_OK;
 }
@@ -223,10 +222,10 @@ void BgpRouterMgr::ClearVpnRouteAddrType(int maapi_socket, confd_trans_ctx* tctx
     transaction.get(&route_addr_type, "/MPLS-VPN-MIB/mplsVpnEntTable/mplsVpnEntEntry{%u}/mplsVpnVpnRouteAddrType",
                     kFirstInstance);
     BGP_REQUIRE_TYPE(__LINE__, &route_addr_type, C_ENUM_VALUE);
-    if (CONFD_GET_ENUM_VALUE(&route_addr_type) == kAddressIpv4) {
+    if (CONFD_GET_ENUM_VALUE(&route_addr_type) == mib::kIpv4) {
         return;
     }
-    CONFD_SET_ENUM_VALUE(&route_addr_type, kAddressIpv4);
+    CONFD_SET_ENUM_VALUE(&route_addr_type, mib::kIpv4);
     transaction.set(&route_addr_type, "/MPLS-VPN-MIB/mplsVpnEntTable/mplsVpnEntEntry{%u}/mplsVpnVpnRouteAddrType",
                     kFirstInstance);
 }

@@ -2,6 +2,7 @@
 // Does nothing when there is no such instance. A failed write ends the process.
 #include "bgp_update/bgp_router_mgr.h"
 #include "confd/fault.h"
+#include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/value.h"
 #include "nz_address.h"
@@ -9,7 +10,6 @@
 namespace {
 
 constexpr char kSource[] = "src/daemon/bgp_router_mgr";
-constexpr int32_t kFalse = 2;
 constexpr int kWholeAddress = 32;  // bits
 
 enum class Form { AsItStands, HexList };
@@ -56,7 +56,7 @@ int BgpRouterMgr::SetRouterId(int maapi_socket, int thandle, uint32_t index, con
     const confd::Transaction transaction{maapi_socket, thandle};
     if (set_attribute(transaction, index, value, kAttributes[kRouterId])) {
         confd_value_t is_default;
-        CONFD_SET_ENUM_VALUE(&is_default, kFalse);
+        CONFD_SET_ENUM_VALUE(&is_default, mib::kFalse);
         if (transaction.set(&is_default, "/internal/router-id-default-hidden") != CONFD_OK) {
             confd::fault_last_error("SetRouterId", kSource, 62);
         }

@@ -8,6 +8,7 @@
 
 #include "bgp_update/bgp_utils.h"
 #include "confd/fault.h"
+#include "confd/mib_values.h"
 #include "confd/type_check.h"
 #include "nz_address.h"
 #include "nzos_passwd.h"
@@ -16,9 +17,6 @@ namespace {
 
 constexpr char kSource[] = "src/daemon/bgp_utils";
 
-// Address types of the MIBs.
-constexpr int kIpv4 = 1;
-constexpr int kIpv6 = 2;
 constexpr int kWholeAddress = 32;  // a prefix length
 
 constexpr std::size_t kDurationSize = 20;
@@ -73,17 +71,17 @@ std::array<char, kDurationSize> duration_text(uint32_t total)
 bool BgpUtils::is_IPv6(confd_value_t* val)
 {
     BGP_REQUIRE_TYPE(__LINE__, val, C_ENUM_VALUE);
-    return CONFD_GET_ENUM_VALUE(val) == kIpv6;
+    return CONFD_GET_ENUM_VALUE(val) == mib::kIpv6;
 }
 
 int BgpUtils::IpToHexlist(confd_value* in, confd_value* out, int* addr_type)
 {
-    *addr_type = kIpv4;
+    *addr_type = mib::kIpv4;
     if (in != nullptr && in->type == C_IPV4) {
         return Ipv4TOhexlist(out, in, kWholeAddress);
     }
     if (in != nullptr && in->type == C_IPV6) {
-        *addr_type = kIpv6;
+        *addr_type = mib::kIpv6;
         return Ipv6TOhexlist(out, in);
     }
     return Ipv4strTOhexlist(out, "0.0.0.0");

@@ -3,6 +3,7 @@
 
 #include "bgp_update/neighbor_entry.h"
 #include "confd/fault.h"
+#include "confd/mib_values.h"
 #include "confd/type_check.h"
 
 namespace {
@@ -23,8 +24,6 @@ constexpr int kAfi = 8;
 constexpr int kSafi = 9;
 constexpr int kAfiSafiKeys = 10;
 
-constexpr int kIpv4Unicast = 1;  // of either MIB enumeration
-
 // Room for a peer's key at least, so that a count that is too small leaves nothing outside of the array.
 confd_value_t* absent_values(int count)
 {
@@ -36,12 +35,12 @@ confd_value_t* absent_values(int count)
     return values;
 }
 
-void copy_or_ipv4_unicast(const confd_value* given, confd_value* value)
+void copy_or_default(const confd_value* given, int32_t otherwise, confd_value* value)
 {
     if (given != nullptr) {
         confd_value_dup_to(given, value);
     } else {
-        CONFD_SET_ENUM_VALUE(value, kIpv4Unicast);
+        CONFD_SET_ENUM_VALUE(value, otherwise);
     }
 }
 
@@ -91,8 +90,8 @@ BgpUtils::NeighborAfiSafiEntry::NeighborAfiSafiEntry(uint32_t entity, confd_valu
                                                      confd_value* afi, confd_value* safi)
     : NeighborEntry(entity, remote, local, kAfiSafiKeys)
 {
-    copy_or_ipv4_unicast(afi, &entry_values()[kAfi]);
-    copy_or_ipv4_unicast(safi, &entry_values()[kSafi]);
+    copy_or_default(afi, mib::kIpv4, &entry_values()[kAfi]);
+    copy_or_default(safi, mib::kUnicast, &entry_values()[kSafi]);
 }
 
 BgpUtils::NeighborAfiSafiEntry::~NeighborAfiSafiEntry() = default;

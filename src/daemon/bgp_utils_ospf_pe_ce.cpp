@@ -4,6 +4,7 @@
 
 #include "bgp_update/bgp_vrf_redist_entry.h"
 #include "bgp_update/nz_confd_cdb_session.h"
+#include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -18,11 +19,6 @@ constexpr char kSource[] = "src/daemon/bgp_utils";
 constexpr char kOspfProcesses[] = "/internal/ospf-proc-id-to-index";
 constexpr char kRedistRows[] = "/DC-RTM-MIB:DC-RTM-MIB/rtmRedistTable/rtmRedistEntry";
 constexpr char kOspfEntities[] = "/DC-OSPF-MIB:DC-OSPF-MIB/ospfPmEntTable/ospfPmEntEntry";
-
-// Enumerations of the tables.
-constexpr int32_t kUp = 1;
-constexpr int32_t kTrue = 1;
-constexpr int32_t kFalse = 2;
 
 constexpr int kBgpEntity = 1;  // whose VPN family counts
 
@@ -149,7 +145,7 @@ int BgpUtils::BgpVrfRedistEntry::Rfc4577Support(int maapi_socket, confd_trans_ct
                         "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{%d ipv4 mplsBgpVpn}/bgpRmAfiSafiAdminStatus",
                         kBgpEntity) == CONFD_OK) {
         BGP_REQUIRE_TYPE(__LINE__, &admin_status, C_ENUM_VALUE);
-        vpn_up = CONFD_GET_ENUM_VALUE(&admin_status) == kUp;
+        vpn_up = CONFD_GET_ENUM_VALUE(&admin_status) == mib::kUp;
     }
 
     confd::Value proc_id_val;
@@ -164,7 +160,7 @@ int BgpUtils::BgpVrfRedistEntry::Rfc4577Support(int maapi_socket, confd_trans_ct
 
     if (transaction.exists("%s{%u %u}", kRedistRows, rtm_index, process_rule) == 1) {
         confd_value_t support;
-        CONFD_SET_ENUM_VALUE(&support, vpn_up && enable ? kTrue : kFalse);
+        CONFD_SET_ENUM_VALUE(&support, vpn_up && enable ? mib::kTrue : mib::kFalse);
         for (const uint32_t rule : {process_rule, kOspfRule}) {
             BGP_TRACE_TO(category, __func__, trace_level::kLookup, "set [%u] %s{%u %u}/rtmRedistOspfVpnPeCeSupport",
                          enable, kRedistRows, rtm_index, rule);

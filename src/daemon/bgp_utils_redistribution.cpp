@@ -3,6 +3,7 @@
 #include <array>
 
 #include "bgp_update/bgp_vrf_redist_entry.h"
+#include "confd/mib_values.h"
 #include "confd/tagged.h"
 #include "confd/tags.h"
 #include "confd/transaction.h"
@@ -17,18 +18,12 @@ namespace {
 
 constexpr char kSource[] = "src/daemon/bgp_utils";
 
-// Enumerations of the table.
-constexpr int32_t kAddressIpv4 = 1;
-constexpr int32_t kAddressIpv6 = 2;
 constexpr int32_t kRedistribute = 1;
-constexpr int32_t kUp = 1;
-constexpr uint32_t kBgp = 0xE0000;  // as a destination: into BGP
-
 constexpr int kSourceShift = 24;  // of the source within a rule's number
 
 // The routing stack's numbers, by source.
 constexpr uint32_t kAllSources = 0;
-constexpr std::array<uint32_t, 6> kInfoSources = {0x1, kAllSources, kBgp, 0x30000, 0x20000, 0xD0000};
+constexpr std::array<uint32_t, 6> kInfoSources = {0x1, kAllSources, 0xE0000, 0x30000, 0x20000, 0xD0000};
 
 }  // namespace
 
@@ -56,11 +51,11 @@ int BgpUtils::BgpVrfRedistEntry::BgpVrfRedistCreateType(int maapi_socket, int th
     const confd_tag_value_t row[] = {
         uint32(tag::rtmRedistFteIndex, rtm_index),
         uint32(tag::rtmRedistEntryId, static_cast<uint32_t>(source) << kSourceShift),
-        enum_value(tag::rtmRedistInfoDest, kBgp),
-        enum_value(tag::rtmRedistAddrFilterType, ipv6 ? kAddressIpv6 : kAddressIpv4),
+        enum_value(tag::rtmRedistInfoDest, mib::kRedistIntoBgp),
+        enum_value(tag::rtmRedistAddrFilterType, ipv6 ? mib::kIpv6 : mib::kIpv4),
         enum_value(tag::rtmRedistInfoSrc, static_cast<int32_t>(GetMetaswitchInfoSourceType(source))),
         enum_value(tag::rtmRedistRedistFlag, kRedistribute),
-        enum_value(tag::rtmRedistAdminStat, kUp),
+        enum_value(tag::rtmRedistAdminStat, mib::kUp),
     };
     transaction.set_values(row, "/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry");
     return 0;
