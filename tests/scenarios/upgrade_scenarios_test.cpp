@@ -1,100 +1,119 @@
-// Whole upgrades, one folder each: why.txt says what the scenario shows, stored.xml is the configuration before the
-// upgrade, changes.txt and log.txt are what update() must change and say, whole and in order.
-//
-// A line of log.txt stands between quotes, a line end in it as \n; {error} stands for any text of confd_lasterr().
-#include <gtest/gtest.h>
+// The kept upgrades: each folder of contract/upgrades/ holds a stored configuration, what its upgrade logs, changes and
+// results in, whole, and one sentence why it is kept. tools/dev/renew-upgrades makes them anew.
+#include <dlfcn.h>
+#include <gmock/gmock.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <set>
 #include <string>
-#include <vector>
 
 #include "bgp_update/update.h"
-#include "support/change_lines.h"
-#include "support/text_lines.h"
-#include "support/update_fixture.h"
+#include "device.h"
+#include "support/run_command.h"
+#include "support/scratch_folder.h"
 
+namespace bgp_test {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kAnyError[] = "{error}";
-
-std::vector<fs::path> scenarios()
+// By name, so that a folder that is added is run without anything being told of it.
+std::set<fs::path> kept_upgrades()
 {
-    std::vector<fs::path> folders;
-    for (const fs::directory_entry& entry : fs::directory_iterator(BGP_SOURCE_DIR "/tests/scenarios")) {
-        if (entry.is_directory()) {
-            folders.push_back(entry.path());
+    const fs::directory_iterator folders(BGP_SOURCE_DIR "/contract/upgrades");
+    return {fs::begin(folders), fs::end(folders)};
+}
+
+std::map<std::string, std::string> contents_of(const fs::path& folder)
+{
+    std::map<std::string, std::string> contents;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        contents[entry.path().filename()] = content_of(entry.path());
+    }
+    return contents;
+}
+
+std::string from(const std::string& text, const std::string& start)
+{
+    const std::size_t at = text.find(start);
+    return at == std::string::npos ? "no \"" + start + "\" in: " + text : text.substr(at);
+}
+
+// The one that this process has loaded.
+std::string library()
+{
+    Dl_info info{};
+    EXPECT_NE(dladdr(dlsym(RTLD_DEFAULT, "update"), &info), 0);
+    return info.dli_fname;
+}
+
+TEST(KeptUpgrades, Rehearsal_GivesTheFilesOfTheFolder)
+{
+    for (const fs::path& folder : kept_upgrades()) {
+        const std::string stored = folder / "stored.xml";
+        const std::string why = content_of(folder / "why.txt");
+        SCOPED_TRACE(folder.filename().string() + ": " + why);
+        const ScratchFolder made;
+        const CommandResult result = rehearse({"run", stored, "--library", library(), "-o", made / "upgraded.xml",
+                                               "--log", made / "log", "--commit-check"});
+        ASSERT_EQ(result.status, 0) << result.err;
+        made.file("changes", from(result.out, "Changes"));
+        made.file("stored.xml", content_of(stored));
+        made.file("why.txt", why);
+        const std::map<std::string, std::string> kept = contents_of(folder);
+        for (const auto& [name, content] : contents_of(made.path())) {
+            ASSERT_EQ(kept.count(name), 1U) << name << " is missing";
+            EXPECT_EQ(content, kept.at(name)) << name;
+        }
+        EXPECT_EQ(kept.size(), 5U) << "files that no upgrade makes";
+    }
+}
+
+TEST(KeptUpgrades, Upgrade_LeavesNothingOpen)
+{
+    for (const fs::path& folder : kept_upgrades()) {
+        SCOPED_TRACE(folder);
+        bgp_platform::Device device;
+        device.load_file((folder / "stored.xml").string());
+        const bgp_platform::UpgradeHandles upgrade = device.open_upgrade();
+        EXPECT_EQ(update(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket), 0);
+        EXPECT_TRUE(device.open_things().none());
+    }
+}
+
+// The neighbour rows that an upgrade adds are there to be given their drop-warn setting only by the next one.
+TEST(KeptUpgrades, UpgradeOfTheResult_SetsDropWarnOfTheRowsThatAreNewAndNothingElse)
+{
+    const nlohmann::json drop_warn = {{"bgpPeerAfiSafiConfigDropWarn", {{"before", nullptr}, {"after", "warn"}}}};
+    for (const fs::path& folder : kept_upgrades()) {
+        SCOPED_TRACE(folder);
+        const ScratchFolder made;
+        const CommandResult again = rehearse({"run", folder / "upgraded.xml", "-o", made / "again.xml", "--json"});
+        ASSERT_EQ(again.status, 0) << again.err;
+        const nlohmann::json report = nlohmann::json::parse(again.out);
+        for (const nlohmann::json& change : report["changes"]) {
+            EXPECT_EQ(change["change"], "changed") << change;
+            EXPECT_EQ(change["leaves"], drop_warn) << change;
+        }
+        const CommandResult third = rehearse({"run", made / "again.xml"});
+        EXPECT_EQ(from(third.out, "Changes"), "Changes: none\n");
+    }
+}
+
+TEST(KeptUpgrades, EachExample_IsTheStoredConfigurationOfOne)
+{
+    std::set<fs::path> stored;
+    for (const fs::path& folder : kept_upgrades()) {
+        stored.insert(fs::canonical(folder / "stored.xml"));
+    }
+    for (const fs::directory_entry& entry : fs::directory_iterator(BGP_SOURCE_DIR "/examples")) {
+        if (entry.path().extension() == ".xml") {
+            EXPECT_EQ(stored.count(fs::canonical(entry.path())), 1U) << entry.path();
         }
     }
-    std::sort(folders.begin(), folders.end());
-    return folders;
 }
-
-std::string text_of(const fs::path& file)
-{
-    std::ifstream stream(file);
-    EXPECT_TRUE(stream) << file << " cannot be read: a scenario has why.txt, stored.xml, changes.txt and log.txt";
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
-bool matches(const std::string& actual, const std::string& expected)
-{
-    const std::size_t any = expected.find(kAnyError);
-    if (any == std::string::npos) {
-        return actual == expected;
-    }
-    const std::string before = expected.substr(0, any);
-    const std::string after = expected.substr(any + sizeof kAnyError - 1);
-    return actual.size() >= before.size() + after.size() && actual.compare(0, before.size(), before) == 0 &&
-           actual.compare(actual.size() - after.size(), after.size(), after) == 0;
-}
-
-// The log, each line that an expected line with {error} stands for replaced by that line.
-std::string with_any_error(const std::string& log, const std::string& expected)
-{
-    std::vector<std::string> lines = bgp_test::lines_of(log);
-    const std::vector<std::string> patterns = bgp_test::lines_of(expected);
-    std::string text;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        text += (i < patterns.size() && matches(lines[i], patterns[i]) ? patterns[i] : lines[i]) + "\n";
-    }
-    return text;
-}
-
-class Scenario : public testing::TestWithParam<fs::path> {};
-
-TEST_P(Scenario, ChangesAndSaysWhatItsFolderHolds)
-{
-    const fs::path& folder = GetParam();
-    bgp_platform::Device device;
-    device.load_file((folder / "stored.xml").string());
-    const bgp_platform::UpgradeHandles upgrade = device.open_upgrade();
-    EXPECT_EQ(update(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket), 0);
-
-    const std::string why = text_of(folder / "why.txt");
-    std::string changes;
-    for (const std::string& line : bgp_test::change_lines(device)) {
-        changes += line + "\n";
-    }
-    EXPECT_EQ(changes, text_of(folder / "changes.txt")) << why;
-    const std::string log = text_of(folder / "log.txt");
-    EXPECT_EQ(with_any_error(bgp_test::listing(device.log()), log), log) << why;
-    EXPECT_TRUE(device.open_things().none()) << why;
-}
-
-std::string name_of(const testing::TestParamInfo<fs::path>& scenario)
-{
-    std::string name = scenario.param.filename().string();
-    std::replace(name.begin(), name.end(), '-', '_');
-    return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Upgrade, Scenario, testing::ValuesIn(scenarios()), name_of);
 
 }  // namespace
+}  // namespace bgp_test
