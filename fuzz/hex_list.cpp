@@ -13,10 +13,10 @@
 #include <string>
 
 #include "bgp_update/bgp_utils.h"
-#include "capi/owned_values.h"
 #include "nz_address.h"
 #include "require.h"
 #include "schema/schema.h"
+#include "values/owned_values.h"
 
 namespace {
 
@@ -192,7 +192,7 @@ void check_no_address(std::string text)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size)
 {
     const std::string input(reinterpret_cast<const char*>(bytes), size);
-    const std::size_t before = bgp_platform::capi::live_owned_values();
+    const std::size_t before = bgp_platform::values::live_owned_values();
     check_text(input);
     check_octets(input);
     check_address_text<in_addr>(input, AF_INET, Ipv4strTOhexlist);
@@ -201,6 +201,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size)
     check_ipv4_value(input, size == 0 ? 32 : static_cast<signed char>(bytes[0]));
     check_ipv6(input);
     check_no_address(input);
-    require(bgp_platform::capi::live_owned_values() == before, "every value was given back", input);
+    require(bgp_platform::values::live_owned_values() == before, "every value was given back", input);
     return 0;
 }

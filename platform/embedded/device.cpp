@@ -10,9 +10,9 @@
 #include <utility>
 
 #include "capi/endpoint.h"
-#include "capi/owned_values.h"
 #include "nz_confd_cdb_session.h"
 #include "registry.h"
+#include "values/owned_values.h"
 
 namespace bgp_platform {
 
@@ -47,7 +47,7 @@ Device::Device(Options options)
       stored_(schema_),
       interface_(std::make_unique<NzConfdInterface>(-1)),
       keypaths_(*schema_),
-      values_before_(capi::live_owned_values())
+      values_before_(values::live_owned_values())
 {
     connect_middleware();
     Registry::instance().add(this);
@@ -213,7 +213,7 @@ OpenThings Device::open_things() const
         }
     }
     open.cursors = cursors_;
-    const std::size_t live = capi::live_owned_values();
+    const std::size_t live = values::live_owned_values();
     open.values = live > values_before_ ? live - values_before_ : 0;
     return open;
 }

@@ -8,7 +8,6 @@
 #include <unordered_map>
 #include <vector>
 
-#include "capi/pointer_set.h"
 #include "middleware/middleware_state.h"
 
 namespace bgp_platform {
@@ -30,7 +29,6 @@ public:
     Device* at_port(uint16_t port) const noexcept;  // the one added last that listens there, or null
 
     std::unordered_map<int, std::unique_ptr<capi::Endpoint>> endpoints;  // by socket descriptor
-    capi::PointerSet owned_values;                                       // capi/owned_values.h
 
 private:
     Registry() = default;

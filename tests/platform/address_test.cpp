@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "capi/owned_values.h"
+#include "values/owned_values.h"
 
 namespace {
 
@@ -245,15 +245,15 @@ TEST(Address, EveryConversion_ComesBackAsItWas)
 
 TEST(Address, ConvertedValues_CountAsOwnedUntilReleased)
 {
-    const std::size_t before = bgp_platform::capi::live_owned_values();
+    const std::size_t before = bgp_platform::values::live_owned_values();
     {
         Converted octets;
         Converted text;
         Ipv4strTOhexlist(&octets, "10.0.0.1");
         HexlistTOipv4str(&octets, &text);
-        EXPECT_EQ(bgp_platform::capi::live_owned_values(), before + 2);
+        EXPECT_EQ(bgp_platform::values::live_owned_values(), before + 2);
     }
-    EXPECT_EQ(bgp_platform::capi::live_owned_values(), before);
+    EXPECT_EQ(bgp_platform::values::live_owned_values(), before);
 }
 
 }  // namespace

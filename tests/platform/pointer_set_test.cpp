@@ -1,5 +1,5 @@
 // The set of pointers against std::set, with pointers that come and go as reads and releases make them.
-#include "capi/pointer_set.h"
+#include "values/pointer_set.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-using bgp_platform::capi::PointerSet;
+using bgp_platform::values::PointerSet;
 
 void* pointer(std::uintptr_t number)
 {

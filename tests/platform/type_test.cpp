@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
-#include "capi/owned_values.h"
 #include "confd_lib.h"
 #include "schema/quote.h"
+#include "values/owned_values.h"
 
 namespace {
 
@@ -249,14 +249,14 @@ TEST(TypeText, ProgramsText_IsTakenAsBufferOrString)
 
 TEST(TypeText, ReadText_IsAnOwnedBufferWithANulBehindIt)
 {
-    const std::size_t before = bgp_platform::capi::live_owned_values();
+    const std::size_t before = bgp_platform::values::live_owned_values();
     confd_value_t confd;
     kText.to_confd(Value::of_text("a text longer than fifteen bytes"), &confd);
     EXPECT_EQ(confd.type, C_BUF);
     EXPECT_STREQ(CONFD_GET_CBUFPTR(&confd), "a text longer than fifteen bytes");
     EXPECT_EQ(CONFD_GET_BUFSIZE(&confd), 32U);
-    EXPECT_EQ(bgp_platform::capi::live_owned_values(), before + 1);
-    bgp_platform::capi::forget(CONFD_GET_BUFPTR(&confd));
+    EXPECT_EQ(bgp_platform::values::live_owned_values(), before + 1);
+    bgp_platform::values::forget(CONFD_GET_BUFPTR(&confd));
     std::free(CONFD_GET_BUFPTR(&confd));
 }
 
@@ -291,7 +291,7 @@ TEST(TypeOctets, ProgramsOctets_AreBinaryOnly)
     EXPECT_EQ(CONFD_GET_BINARY_SIZE(&confd), 4U);
     EXPECT_EQ(std::memcmp(CONFD_GET_BINARY_PTR(&confd), octets, 4), 0);
     EXPECT_EQ(CONFD_GET_BINARY_PTR(&confd)[4], 0);
-    bgp_platform::capi::forget(CONFD_GET_BINARY_PTR(&confd));
+    bgp_platform::values::forget(CONFD_GET_BINARY_PTR(&confd));
     std::free(CONFD_GET_BINARY_PTR(&confd));
 }
 

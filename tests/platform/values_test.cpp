@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "bgp_update/name_hash.h"
-#include "capi/owned_values.h"
 #include "capi_device.h"
+#include "values/owned_values.h"
 
 namespace {
 
 using namespace capi_test;
-using bgp_platform::capi::live_owned_values;
+using bgp_platform::values::live_owned_values;
 
 // The text of a value that a setter macro makes: PRINTED(CONFD_SET_UINT8, &value, 255).
 #define PRINTED(set, ...)      \

@@ -2,7 +2,7 @@
 
 #include <climits>
 
-#include "capi/owned_values.h"
+#include "values/owned_values.h"
 
 namespace bgp_platform::capi {
 
@@ -16,7 +16,7 @@ bool is_value(const store::Path& path)
 
 void set_list(const schema::Node& node, const store::List& list, confd_value_t* value)
 {
-    confd_value_t* const entries = own_array(list.size());
+    confd_value_t* const entries = values::own_array(list.size());
     fill_leaf_list(node, list, entries);
     CONFD_SET_LIST(value, entries, list.size());
 }

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <new>
 
-#include "capi/owned_values.h"
+#include "values/owned_values.h"
 
 using namespace bgp_platform;
 
@@ -27,7 +27,7 @@ bool has_octets(const confd_value_t& value)
 
 void give_back(void* memory)
 {
-    capi::forget(memory);
+    values::forget(memory);
     std::free(memory);
 }
 
@@ -56,7 +56,7 @@ void* tracked_copy(const void* bytes, std::size_t size)
     }
     std::memcpy(copy, bytes, size);
     copy[size] = 0;
-    capi::track(copy);
+    values::track(copy);
     return copy;
 }
 
@@ -74,7 +74,7 @@ void copy_content(const confd_value_t from, confd_value_t* to)
         void* const copy = tracked_copy(from.val.s, std::strlen(from.val.s));
         CONFD_SET_STR(to, copy);
     } else if (from.type == C_LIST) {
-        confd_value_t* const entries = capi::own_array(from.val.list.size);
+        confd_value_t* const entries = values::own_array(from.val.list.size);
         CONFD_SET_LIST(to, entries, from.val.list.size);
         for (unsigned int i = 0; i < from.val.list.size; ++i) {
             copy_content(from.val.list.ptr[i], &entries[i]);

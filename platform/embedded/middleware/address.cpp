@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "capi/owned_values.h"
+#include "values/owned_values.h"
 
 namespace {
 
@@ -45,7 +45,7 @@ std::string_view octets_of(const Address& address)
 template <typename Address>
 int store_hexlist(confd_value_t* out, const Address& address)
 {
-    return store(out, bgp_platform::capi::own_octets, octets_of(address));
+    return store(out, bgp_platform::values::own_octets, octets_of(address));
 }
 
 template <typename Address>
@@ -59,7 +59,7 @@ int store_hexlist_text(confd_value_t* out, const Address& address)
         text += kDigits[bits >> 4U];
         text += kDigits[bits & 0xFU];
     }
-    return store(out, bgp_platform::capi::own_text, text);
+    return store(out, bgp_platform::values::own_text, text);
 }
 
 template <typename Address>
@@ -142,7 +142,7 @@ int HexlistTOipv4str(confd_value_t* in, confd_value_t* out)
     const int result = read_hexlist(in, &address);
     char text[INET_ADDRSTRLEN];
     inet_ntop(AF_INET, &address, text, sizeof(text));
-    const int stored = store(out, bgp_platform::capi::own_text, text);
+    const int stored = store(out, bgp_platform::values::own_text, text);
     return stored == kOk ? result : stored;
 }
 

@@ -43,7 +43,7 @@ public:
     // enumeration number that the type does not have. C_STR is taken where C_BUF is.
     bool from_confd(const confd_value_t& confd, Value* value) const;
 
-    // Fills *confd with a value the program will own (capi/owned_values.h); for an absent value C_NOEXISTS.
+    // Fills *confd with a value the program will own (values/owned_values.h); for an absent value C_NOEXISTS.
     void to_confd(const Value& value, confd_value_t* confd) const;
 
     const EnumName* find_enum(int32_t number) const noexcept;

@@ -1,6 +1,6 @@
 // Values of a leaf from and to the C API's form.
-#include "capi/owned_values.h"
 #include "schema/type.h"
+#include "values/owned_values.h"
 
 #include <utility>
 
@@ -166,11 +166,11 @@ void Type::to_confd(const Value& value, confd_value_t* confd) const
         }
         case Value::Kind::Text:
         case Value::Kind::LongText:
-            capi::own_text(confd, value.bytes());
+            values::own_text(confd, value.bytes());
             break;
         case Value::Kind::Octets:
         case Value::Kind::LongOctets:
-            capi::own_octets(confd, value.bytes());
+            values::own_octets(confd, value.bytes());
             break;
     }
 }

@@ -1,14 +1,20 @@
-#include "capi/owned_values.h"
+#include "values/owned_values.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
-#include "registry.h"
+#include "values/pointer_set.h"
 
-namespace bgp_platform::capi {
+namespace bgp_platform::values {
 
 namespace {
+
+PointerSet& live()
+{
+    static auto* const set = new PointerSet;  // outlives every static object that may still release a value
+    return *set;
+}
 
 unsigned char* owned_copy(std::string_view bytes)
 {
@@ -46,17 +52,17 @@ confd_value_t* own_array(std::size_t count)
 
 void track(void* memory)
 {
-    Registry::instance().owned_values.insert(memory);
+    live().insert(memory);
 }
 
 void forget(void* memory) noexcept
 {
-    Registry::instance().owned_values.erase(memory);
+    live().erase(memory);
 }
 
 std::size_t live_owned_values() noexcept
 {
-    return Registry::instance().owned_values.size();
+    return live().size();
 }
 
-}  // namespace bgp_platform::capi
+}  // namespace bgp_platform::values

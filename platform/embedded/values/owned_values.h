@@ -2,7 +2,7 @@
 //
 // A read, a duplicate and an address conversion fill a confd_value_t through these functions; confd_free_value and its
 // kin release through release(). Buffers are malloc'ed and NUL-terminated beyond their size, so that a program may also
-// pass them to free(). One live set for the process, kept by the registry.
+// pass them to free(). One live set for the process.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 #include "confd_lib.h"
 
-namespace bgp_platform::capi {
+namespace bgp_platform::values {
 
 // Fill *value with an owned copy of the bytes: C_BUF, and C_BINARY.
 void own_text(confd_value_t* value, std::string_view text);
@@ -26,4 +26,4 @@ void forget(void* memory) noexcept;
 
 std::size_t live_owned_values() noexcept;
 
-}  // namespace bgp_platform::capi
+}  // namespace bgp_platform::values

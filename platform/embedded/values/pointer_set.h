@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace bgp_platform::capi {
+namespace bgp_platform::values {
 
 class PointerSet {
 public:
@@ -84,4 +84,4 @@ private:
     std::size_t size_ = 0;
 };
 
-}  // namespace bgp_platform::capi
+}  // namespace bgp_platform::values
