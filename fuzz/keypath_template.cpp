@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "capi/keypath.h"
+#include "keypath/keypath.h"
 #include "require.h"
 
 namespace {

@@ -18,12 +18,12 @@
 #include <string_view>
 #include <vector>
 
-#include "capi/fault_plan.h"
-#include "capi/keypath.h"
-#include "capi/recorder.h"
+#include "calls/fault_plan.h"
+#include "calls/recorder.h"
 #include "confd_cdb.h"
 #include "confd_dp.h"
 #include "confd_lib.h"
+#include "keypath/keypath.h"
 #include "middleware/middleware_state.h"
 #include "store/changes.h"
 #include "store/configuration.h"
@@ -112,7 +112,7 @@ public:
     void set_user_profile(uint32_t value);
     void set_interfaces(std::vector<in_addr> addresses);
 
-    // Every call of the C API passes here (capi/recorder.h, capi/fault_plan.h).
+    // Every call of the C API passes here (calls/recorder.h, calls/fault_plan.h).
     capi::Recorder& recorder() noexcept { return recorder_; }
     capi::FaultPlan& fault_plan() noexcept { return fault_plan_; }
     const capi::CallCounts& calls() const noexcept { return calls_; }

@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "capi/function.h"
+#include "calls/function.h"
 #include "confd_cdb.h"
 #include "confd_dp.h"
 #include "confd_lib.h"

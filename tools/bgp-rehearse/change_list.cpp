@@ -3,7 +3,7 @@
 #include <unordered_map>
 #include <utility>
 
-#include "capi/recorder.h"
+#include "calls/recorder.h"
 #include "change_moves.h"
 
 namespace bgp_rehearse {

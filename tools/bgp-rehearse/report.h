@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "capi/recorder.h"
+#include "calls/recorder.h"
 #include "change_list.h"
 #include "configuration_size.h"
 #include "middleware/middleware_state.h"

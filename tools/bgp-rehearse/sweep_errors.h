@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "capi/fault_plan.h"
-#include "capi/function.h"
+#include "calls/fault_plan.h"
+#include "calls/function.h"
 
 namespace bgp_rehearse {
 

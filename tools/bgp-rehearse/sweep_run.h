@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "capi/fault_plan.h"
+#include "calls/fault_plan.h"
 #include "device.h"
 #include "library.h"
 #include "sweep_verdict.h"

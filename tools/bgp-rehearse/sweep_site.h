@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "capi/function.h"
+#include "calls/function.h"
 
 namespace bgp_rehearse {
 

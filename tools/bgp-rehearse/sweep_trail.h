@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "capi/recorder.h"
+#include "calls/recorder.h"
 #include "sweep_site.h"
 #include "upgrade_steps.h"
 

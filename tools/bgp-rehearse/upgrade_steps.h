@@ -20,7 +20,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "capi/recorder.h"
+#include "calls/recorder.h"
 
 namespace bgp_rehearse {
 

@@ -9,10 +9,10 @@
 #include <string>
 #include <string_view>
 
+#include "calls/function.h"
 #include "capi/endpoint.h"
-#include "capi/function.h"
-#include "capi/keypath.h"
 #include "device.h"
+#include "keypath/keypath.h"
 #include "store/configuration.h"
 
 namespace bgp_platform::capi {

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "capi/keypath.h"
 #include "device.h"
+#include "keypath/keypath.h"
 #include "registry.h"
 
 using namespace bgp_platform;

@@ -1,4 +1,4 @@
-#include "capi/fault_plan.h"
+#include "calls/fault_plan.h"
 
 #include <algorithm>
 #include <utility>

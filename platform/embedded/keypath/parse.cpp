@@ -1,5 +1,5 @@
 // Templates into plans.
-#include "capi/keypath_parser.h"
+#include "keypath/parser.h"
 
 namespace bgp_platform::capi {
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <charconv>
 
-#include "capi/keypath_parser.h"
+#include "keypath/parser.h"
 
 namespace bgp_platform::capi {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "capi/function.h"
+#include "calls/function.h"
 #include "schema/schema.h"
 
 namespace bgp_platform::capi {

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "capi/keypath.h"
+#include "keypath/keypath.h"
 #include "store/changes.h"
 
 namespace bgp_platform::capi {

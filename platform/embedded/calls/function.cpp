@@ -1,4 +1,4 @@
-#include "capi/function.h"
+#include "calls/function.h"
 
 namespace bgp_platform::capi {
 

@@ -14,7 +14,7 @@
 #include <string_view>
 #include <utility>
 
-#include "capi/keypath.h"
+#include "keypath/keypath.h"
 
 namespace bgp_platform::capi {
 

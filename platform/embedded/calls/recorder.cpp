@@ -1,4 +1,4 @@
-#include "capi/recorder.h"
+#include "calls/recorder.h"
 
 namespace bgp_platform::capi {
 

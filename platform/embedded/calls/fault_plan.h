@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "capi/function.h"
+#include "calls/function.h"
 #include "confd_lib.h"
 
 namespace bgp_platform::capi {
