@@ -2,7 +2,6 @@
 // validation.
 #include "schema/schema.h"
 
-#include <bgp_update/name_hash.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,12 +15,15 @@
 #include <string_view>
 #include <vector>
 
+#include "schema/name_hash.h"
+
 namespace {
 
 using bgp_platform::schema::BaseType;
 using bgp_platform::schema::builtin_modules;
 using bgp_platform::schema::Module;
 using bgp_platform::schema::ModuleText;
+using bgp_platform::schema::name_hash;
 using bgp_platform::schema::Node;
 using bgp_platform::schema::NodeKind;
 using bgp_platform::schema::Record;
@@ -154,7 +156,7 @@ constexpr Tag kTags[] = {
 TEST(SchemaTags, EveryTag_IsTheHashOfItsName)
 {
     for (const Tag& tag : kTags) {
-        EXPECT_EQ(bgp_update::name_hash(tag.name), tag.number) << tag.name;
+        EXPECT_EQ(name_hash(tag.name), tag.number) << tag.name;
     }
 }
 
@@ -173,7 +175,7 @@ TEST(SchemaTags, NumberOfNoName_HasNone)
 TEST(SchemaTags, TwoNamesWithOneTag_AreRefused)
 {
     // Found by trying names in turn until two had the same hash.
-    ASSERT_EQ(bgp_update::name_hash("leaf-2483"), bgp_update::name_hash("leaf-68279"));
+    ASSERT_EQ(name_hash("leaf-2483"), name_hash("leaf-68279"));
     EXPECT_THAT(refusal("leaf leaf-2483 { type string; } leaf leaf-68279 { type string; }"),
                 HasSubstr("the names leaf-2483 and leaf-68279 have the same tag"));
 }
@@ -200,7 +202,7 @@ TEST(SchemaModules, EveryModule_IsFoundByHashAndNamespace)
     for (const ModuleText& text : builtin_modules()) {
         const Module* const module = builtin().module_by_prefix(text.name);
         ASSERT_NE(module, nullptr) << text.name;
-        EXPECT_EQ(module->hash, bgp_update::name_hash(module->uri));
+        EXPECT_EQ(module->hash, name_hash(module->uri));
         EXPECT_EQ(builtin().module_by_hash(module->hash), module);
         EXPECT_EQ(builtin().module_by_uri(module->uri), module);
         EXPECT_EQ(builtin().name_of(module->hash), module->uri);

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "bgp_update/name_hash.h"
 #include "capi_device.h"
 #include "values/owned_values.h"
 

@@ -1,16 +1,18 @@
-// The table of tags: each is the number of a node of the data model.
+// The table of tags: each is the number of a node of the data model. The product and the platform have a hash each, which
+// must agree with what ConfD publishes and with one another.
 #include "confd/tags.h"
 
 #include <gtest/gtest.h>
 
-#include <string_view>
+#include <string>
 
-#include "confd_lib.h"
+#include "schema/name_hash.h"
 #include "schema/schema.h"
 
 namespace {
 
 using bgp_platform::schema::Schema;
+namespace platform = bgp_platform::schema;
 
 struct Tag {
     const char* name;
@@ -23,6 +25,17 @@ constexpr Tag kTags[] = {
 #undef BGP_UPDATE_TAG
 };
 
+constexpr Tag kPublished[] = {
+    {"foo", 161968632},
+    {"bad", 1265139696},
+    {"tiny", 1046642021},
+    {"http://tail-f.com/ns/blaster", 670579579},
+    {"bgpRmEntIndex", 0x6553535E},
+    {"bgpRmEntLocalIdentifier", 0x037C186D},
+    {"bgpPeerAfiSafiEntry", 633450320},
+    {"http://tail-f.com/ns/mibs/DC-BGP-MIB", 82011741},
+};
+
 TEST(Tags, Each_NamesANodeOfTheDataModel)
 {
     const auto schema = Schema::builtin();
@@ -33,10 +46,27 @@ TEST(Tags, Each_NamesANodeOfTheDataModel)
     }
 }
 
-TEST(Tags, Each_IsWhatTheConfdLibraryComputes)
+TEST(Tags, Each_IsWhatThePlatformComputes)
 {
     for (const Tag& tag : kTags) {
-        EXPECT_EQ(confd_str2hash(tag.name), tag.number) << tag.name;
+        EXPECT_EQ(platform::name_hash(tag.name), tag.number) << tag.name;
+    }
+}
+
+TEST(Tags, BothHashes_ComputeThePublishedNumbers)
+{
+    for (const Tag& tag : kPublished) {
+        EXPECT_EQ(bgp_update::name_hash(tag.name), tag.number) << tag.name;
+        EXPECT_EQ(platform::name_hash(tag.name), tag.number) << tag.name;
+    }
+}
+
+TEST(Tags, BothHashes_AgreeOnTextsOfEveryLength)
+{
+    std::string text;
+    for (int length = 0; length < 64; ++length) {
+        EXPECT_EQ(platform::name_hash(text), bgp_update::name_hash(text)) << text;
+        text += static_cast<char>(0xFF - 37 * length % 256);
     }
 }
 

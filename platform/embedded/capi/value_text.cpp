@@ -1,13 +1,12 @@
 // Values, keypaths and tags as text.
 #include <arpa/inet.h>
 
-#include <bgp_update/name_hash.h>
-
 #include <string>
 
 #include "device.h"
 #include "keypath/keypath.h"
 #include "registry.h"
+#include "schema/name_hash.h"
 
 using namespace bgp_platform;
 
@@ -125,7 +124,7 @@ int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...)
 
 uint32_t confd_str2hash(const char* str)
 {
-    return bgp_update::name_hash(str);
+    return schema::name_hash(str);
 }
 
 char* confd_hash2str(uint32_t hash)

@@ -1,12 +1,11 @@
 // Builds a schema: YANG texts through libyang, then the compiled tree into nodes and records.
 #include "schema/schema_reader.h"
 
-#include <bgp_update/name_hash.h>
-
 #include <algorithm>
 #include <map>
 #include <utility>
 
+#include "schema/name_hash.h"
 #include "schema/schema_storage.h"
 
 namespace bgp_platform::schema {
@@ -136,7 +135,7 @@ SchemaReader::SchemaReader(Schema* schema)
 
 void SchemaReader::add_module(const lys_module& module)
 {
-    storage_.modules.push_back({module.name, module.prefix, module.ns, bgp_update::name_hash(module.ns)});
+    storage_.modules.push_back({module.name, module.prefix, module.ns, name_hash(module.ns)});
     add_name(storage_.modules.back().uri);
 }
 
@@ -168,7 +167,7 @@ Node& SchemaReader::add_node(const lysc_node& compiled, Node* parent, Record* re
     Node& node = storage_.nodes.emplace_back();
     node.name = compiled.name;
     node.module = module_of(compiled);
-    node.tag = bgp_update::name_hash(node.name);
+    node.tag = name_hash(node.name);
     node.kind = kind;
     node.parent = parent;
     node.record = record;
@@ -236,7 +235,7 @@ Record& SchemaReader::add_entry_record(Node* list, Record* around)
 
 void SchemaReader::add_name(const std::string& name)
 {
-    const uint32_t hash = bgp_update::name_hash(name);
+    const uint32_t hash = name_hash(name);
     const auto [at, added] = storage_.names.emplace(hash, &name);
     if (!added && *at->second != name) {
         throw SchemaError("the names " + *at->second + " and " + name + " have the same tag " + std::to_string(hash) +
