@@ -18,28 +18,17 @@
 #include <string_view>
 #include <vector>
 
-#include "calls/fault_plan.h"
-#include "calls/recorder.h"
 #include "confd_cdb.h"
 #include "confd_dp.h"
 #include "confd_lib.h"
-#include "keypath/keypath.h"
-#include "middleware/middleware_state.h"
+#include "state.h"
 #include "store/changes.h"
-#include "store/configuration.h"
 #include "xml/config_reader.h"
 #include "xml/config_writer.h"
 
 class NzConfdInterface;
 
 namespace bgp_platform {
-
-// What the update framework hands to update(), in its order.
-struct UpgradeHandles {
-    int maapi_socket = -1;
-    int thandle = -1;
-    int cdb_socket = -1;
-};
 
 // What the program has open or has not given back.
 struct OpenThings {
@@ -55,6 +44,8 @@ struct OpenThings {
 enum class Datastore { Stored, Transaction };
 
 class Device {
+    DeviceState state_;  // first: the two sinks are parts of it
+
 public:
     struct Options {
         uint16_t port = CONFD_PORT;                    // where private CDB sessions reach it, on 127.0.0.1
@@ -75,12 +66,12 @@ public:
     // Opens the transaction and the two sockets (once; a second call before drop() or commit() throws
     // std::logic_error).
     UpgradeHandles open_upgrade();
-    bool upgrade_open() const noexcept { return transaction_ != nullptr; }
+    bool upgrade_open() const noexcept { return state_.transaction != nullptr; }
 
     // A transaction context as a daemon's callback gets it, for the open transaction. Owned by the device.
     confd_trans_ctx* transaction_context();
-    int data_timeout() const noexcept { return data_timeout_; }  // seconds last set, -1 when never
-    std::size_t data_timeout_calls() const noexcept { return data_timeout_calls_; }
+    int data_timeout() const noexcept { return state_.data_timeout; }  // seconds last set, -1 when never
+    std::size_t data_timeout_calls() const noexcept { return state_.data_timeout_calls; }
 
     // What the transaction changed; visits nothing when none is open.
     void walk_changes(store::ChangeVisitor& visitor) const;
@@ -89,7 +80,7 @@ public:
     void drop();    // the transaction is forgotten; both close the upgrade's sockets
 
     const store::Configuration& configuration(Datastore which) const;
-    const schema::Schema& schema() const noexcept { return *schema_; }
+    const schema::Schema& schema() const noexcept { return *state_.schema; }
 
     // Writes a datastore to an open descriptor, or as text. Throws xml::WriteError.
     void write(Datastore which, int descriptor, const xml::Progress& progress = {}) const;
@@ -99,13 +90,13 @@ public:
     std::string validate(Datastore which) const;
 
     // What was reported, in order. A sink, when set, gets each line as it comes; keep_reports(false) stops the keeping.
-    const std::vector<std::string>& log() const noexcept { return log_; }
-    const std::vector<TraceLine>& trace() const noexcept { return trace_; }
-    const std::vector<Fault>& faults() const noexcept { return faults_; }
-    std::size_t backtraces() const noexcept { return backtraces_; }
-    void keep_reports(bool keep) noexcept { keep_reports_ = keep; }
-    std::function<void(std::string_view)> log_sink;
-    std::function<void(const Fault&)> fault_sink;
+    const std::vector<std::string>& log() const noexcept { return state_.reports.log; }
+    const std::vector<TraceLine>& trace() const noexcept { return state_.reports.trace; }
+    const std::vector<Fault>& faults() const noexcept { return state_.reports.faults; }
+    std::size_t backtraces() const noexcept { return state_.reports.backtraces; }
+    std::function<void(std::string_view)>& log_sink = state_.reports.log_sink;
+    std::function<void(const Fault&)>& fault_sink = state_.reports.fault_sink;
+    void keep_reports(bool keep) noexcept { state_.reports.keep = keep; }
 
     // The settings that the middleware answers with.
     void set_vrf_component(uint32_t base, uint32_t step);
@@ -113,51 +104,19 @@ public:
     void set_interfaces(std::vector<in_addr> addresses);
 
     // Every call of the C API passes here (calls/recorder.h, calls/fault_plan.h).
-    capi::Recorder& recorder() noexcept { return recorder_; }
-    capi::FaultPlan& fault_plan() noexcept { return fault_plan_; }
-    const capi::CallCounts& calls() const noexcept { return calls_; }
+    capi::Recorder& recorder() noexcept { return state_.recorder; }
+    capi::FaultPlan& fault_plan() noexcept { return state_.fault_plan; }
+    const capi::CallCounts& calls() const noexcept { return state_.calls; }
 
     OpenThings open_things() const;
 
-    // The stand-in's own side.
-    uint16_t port() const noexcept { return port_; }
-    MiddlewareState& middleware() noexcept { return middleware_; }
-    capi::CallCounts& call_counts() noexcept { return calls_; }
-    capi::KeypathCache& keypaths() noexcept { return keypaths_; }
-    store::Configuration* transaction() noexcept { return transaction_.get(); }
-    const store::Configuration& stored() const noexcept { return stored_; }
-    int thandle() const noexcept { return upgrade_.thandle; }
-    NzConfdInterface& confd_interface() noexcept { return *interface_; }
-    void set_data_timeout(int seconds) noexcept;
-    void cursor_opened() noexcept { ++cursors_; }
-    void cursor_closed() noexcept { --cursors_; }
-
 private:
     void close_upgrade() noexcept;
-    void connect_middleware();
 
-    std::shared_ptr<const schema::Schema> schema_;
-    uint16_t port_;
-    store::Configuration stored_;
-    std::unique_ptr<store::Configuration> transaction_;
-    UpgradeHandles upgrade_;
     int next_thandle_ = 1;
     std::unique_ptr<NzConfdInterface> interface_;
     confd_trans_ctx context_{};
-    MiddlewareState middleware_;
-    capi::Recorder recorder_;
-    capi::FaultPlan fault_plan_;
-    capi::CallCounts calls_;
-    capi::KeypathCache keypaths_;
-    std::vector<std::string> log_;
-    std::vector<TraceLine> trace_;
-    std::vector<Fault> faults_;
-    std::size_t backtraces_ = 0;
-    bool keep_reports_ = true;
-    int data_timeout_ = -1;
-    std::size_t data_timeout_calls_ = 0;
-    std::size_t cursors_ = 0;
-    std::size_t values_before_ = 0;
+    std::size_t values_before_;
 };
 
 }  // namespace bgp_platform

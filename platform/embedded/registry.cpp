@@ -2,9 +2,6 @@
 
 #include <algorithm>
 
-#include "capi/endpoint.h"
-#include "device.h"
-
 namespace bgp_platform {
 
 Registry& Registry::instance()
@@ -13,40 +10,34 @@ Registry& Registry::instance()
     return *registry;
 }
 
-void Registry::add(Device* device)
+void Registry::add(DeviceState* device)
 {
     devices_.push_back(device);
 }
 
-void Registry::remove(Device* device) noexcept
+void Registry::remove(DeviceState* device) noexcept
 {
     devices_.erase(std::remove(devices_.begin(), devices_.end(), device), devices_.end());
     for (auto endpoint = endpoints.begin(); endpoint != endpoints.end();) {
-        endpoint = endpoint->second->device == device ? endpoints.erase(endpoint) : std::next(endpoint);
+        endpoint = endpoint->second.device == device ? endpoints.erase(endpoint) : std::next(endpoint);
     }
 }
 
-bool Registry::lives(const Device* device) const noexcept
+bool Registry::lives(const DeviceState* device) const noexcept
 {
     return std::find(devices_.begin(), devices_.end(), device) != devices_.end();
 }
 
-Device* Registry::current() const noexcept
+DeviceState* Registry::current() const noexcept
 {
     return devices_.empty() ? nullptr : devices_.back();
 }
 
-Device* Registry::at_port(uint16_t port) const noexcept
+DeviceState* Registry::at_port(uint16_t port) const noexcept
 {
     const auto found = std::find_if(devices_.rbegin(), devices_.rend(),
-                                    [port](const Device* device) { return device->port() == port; });
+                                    [port](const DeviceState* device) { return device->port == port; });
     return found == devices_.rend() ? nullptr : *found;
-}
-
-MiddlewareState* current_middleware() noexcept
-{
-    Device* const device = Registry::instance().current();
-    return device == nullptr ? nullptr : &device->middleware();
 }
 
 }  // namespace bgp_platform

@@ -3,36 +3,39 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
-#include <memory>
 #include <unordered_map>
 #include <vector>
 
-#include "middleware/middleware_state.h"
+#include "state.h"
 
 namespace bgp_platform {
 
-class Device;
+// A socket descriptor as the C API knows it.
+struct Endpoint {
+    enum class Kind { Cdb, Maapi };
 
-namespace capi {
-struct Endpoint;  // what a descriptor is to the C API: socket kind, device, session (capi/endpoint.h)
-}
+    Kind kind;
+    DeviceState* device;
+    bool private_socket;                         // connected by the program, not by the framework
+    bool session = false;                        // CDB: a read session is open
+    const schema::Module* name_space = nullptr;  // under which the first element of a path is looked up
+};
 
 class Registry {
 public:
     static Registry& instance();
 
-    void add(Device* device);
-    void remove(Device* device) noexcept;  // and every descriptor of it
-    bool lives(const Device* device) const noexcept;
-    Device* current() const noexcept;               // the one added last that still lives, or null
-    Device* at_port(uint16_t port) const noexcept;  // the one added last that listens there, or null
+    void add(DeviceState* device);
+    void remove(DeviceState* device) noexcept;  // and every descriptor of it
+    bool lives(const DeviceState* device) const noexcept;
+    DeviceState* current() const noexcept;               // the one added last that still lives, or null
+    DeviceState* at_port(uint16_t port) const noexcept;  // the one added last that listens there, or null
 
-    std::unordered_map<int, std::unique_ptr<capi::Endpoint>> endpoints;  // by socket descriptor
+    std::unordered_map<int, Endpoint> endpoints;  // by socket descriptor
 
 private:
     Registry() = default;
-    std::vector<Device*> devices_;
+    std::vector<DeviceState*> devices_;
 };
 
 }  // namespace bgp_platform

@@ -15,7 +15,6 @@
 #include <stdexcept>
 #include <string>
 
-#include "device.h"
 #include "registry.h"
 
 namespace {
@@ -55,14 +54,14 @@ extern "C" int update(int maapi_socket, int thandle, int cdb_socket)
     if (due == 0) {
         strike();
     }
-    bgp_platform::Device& device = *bgp_platform::Registry::instance().current();
-    device.recorder().after_call = [&] {
+    bgp_platform::DeviceState& device = *bgp_platform::Registry::instance().current();
+    device.recorder.after_call = [&] {
         if (++calls == due) {
             strike();
         }
     };
     const int result = upgrade(maapi_socket, thandle, cdb_socket);
-    device.recorder().after_call = nullptr;
+    device.recorder.after_call = nullptr;
     std::ofstream(setting("BGP_KILL_COUNT")) << calls;
     return result;
 }

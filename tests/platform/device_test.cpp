@@ -17,6 +17,7 @@
 namespace {
 
 using namespace capi_test;
+using bgp_platform::DeviceState;
 using bgp_platform::OpenThings;
 using bgp_platform::Registry;
 using bgp_platform::xml::LoadError;
@@ -211,15 +212,20 @@ TEST(DevicesTogether, EachHasItsOwnConfigurationSocketsAndCounts)
 
 TEST(DevicesTogether, LastOneMade_IsTheOneThatListensAndAnswersForTheProcess)
 {
+    const auto profile = [](const DeviceState* device) {
+        return device == nullptr ? 0 : device->settings.user_profile;
+    };
     EXPECT_EQ(Registry::instance().current(), nullptr);
     Device first;
+    first.set_user_profile(1);
     {
-        const Device second;
-        EXPECT_EQ(Registry::instance().current(), &second);
-        EXPECT_EQ(Registry::instance().at_port(CONFD_PORT), &second);
+        Device second;
+        second.set_user_profile(2);
+        EXPECT_EQ(profile(Registry::instance().current()), 2U);
+        EXPECT_EQ(profile(Registry::instance().at_port(CONFD_PORT)), 2U);
     }
-    EXPECT_EQ(Registry::instance().current(), &first);
-    EXPECT_EQ(Registry::instance().at_port(CONFD_PORT), &first);
+    EXPECT_EQ(profile(Registry::instance().current()), 1U);
+    EXPECT_EQ(profile(Registry::instance().at_port(CONFD_PORT)), 1U);
     EXPECT_EQ(Registry::instance().at_port(1), nullptr);
 }
 
@@ -312,10 +318,11 @@ TEST_F(DeviceTest, Settings_ReachTheMiddleware)
     device.set_vrf_component(100, 10);
     device.set_user_profile(7);
     device.set_interfaces({in_addr{htonl(0xC0000201)}});
-    const bgp_platform::MiddlewareState* const state = bgp_platform::current_middleware();
-    ASSERT_EQ(state, &device.middleware());
-    EXPECT_EQ(state->vrf_base, 100U);
-    EXPECT_EQ(state->vrf_step, 10U);
+    const DeviceState* const current = Registry::instance().current();
+    ASSERT_NE(current, nullptr);
+    const bgp_platform::Settings* const state = &current->settings;
+    EXPECT_EQ(state->vrf.base, 100U);
+    EXPECT_EQ(state->vrf.step, 10U);
     EXPECT_EQ(state->user_profile, 7U);
     ASSERT_EQ(state->interfaces.size(), 1U);
     EXPECT_EQ(state->interfaces[0].s_addr, htonl(0xC0000201));

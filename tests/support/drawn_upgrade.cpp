@@ -38,7 +38,7 @@ Facts facts_of(const Device& device)
         facts.as = number(*as);
     }
     const Node& vrfs = node_of(device, "/bgp-internal/bgp-vrf");
-    device.stored().root().list(vrfs.slot).for_each([&](const Row& vrf) {
+    device.configuration(Datastore::Stored).root().list(vrfs.slot).for_each([&](const Row& vrf) {
         if (vrf.value(0).as_uint() == 0) {
             facts.container_0 = true;
             vrf.list(vrfs.child("as-to-bgp-idx")->slot).for_each([&](const Row& map) {

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "middleware/middleware_state.h"
+#include "state.h"
 #include "upgrade_steps.h"
 
 namespace bgp_rehearse {

@@ -9,7 +9,7 @@
 #include "calls/recorder.h"
 #include "change_list.h"
 #include "configuration_size.h"
-#include "middleware/middleware_state.h"
+#include "state.h"
 #include "upgrade_steps.h"
 
 namespace bgp_rehearse {

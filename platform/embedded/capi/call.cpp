@@ -2,8 +2,6 @@
 
 #include <cerrno>
 
-#include "registry.h"
-
 int confd_errno = CONFD_OK;
 
 namespace bgp_platform::capi {
@@ -61,19 +59,19 @@ int fail_call(Function function, int code, std::string_view path, std::string_vi
 
 const store::Configuration& Call::view() const noexcept
 {
-    return endpoint_->kind == Endpoint::Kind::Cdb ? device().stored() : *device().transaction();
+    return endpoint_->kind == Endpoint::Kind::Cdb ? device().stored : *device().transaction;
 }
 
 bool Call::begin()
 {
-    const auto& endpoints = Registry::instance().endpoints;
+    auto& endpoints = Registry::instance().endpoints;
     const auto found = endpoints.find(handle_.socket);
     if (found == endpoints.end()) {
         errno = EBADF;
         fail(CONFD_ERR_OS, "socket " + std::to_string(handle_.socket) + " is not connected to a device");
         return false;
     }
-    endpoint_ = found->second.get();
+    endpoint_ = &found->second;
     return check_socket();
 }
 
@@ -84,7 +82,7 @@ bool Call::check_socket()
         return false;
     }
     if (endpoint_->kind == Endpoint::Kind::Maapi &&
-        (!device().upgrade_open() || handle_.thandle != device().thandle())) {
+        (device().transaction == nullptr || handle_.thandle != device().upgrade.thandle)) {
         fail(CONFD_ERR_NOTRANS, "no transaction " + std::to_string(handle_.thandle) + " on the socket");
         return false;
     }
@@ -114,7 +112,7 @@ bool Call::locate(const char* format, va_list arguments, store::Path* path)
     if (recorded()) {
         this->path();  // now, as the work may write where the arguments point to
     }
-    const PathError error = device().keypaths().resolve(format, arguments, endpoint_->name_space, path);
+    const PathError error = device().keypaths.resolve(format, arguments, endpoint_->name_space, path);
     if (error) {
         fail(error.code, error.detail);
         return false;
@@ -127,7 +125,7 @@ const std::string& Call::path() const
     if (path_.empty() && format_ != nullptr) {
         va_list arguments;
         va_copy(arguments, format_arguments_);  // NOLINT(clang-analyzer-valist.Uninitialized): begun by name_path()
-        path_ = format_template(format_, arguments, endpoint_ == nullptr ? nullptr : &device().keypaths());
+        path_ = format_template(format_, arguments, endpoint_ == nullptr ? nullptr : &device().keypaths);
         va_end(arguments);
     }
     return path_;
@@ -135,7 +133,7 @@ const std::string& Call::path() const
 
 bool Call::planned_failure(int* result)
 {
-    FaultPlan& plan = device().fault_plan();
+    FaultPlan& plan = device().fault_plan;
     if (!plan.active()) {
         return false;
     }
@@ -181,7 +179,7 @@ int Call::finish(int result)
     if (endpoint_ == nullptr) {
         return result;
     }
-    CallCounts& counts = device().call_counts();
+    CallCounts& counts = device().calls;
     const auto slot = static_cast<std::size_t>(function_);
     ++counts.calls[slot];
     if (result < 0) {
@@ -191,11 +189,11 @@ int Call::finish(int result)
         }
     }
     if (recorded()) {
-        device().recorder().add(
+        device().recorder.add(
             {function_, path(), std::move(arguments_), result, result < 0 ? error_ : CONFD_OK, std::move(values_)});
     }
-    if (device().recorder().after_call) {
-        device().recorder().after_call();
+    if (device().recorder.after_call) {
+        device().recorder.after_call();
     }
     return result;
 }

@@ -10,9 +10,8 @@
 #include <string_view>
 
 #include "calls/function.h"
-#include "capi/endpoint.h"
-#include "device.h"
 #include "keypath/keypath.h"
+#include "registry.h"
 #include "store/configuration.h"
 
 namespace bgp_platform::capi {
@@ -34,12 +33,12 @@ public:
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
-    Device& device() const noexcept { return *endpoint_->device; }
+    DeviceState& device() const noexcept { return *endpoint_->device; }
     Endpoint& endpoint() const noexcept { return *endpoint_; }
 
     // What the call reads: the stored configuration on a CDB socket, the transaction on a MAAPI socket.
     const store::Configuration& view() const noexcept;
-    store::Configuration& transaction() const noexcept { return *device().transaction(); }
+    store::Configuration& transaction() const noexcept { return *device().transaction; }
 
     // The path as the program called it, its arguments filled in; empty where a call names none.
     const std::string& path() const;
@@ -49,7 +48,7 @@ public:
     int fail(store::Result result);  // CONFD_OK for Result::Ok
 
     // Tells the recorder the call's other arguments; costs nothing while it is off.
-    bool recorded() const noexcept { return device().recorder().on(); }
+    bool recorded() const noexcept { return device().recorder.on(); }
     void arguments(std::string text) { arguments_ = std::move(text); }
     void argument(const schema::Node* leaf, const confd_value_t& value);
     void values(std::string text) { values_ = std::move(text); }

@@ -15,7 +15,7 @@ using namespace bgp_platform::capi;
 namespace {
 
 // The device that listens at an address, or null: a device listens on the loopback address only.
-Device* device_at(const sockaddr* address, int size)
+DeviceState* device_at(const sockaddr* address, int size)
 {
     sockaddr_in ipv4{};
     if (address == nullptr || address->sa_family != AF_INET || size < static_cast<int>(sizeof ipv4)) {
@@ -55,12 +55,12 @@ BGP_PLATFORM_ANY_NUMBER int cdb_connect(int sock, enum cdb_sock_type type, const
     if (endpoints.count(sock) != 0) {
         return fail_connect(CONFD_ERR_PROTOUSAGE, "socket " + std::to_string(sock) + " is connected already");
     }
-    Device* const device = device_at(srv, srv_sz);
+    DeviceState* const device = device_at(srv, srv_sz);
     if (device == nullptr) {
         errno = ECONNREFUSED;
         return fail_connect(CONFD_ERR_OS, std::strerror(ECONNREFUSED));
     }
-    endpoints[sock] = std::make_unique<Endpoint>(Endpoint::Kind::Cdb, device, true);
+    endpoints.insert_or_assign(sock, Endpoint{Endpoint::Kind::Cdb, device, true});
     const int result = run_call(Function::cdb_connect, {sock}, {}, [](Call&) { return CONFD_OK; });
     if (result != CONFD_OK) {
         endpoints.erase(sock);

@@ -12,7 +12,7 @@ namespace {
 
 // Where a cursor stands, behind maapi_cursor::position.
 struct Position {
-    Device* device;
+    DeviceState* device;
     store::Path list;
     std::string path;                 // the list's, for messages
     std::vector<schema::Value> keys;  // of the entry at hand
@@ -123,7 +123,7 @@ int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc, const char
         position->list = path;
         position->path = call.path();
         mc->position = position.release();
-        call.device().cursor_opened();
+        ++call.device().cursors;
         return CONFD_OK;
     });
 }
@@ -150,6 +150,6 @@ void maapi_destroy_cursor(struct maapi_cursor* mc)
     release_keys(mc);
     mc->position = nullptr;
     if (Registry::instance().lives(position->device)) {
-        position->device->cursor_closed();
+        --position->device->cursors;
     }
 }

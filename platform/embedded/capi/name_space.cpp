@@ -10,7 +10,7 @@ namespace {
 
 int set_namespace(Call& call, int hashed_ns)
 {
-    const schema::Module* const module = call.device().schema().module_by_hash(static_cast<uint32_t>(hashed_ns));
+    const schema::Module* const module = call.device().schema->module_by_hash(static_cast<uint32_t>(hashed_ns));
     if (module == nullptr) {
         return call.fail(CONFD_ERR_NOEXISTS, "no module has namespace " + std::to_string(hashed_ns));
     }

@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    std::string tag() const { return tag_text(call_.device().schema(), at_->tag); }
+    std::string tag() const { return tag_text(*call_.device().schema, at_->tag); }
 
     // Elements up to the end of the array or an end tag, which is left for the caller.
     int read_level(const store::Row& row, const schema::Node& below)

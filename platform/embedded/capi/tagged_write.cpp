@@ -27,7 +27,7 @@ public:
     }
 
 private:
-    std::string tag() const { return tag_text(call_.device().schema(), at_->tag); }
+    std::string tag() const { return tag_text(*call_.device().schema, at_->tag); }
 
     // An entry of the list at `path`: its keys, then its content.
     int write_entry(store::Path path)
@@ -167,7 +167,7 @@ int set_values(Call& call, const store::Path& path, const confd_tag_value_t* val
 {
     if (call.recorded()) {
         call.arguments(std::to_string(n) + " values");
-        call.values(values_text(call.device().schema(), values, n));
+        call.values(values_text(*call.device().schema, values, n));
     }
     const bool rows = path.node != nullptr && (path.node->is_container() || path.node->kind == schema::NodeKind::List);
     if (!rows) {

@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "device.h"
 #include "keypath/keypath.h"
 #include "registry.h"
 #include "schema/name_hash.h"
@@ -114,10 +113,10 @@ int confd_pp_value(char* buf, int bufsiz, const confd_value_t* v)
 
 int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...)
 {
-    Device* const device = Registry::instance().current();
+    DeviceState* const device = Registry::instance().current();
     va_list arguments;
     va_start(arguments, fmt);
-    const std::string text = capi::format_template(fmt, arguments, device == nullptr ? nullptr : &device->keypaths());
+    const std::string text = capi::format_template(fmt, arguments, device == nullptr ? nullptr : &device->keypaths);
     va_end(arguments);
     return print(buf, bufsiz, text);
 }
@@ -129,6 +128,6 @@ uint32_t confd_str2hash(const char* str)
 
 char* confd_hash2str(uint32_t hash)
 {
-    const Device* const device = Registry::instance().current();
-    return device == nullptr ? nullptr : const_cast<char*>(device->schema().name_of(hash));
+    const DeviceState* const device = Registry::instance().current();
+    return device == nullptr ? nullptr : const_cast<char*>(device->schema->name_of(hash));
 }

@@ -10,9 +10,9 @@
 #include <cstdlib>
 #include <string>
 
-#include "middleware/middleware_state.h"
 #include "nzmw_backtrace.h"
 #include "nzmw_fault.h"
+#include "registry.h"
 
 namespace {
 
@@ -25,9 +25,9 @@ std::string text_of(const char* text)
 
 void report(const Fault& fault)
 {
-    const bgp_platform::MiddlewareState* const device = bgp_platform::current_middleware();
-    if (device != nullptr && device->on_fault) {
-        device->on_fault(fault);
+    bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
+    if (device != nullptr) {
+        device->reports.add_fault(fault);
     }
 }
 
@@ -48,9 +48,9 @@ void nzmw_gen_fault(int severity, const char* function, const char* source, int 
 
 void nzmw_print_backtrace(void)
 {
-    const bgp_platform::MiddlewareState* const device = bgp_platform::current_middleware();
-    if (device != nullptr && device->on_backtrace) {
-        device->on_backtrace();
+    bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
+    if (device != nullptr) {
+        ++device->reports.backtraces;
     }
 }
 

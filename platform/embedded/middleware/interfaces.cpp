@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "middleware/middleware_state.h"
+#include "registry.h"
 
 namespace {
 
@@ -28,8 +28,8 @@ bool is_loopback(in_addr address)
 
 std::vector<in_addr> addresses()
 {
-    const bgp_platform::MiddlewareState* const device = bgp_platform::current_middleware();
-    return device == nullptr ? std::vector<in_addr>{{htonl(INADDR_LOOPBACK)}} : device->interfaces;
+    const bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
+    return device == nullptr ? std::vector<in_addr>{{htonl(INADDR_LOOPBACK)}} : device->settings.interfaces;
 }
 
 void fill(Interface* interface, in_addr address, unsigned int* ethernets)

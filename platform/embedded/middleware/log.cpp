@@ -2,8 +2,8 @@
 // during and after the life of a device, so that a program may keep it.
 #include "conf_updt_log.h"
 #include "middleware/format.h"
-#include "middleware/middleware_state.h"
 #include "nzmw_log.h"
+#include "registry.h"
 
 struct nzmw_log_s {};
 
@@ -17,11 +17,11 @@ nzmw_log_t* get_conf_updt_log_handle(void)
 
 void nzmw_vlog_debug(nzmw_log_t* log, const char* format, va_list args)
 {
-    const bgp_platform::MiddlewareState* const device = bgp_platform::current_middleware();
-    if (log == nullptr || device == nullptr || !device->on_log) {
+    bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
+    if (log == nullptr || device == nullptr) {
         return;
     }
-    device->on_log(bgp_platform::format_text(format, args));
+    device->reports.add_line(bgp_platform::format_text(format, args));
 }
 
 void nzmw_log_debug(nzmw_log_t* log, const char* format, ...)

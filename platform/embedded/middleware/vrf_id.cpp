@@ -4,23 +4,16 @@
 // global one.
 #include "libvrfid.h"
 
-#include "middleware/middleware_state.h"
+#include "registry.h"
 
 namespace libvrfid {
 
 namespace {
 
-struct Numbering {
-    uint32_t base;
-    uint32_t step;
-};
-
-Numbering numbering()
+bgp_platform::VrfNumbering numbering()
 {
-    const bgp_platform::MiddlewareState defaults;
-    const bgp_platform::MiddlewareState* const device = bgp_platform::current_middleware();
-    const bgp_platform::MiddlewareState& settings = device == nullptr ? defaults : *device;
-    return {settings.vrf_base, settings.vrf_step};
+    const bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
+    return device == nullptr ? bgp_platform::VrfNumbering{} : device->settings.vrf;
 }
 
 }  // namespace

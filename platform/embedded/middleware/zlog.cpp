@@ -4,9 +4,10 @@
 
 #include <map>
 #include <string>
+#include <utility>
 
 #include "middleware/format.h"
-#include "middleware/middleware_state.h"
+#include "registry.h"
 
 struct zlog_category_s {
     std::string name;
@@ -47,8 +48,8 @@ zlog_category_t* zlog_get_category(const char* name)
 void vzlog(zlog_category_t* category, const char* file, size_t filelen, const char* func, size_t funclen, long line,
            int level, const char* format, va_list args)
 {
-    const bgp_platform::MiddlewareState* const device = bgp_platform::current_middleware();
-    if (category == nullptr || device == nullptr || !device->on_trace) {
+    bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
+    if (category == nullptr || device == nullptr) {
         return;
     }
     bgp_platform::TraceLine trace;
@@ -58,7 +59,7 @@ void vzlog(zlog_category_t* category, const char* file, size_t filelen, const ch
     trace.function.assign(func, funclen);
     trace.line = line;
     trace.text = bgp_platform::format_text(format, args);
-    device->on_trace(trace);
+    device->reports.add_trace(std::move(trace));
 }
 
 void zlog(zlog_category_t* category, const char* file, size_t filelen, const char* func, size_t funclen, long line,
