@@ -15,6 +15,7 @@
 #include "bgp_update/vrf.h"
 #include "conf_updt_log.h"
 #include "confd/fault.h"
+#include "confd/mib_values.h"
 #include "confd/tags.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -23,7 +24,6 @@
 namespace {
 
 constexpr char kSource[] = "src/config_update/bgp_update";
-constexpr int32_t kFalse = 2;  // of the MIBs' truth values
 
 }  // namespace
 
@@ -37,7 +37,7 @@ static void update_ipv6_support(int32_t maapi_socket, int32_t thandle, int32_t c
         return;
     }
     nzmw_log_debug(log, "Read IPv6 flag %d for BGP entry %d", supported, entry);
-    if (supported == kFalse) {
+    if (supported == mib::kFalse) {
         update_ipv6(maapi_socket, thandle, cdb_socket);
     } else {
         nzmw_log_debug(log, "IPv6 is already enabled for BGP entry : %d", entry);

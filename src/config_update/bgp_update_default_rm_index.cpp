@@ -9,6 +9,7 @@
 
 #include "bgp_update/rm_index_entries.h"
 #include "conf_updt_log.h"
+#include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -18,7 +19,6 @@
 namespace {
 
 constexpr char kSource[] = "src/config_update/bgp_update_default_rm_index";
-constexpr uint32_t kGlobalVrf = 0;
 
 using Entries = std::vector<std::shared_ptr<BaseEntry>>;
 
@@ -87,7 +87,7 @@ static int32_t update_bgp_tables_rm_index(int32_t maapi_socket, int32_t thandle,
     nzmw_log_debug(log, "Updating BGP RM index on BGP tables\n");
     for (const Table& table : kTables) {
         nzmw_log_debug(log, "Updating table %s\n", table.path);
-        const int new_index = static_cast<int>(libvrfid::VrfId::ComponentFromVrf(kGlobalVrf));
+        const int new_index = static_cast<int>(libvrfid::VrfId::ComponentFromVrf(mib::kGlobalVrf));
         for (std::shared_ptr<BaseEntry>& entry : entries_of(transaction, table, log)) {
             entry->MoveEntry(rm_index, new_index);
             entry.reset();  // a big table's entries make room for its moved rows
@@ -111,12 +111,12 @@ int32_t update_rm_index(int32_t maapi_socket, int32_t thandle, int32_t cdb_socke
     }
     BGP_REQUIRE_TYPE(__LINE__, &temp, C_UINT32);
     const uint32_t local_as = CONFD_GET_UINT32(&temp);
-    if (cdb_exists(cdb_socket, "/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx{%u}", kGlobalVrf, local_as) == 1) {
+    if (cdb_exists(cdb_socket, "/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx{%u}", mib::kGlobalVrf, local_as) == 1) {
         nzmw_log_debug(log, "No need to update rm index!\n");
         return 0;
     }
     nzmw_log_debug(log, "BGP internal map not found (err: %s), upgrading config...\n", confd_lasterr());
-    const uint32_t component = libvrfid::VrfId::ComponentFromVrf(kGlobalVrf);
+    const uint32_t component = libvrfid::VrfId::ComponentFromVrf(mib::kGlobalVrf);
     // Deliberately for the maps alone: the rows move to the component itself, whatever their index was.
     const uint32_t map_index = rm_index == component ? rm_index + 1 : component;
     nzmw_log_debug(log, "Adjusting BGP Global RM index from %u to %u!\n", rm_index, map_index);

@@ -6,6 +6,7 @@
 
 #include "bgp_update/rm_index_entries.h"
 #include "conf_updt_log.h"
+#include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -15,8 +16,6 @@ namespace {
 constexpr char kSource[] = "src/config_update/bgp_update_default_rm_index";
 constexpr std::size_t kPathSize = 512;
 constexpr int32_t kKeysLookedAt = 3;  // the most that a class looks at
-constexpr int32_t kBgpSlavePartner = 4;
-constexpr int32_t kBgpRedistDest = 917504;
 constexpr int32_t kBgpProtocolTag = 555337807;
 
 confd_value_t absent()
@@ -131,7 +130,7 @@ int32_t RtmMjEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
 {
     BGP_REQUIRE_TYPE(__LINE__, &entry_keys_[2], C_ENUM_VALUE);
     const int32_t partner = CONFD_GET_ENUM_VALUE(&entry_keys_[2]);
-    if (partner != kBgpSlavePartner) {
+    if (partner != mib::kPartnerBgp) {
         nzmw_log_debug(log_, "Not a BGP slave partner: %u\n", static_cast<uint32_t>(partner));
         return 0;
     }
@@ -152,7 +151,7 @@ int32_t RtmRedistEntry::MoveEntry(uint32_t old_index, int new_index)
         return 0;
     }
     BGP_REQUIRE_TYPE(__LINE__, &temp, C_ENUM_VALUE);
-    if (CONFD_GET_ENUM_VALUE(&temp) != kBgpRedistDest) {
+    if (CONFD_GET_ENUM_VALUE(&temp) != mib::kRedistIntoBgp) {
         nzmw_log_debug(log_, "Not a BGP redist dest: %d\n", CONFD_GET_ENUM_VALUE(&temp));
         return 0;
     }

@@ -4,6 +4,7 @@
 #include "bgp_update/ipv6.h"
 
 #include "conf_updt_log.h"
+#include "confd/mib_values.h"
 #include "confd/tags.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -14,11 +15,7 @@
 namespace {
 
 constexpr char kSource[] = "src/config_update/bgp_update_ipv6";
-constexpr int kEntry = 0;     // the router entity, by its position
-constexpr int32_t kTrue = 1;  // of the MIBs' truth values
-constexpr int32_t kUp = 1;
-constexpr int32_t kIpv6 = 2;  // as address family and as address type
-constexpr int32_t kUnicast = 1;
+constexpr int kEntry = 0;  // the router entity, by its position
 constexpr uint32_t kNoBfdEntity = 0;
 constexpr int kPathSize = 512;
 constexpr int kPrintedSize = 8192;  // of a value printed for the log
@@ -65,7 +62,7 @@ static int32_t update_bgp_rm_afm_join(int32_t maapi_socket, int32_t thandle, uin
                        "Failed to set val %u to bgpRmAfmPartnerIndex in entry BGP entity id: %u, partner idx: %u, %s",
                        CONFD_GET_UINT32(&temp), entity, partner, confd_lasterr());
     }
-    CONFD_SET_ENUM_VALUE(&temp, kIpv6);
+    CONFD_SET_ENUM_VALUE(&temp, mib::kIpv6);
     nzmw_log_debug(log, "Will set /DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}/bgpRmAfmAfi", entity, partner);
     if (transaction.set(&temp, "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}/bgpRmAfmAfi", entity, partner) !=
         CONFD_OK) {
@@ -129,7 +126,7 @@ static int32_t update_bgp_nm(int32_t maapi_socket, int32_t thandle, uint32_t ent
         return -1;
     }
     confd_value_t temp;
-    CONFD_SET_ENUM_VALUE(&temp, kUp);
+    CONFD_SET_ENUM_VALUE(&temp, mib::kUp);
     nzmw_log_debug(log, "Will set /DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry{%u %u}/bgpNmListenAdminStatus", entity,
                    listen);
     if (transaction.set(&temp, "/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry{%u %u}/bgpNmListenAdminStatus", entity,
@@ -141,7 +138,7 @@ static int32_t update_bgp_nm(int32_t maapi_socket, int32_t thandle, uint32_t ent
             "err: %s",
             CONFD_GET_ENUM_VALUE(&temp), entity, listen, confd_lasterr());
     }
-    CONFD_SET_ENUM_VALUE(&temp, kIpv6);
+    CONFD_SET_ENUM_VALUE(&temp, mib::kIpv6);
     nzmw_log_debug(log, "Will set /DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry{%u %u}/bgpNmListenAddrType", entity,
                    listen);
     if (transaction.set(&temp, "/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry{%u %u}/bgpNmListenAddrType", entity,
@@ -169,7 +166,7 @@ static int32_t update_rtm_join_table(int32_t maapi_socket, int32_t thandle, uint
         return 0;
     }
     confd_value_t temp;
-    CONFD_SET_ENUM_VALUE(&temp, kUnicast);
+    CONFD_SET_ENUM_VALUE(&temp, mib::kUnicast);
     nzmw_log_debug(log, "Will set /DC-RTM-MIB/rtmMjTable/rtmMjEntry{%u %u ariPrtnrBgp}/rtmMjSafi", partner, entity);
     if (transaction.set(&temp, "/DC-RTM-MIB/rtmMjTable/rtmMjEntry{%u %u ariPrtnrBgp}/rtmMjSafi", partner, entity) !=
         CONFD_OK) {
@@ -237,17 +234,17 @@ static void set_route_map_defaults(const confd::Transaction& transaction, nzmw_l
         return;
     }
     confd_value_t family;
-    CONFD_SET_ENUM_VALUE(&family, kIpv6);
+    CONFD_SET_ENUM_VALUE(&family, mib::kIpv6);
     nzmw_log_debug(log, "Will set %s/bgpRouteMapMaAfiDef", path);
     if (transaction.set(&family, "%s/bgpRouteMapMaAfiDef", path) != CONFD_OK) {
-        nzmw_log_debug(log, "Failed to set val %d to bgpRouteMapMaAfiDef in entry BGP RouteMap %s, err: %s", kIpv6,
+        nzmw_log_debug(log, "Failed to set val %d to bgpRouteMapMaAfiDef in entry BGP RouteMap %s, err: %s", mib::kIpv6,
                        path, confd_lasterr());
     }
     // The address family's number again, on purpose: devices have been upgraded with it.
     nzmw_log_debug(log, "Will set %s/bgpRouteMapMaSafiDef", path);
     if (transaction.set(&family, "%s/bgpRouteMapMaSafiDef", path) != CONFD_OK) {
-        nzmw_log_debug(log, "Failed to set val %d to bgpRouteMapMaSafiDef in entry BGP RouteMap %s, err: %s", kIpv6,
-                       path, confd_lasterr());
+        nzmw_log_debug(log, "Failed to set val %d to bgpRouteMapMaSafiDef in entry BGP RouteMap %s, err: %s",
+                       mib::kIpv6, path, confd_lasterr());
     }
 }
 
@@ -281,13 +278,13 @@ static void enable_ipv6(int32_t maapi_socket, int32_t thandle, int32_t cdb_socke
     maapi_set_namespace(maapi_socket, thandle, tag::kBgpMibNamespace);
     nzmw_log_debug(log, "Will set /DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{%u}/bgpRmEntSupportIpv6 to true", entity);
     confd_value_t supported;
-    CONFD_SET_ENUM_VALUE(&supported, kTrue);
+    CONFD_SET_ENUM_VALUE(&supported, mib::kTrue);
     if (transaction.set(&supported, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{%u}/bgpRmEntSupportIpv6", entity) !=
         CONFD_OK) {
         nzmw_log_debug(log, "Failed to enable IPv6 for BGP entity id: %u, err: %s", entity, confd_lasterr());
         return;
     }
-    const uint32_t partner = libvrfid::VrfId::ComponentFromVrf(0) + 1;
+    const uint32_t partner = libvrfid::VrfId::ComponentFromVrf(mib::kGlobalVrf) + 1;
     create_router_families(transaction, log, entity);
     update_bgp_rm_afm_join(maapi_socket, thandle, entity, partner);
     update_bgp_nm(maapi_socket, thandle, entity, entity + 1);

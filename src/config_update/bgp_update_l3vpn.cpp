@@ -3,6 +3,7 @@
 #include "bgp_update/l3vpn.h"
 
 #include "conf_updt_log.h"
+#include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
 #include "config_update/stored_rows.h"
@@ -13,8 +14,6 @@ namespace {
 constexpr char kSource[] = "src/config_update/bgp_update_l3vpn";
 constexpr int kEntry = 0;  // the router entity, by its position
 constexpr uint32_t kMplsVpnEntity = 1;
-constexpr int32_t kFalse = 2;  // of the MIBs' truth values
-constexpr int32_t kDown = 2;   // of the administrative statuses
 constexpr uint32_t kBvmPartner = 3;
 constexpr int kPathSize = 512;
 
@@ -82,7 +81,7 @@ int32_t update_l3vpn(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket)
         BGP_REQUIRE_TYPE(__LINE__, &temp, C_ENUM_VALUE);
         // Without BGP routing too the family is not added: it is for devices without an MPLS-VPN entity alone.
         create = false;
-        if (CONFD_GET_ENUM_VALUE(&temp) != kFalse) {
+        if (CONFD_GET_ENUM_VALUE(&temp) != mib::kFalse) {
             nzmw_log_debug(log, "No need to update VpnEntry");
             return 0;
         }
@@ -129,7 +128,7 @@ int32_t update_bgp_bvm_join(int32_t maapi_socket, int32_t thandle, int32_t cdb_s
     if (cdb_get_enum_value(cdb_socket, &status,
                            "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}/bgpRmAfmAdminStatus", entity,
                            kBvmPartner) == CONFD_OK &&
-        status == kDown) {
+        status == mib::kDown) {
         nzmw_log_debug(log, "Remove %s{%u %u}.\n", "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry", entity,
                        kBvmPartner);
         transaction.remove("/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}", entity, kBvmPartner);

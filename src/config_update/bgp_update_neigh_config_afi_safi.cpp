@@ -10,6 +10,7 @@
 #include <tuple>
 
 #include "conf_updt_log.h"
+#include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -25,11 +26,6 @@ constexpr int kPrintedKeySize = 256;  // of a key printed for the log
 constexpr char kEntry[] = "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{ %x %x %x %x %x %x %x %x %x %x }";
 constexpr char kDisable[] =
     "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{ %x %x %x %x %x %x %x %x %x %x }/bgpPeerAfiSafiDisable";
-
-constexpr int32_t kIpv4 = 1;
-constexpr int32_t kIpv6 = 2;
-constexpr int32_t kUnicast = 1;
-constexpr int32_t kTrue = 1;  // of the MIBs' truth values
 
 struct NumberName {
     int32_t number;
@@ -100,7 +96,7 @@ static void create_disabled_entry(const confd::Transaction& transaction, const s
         return;
     }
     confd_value_t disabled;
-    CONFD_SET_ENUM_VALUE(&disabled, kTrue);
+    CONFD_SET_ENUM_VALUE(&disabled, mib::kTrue);
     const int set = std::apply([&](auto... key) { return transaction.set(&disabled, kDisable, key...); }, keys);
     nzmw_log_debug(log, set == CONFD_OK ? "Updated Succesfully" : "Update FAILED");
 }
@@ -129,15 +125,15 @@ static void check_neigh_config_entry(int32_t maapi_socket, int32_t thandle, maap
 
     nzmw_log_debug(log, "enter %s\n", __func__);
     BGP_REQUIRE_TYPE(__LINE__, &mc.keys[8], C_ENUM_VALUE);
-    const bool ipv4 = CONFD_GET_ENUM_VALUE(&mc.keys[8]) == kIpv4;
+    const bool ipv4 = CONFD_GET_ENUM_VALUE(&mc.keys[8]) == mib::kIpv4;
     nzmw_log_debug(log, "Checking AF 'IPv%d Unicast':", ipv4 ? 4 : 6);
     confd::Value afi_disabled;
     const int read =
         std::apply([&](auto... key) { return transaction.get(&afi_disabled, kDisable, key...); }, each(mc.keys));
     if (read == CONFD_OK) {
         BGP_REQUIRE_TYPE(__LINE__, &afi_disabled, C_ENUM_VALUE);
-        if (CONFD_GET_ENUM_VALUE(&afi_disabled) != kTrue) {
-            complete_neighbor(transaction, mc, ipv4 ? kIpv6 : kIpv4, log);
+        if (CONFD_GET_ENUM_VALUE(&afi_disabled) != mib::kTrue) {
+            complete_neighbor(transaction, mc, ipv4 ? mib::kIpv6 : mib::kIpv4, log);
         }
     }
     nzmw_log_debug(log, "exit %s\n", __func__);
@@ -157,12 +153,12 @@ static int32_t update_neigh_config_unused_AFs(int32_t maapi_socket, int32_t than
         std::apply([&](auto... key) { bgp_afi_safi_key_print(keys, key...); }, each(mc.keys));
         nzmw_log_debug(log, "Checking Entry: DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{%s}", keys.c_str());
         BGP_REQUIRE_TYPE(__LINE__, &mc.keys[9], C_ENUM_VALUE);
-        if (CONFD_GET_ENUM_VALUE(&mc.keys[9]) != kUnicast) {
+        if (CONFD_GET_ENUM_VALUE(&mc.keys[9]) != mib::kUnicast) {
             continue;
         }
         BGP_REQUIRE_TYPE(__LINE__, &mc.keys[8], C_ENUM_VALUE);
         const int32_t afi = CONFD_GET_ENUM_VALUE(&mc.keys[8]);
-        if (afi == kIpv4 || afi == kIpv6) {
+        if (afi == mib::kIpv4 || afi == mib::kIpv6) {
             check_neigh_config_entry(maapi_socket, thandle, mc, log);
         }
     }

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "conf_updt_log.h"
+#include "confd/mib_values.h"
 #include "confd/tags.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -149,10 +150,10 @@ static int get_rm_index(int32_t maapi_socket, int32_t thandle, int32_t cdb_socke
     }
     BGP_REQUIRE_TYPE(__LINE__, &temp, C_UINT32);
     const uint32_t local_as = CONFD_GET_UINT32(&temp);
-    if (cdb_exists(cdb_socket, "/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx{%u}", 0U, local_as) == 1) {
+    if (cdb_exists(cdb_socket, "/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx{%u}", mib::kGlobalVrf, local_as) == 1) {
         return 0;
     }
-    const uint32_t component = libvrfid::VrfId::ComponentFromVrf(0);
+    const uint32_t component = libvrfid::VrfId::ComponentFromVrf(mib::kGlobalVrf);
     *rm_index = kNoRmIndex;
     for (const uint32_t candidate : {component, component + 1}) {
         if (transaction.exists("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{%u}", candidate) == 1) {

@@ -11,6 +11,7 @@
 #include "bgp_update/bgp_vrf_redist_entry.h"
 #include "conf_updt_log.h"
 #include "confd/fault.h"
+#include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -20,15 +21,6 @@ namespace {
 
 constexpr char kSource[] = "src/config_update/bgp_update_vrf";
 constexpr int kPathSize = 512;
-
-// Enumerations of the tables.
-constexpr int32_t kUp = 1;
-constexpr int32_t kIpv4 = 1;
-constexpr int32_t kUnicast = 1;
-
-// Numbers of the leaf bgpRmAfmJoin.
-constexpr uint32_t kJoinIpv4Unicast = 1;
-constexpr uint32_t kJoinIpv6Unicast = 2;
 
 // The names of VRFs, zeroed until they are read. Their number comes from the stored configuration, so that there may be
 // no room for them.
@@ -66,9 +58,9 @@ int bgp_vrf_afisafi_create(int maapi_socket, int thandle, uint32_t index, char* 
     const confd::Transaction transaction{maapi_socket, thandle};
 
     BGP_REQUIRE_TYPE(40, afi, C_ENUM_VALUE);
-    const uint32_t afm = CONFD_GET_ENUM_VALUE(afi) == kIpv4 ? kJoinIpv4Unicast : kJoinIpv6Unicast;
+    const uint32_t afm = CONFD_GET_ENUM_VALUE(afi) == mib::kIpv4 ? mib::kJoinIpv4Unicast : mib::kJoinIpv6Unicast;
     confd_value_t up;
-    CONFD_SET_ENUM_VALUE(&up, kUp);
+    CONFD_SET_ENUM_VALUE(&up, mib::kUp);
     transaction.set(&up, "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{%u %x %x}/bgpRmAfiSafiAdminStatus", index,
                     afi, safi);
     if (transaction.exists("/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}", index, afm) == 1) {
@@ -91,9 +83,9 @@ static void create_vrf_instance(int32_t maapi_socket, int32_t thandle, uint32_t 
     BgpRouterMgr(nullptr, log).Create(maapi_socket, thandle, path, index, as, name);
     if (transaction.exists("/router/bgp{%u}/vrf{%s}/address-family{ipv4 unicast}", as, name) == 1) {
         confd_value_t afi;
-        CONFD_SET_ENUM_VALUE(&afi, kIpv4);
+        CONFD_SET_ENUM_VALUE(&afi, mib::kIpv4);
         confd_value_t safi;
-        CONFD_SET_ENUM_VALUE(&safi, kUnicast);
+        CONFD_SET_ENUM_VALUE(&safi, mib::kUnicast);
         bgp_vrf_afisafi_create(maapi_socket, thandle, index, name, as, &afi, &safi);
     }
 }

@@ -3,6 +3,7 @@
 // transaction has them. Does nothing without a BGP router entity.
 #include "bgp_update/vrf.h"
 #include "conf_updt_log.h"
+#include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -11,14 +12,6 @@
 namespace {
 
 constexpr char kSource[] = "src/config_update/bgp_update_vrf";
-
-// Enumerations of the tables.
-constexpr int32_t kUp = 1;
-constexpr int32_t kDown = 2;
-constexpr int32_t kIpv6 = 2;
-constexpr int32_t kUnicast = 1;
-
-constexpr uint32_t kJoinIpv6Unicast = 2;  // of the leaf bgpRmAfmJoin
 
 // The lines by which readers of the log know the failures, with the label and the number of each place.
 void log_failure(nzmw_log_t* log, int result, const char* label, int number)
@@ -35,25 +28,27 @@ void log_failure(nzmw_log_t* log, int result, const char* label, int number)
 static void update_bgpRmAfmJoinTable(nzmw_log_t* log, const confd::Transaction& transaction, uint32_t component,
                                      int32_t status)
 {
-    nzmw_log_debug(log, "Creating /DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}", component, kJoinIpv6Unicast);
+    nzmw_log_debug(log, "Creating /DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}", component,
+                   mib::kJoinIpv6Unicast);
     log_failure(
-        log, transaction.create("/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}", component, kJoinIpv6Unicast),
+        log,
+        transaction.create("/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}", component, mib::kJoinIpv6Unicast),
         __func__, 80);
     confd_value_t value;
     CONFD_SET_UINT32(&value, component + 1);
     log_failure(log,
                 transaction.set(&value, "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}/bgpRmAfmPartnerIndex",
-                                component, kJoinIpv6Unicast),
+                                component, mib::kJoinIpv6Unicast),
                 __func__, 87);
-    CONFD_SET_ENUM_VALUE(&value, kIpv6);
+    CONFD_SET_ENUM_VALUE(&value, mib::kIpv6);
     log_failure(log,
                 transaction.set(&value, "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}/bgpRmAfmAfi", component,
-                                kJoinIpv6Unicast),
+                                mib::kJoinIpv6Unicast),
                 __func__, 94);
     CONFD_SET_ENUM_VALUE(&value, status);
     log_failure(log,
                 transaction.set(&value, "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}/bgpRmAfmAdminStatus",
-                                component, kJoinIpv6Unicast),
+                                component, mib::kJoinIpv6Unicast),
                 __func__, 101);
 }
 
@@ -65,7 +60,7 @@ static void update_rtmMjEntry(nzmw_log_t* log, const confd::Transaction& transac
     log_failure(log, transaction.create("/DC-RTM-MIB/rtmMjTable/rtmMjEntry{%u %u ariPrtnrBgp}", rtm_index, component),
                 __func__, 117);
     confd_value_t safi;
-    CONFD_SET_ENUM_VALUE(&safi, kUnicast);
+    CONFD_SET_ENUM_VALUE(&safi, mib::kUnicast);
     log_failure(
         log,
         transaction.set(&safi, "/DC-RTM-MIB/rtmMjTable/rtmMjEntry{%u %u ariPrtnrBgp}/rtmMjSafi", rtm_index, component),
@@ -114,7 +109,7 @@ int update_vrf_ipv6(int maapi_socket, int thandle, int /*cdb_socket*/, int bgp_c
         BGP_REQUIRE_TYPE(175, &val, C_UINT32);
         const uint32_t component = libvrfid::VrfId::ComponentFromVrf(CONFD_GET_UINT32(&val));
         const bool ipv6 = transaction.exists("/router/bgp{%u}/vrf{%s}/address-family{ipv6 unicast}", as, name) == 1;
-        update_bgpRmAfmJoinTable(log, transaction, component, ipv6 ? kUp : kDown);
+        update_bgpRmAfmJoinTable(log, transaction, component, ipv6 ? mib::kUp : mib::kDown);
         update_rtmMjEntry(log, transaction, component);
     }
     nzmw_log_debug(log, "Finishing VRF IPv6 update\n");

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "confd/mib_values.h"
+
 struct RowBatch::Table {
     const char* path;
     int width;           // values of a row that are read
@@ -48,12 +50,11 @@ bool peer_belongs(uint32_t peer_entity, uint32_t entity, nzmw_log_t* log)
 
 void disable_peer_family(const confd::Transaction& transaction, nzmw_log_t* log, const char* path)
 {
-    constexpr int32_t kTrue = 1;  // of the MIBs' truth values
     confd_value_t disabled;
-    CONFD_SET_ENUM_VALUE(&disabled, kTrue);
+    CONFD_SET_ENUM_VALUE(&disabled, mib::kTrue);
     nzmw_log_debug(log, "Will set %s/bgpPeerAfiSafiDisable", path);
     if (transaction.set(&disabled, "%s/bgpPeerAfiSafiDisable", path) != CONFD_OK) {
         nzmw_log_debug(log, "Failed to set val %d to bgpPeerAfiSafiDisable in entry BGP Peer AFI/SAFI %s, err: %s",
-                       kTrue, path, confd_lasterr());
+                       mib::kTrue, path, confd_lasterr());
     }
 }
