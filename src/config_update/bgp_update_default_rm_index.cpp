@@ -9,6 +9,7 @@
 
 #include "bgp_update/rm_index_entries.h"
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -99,7 +100,7 @@ static int32_t update_bgp_tables_rm_index(int32_t maapi_socket, int32_t thandle,
 }
 
 int32_t update_rm_index(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, uint32_t rm_index)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
 
     nzmw_log_debug(log, "Starting BGP RM index update\n");
@@ -125,3 +126,4 @@ int32_t update_rm_index(int32_t maapi_socket, int32_t thandle, int32_t cdb_socke
     nzmw_log_debug(log, "Finishing BGP RM index update\n");
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

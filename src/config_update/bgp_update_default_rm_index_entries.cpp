@@ -6,6 +6,7 @@
 
 #include "bgp_update/rm_index_entries.h"
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -48,18 +49,15 @@ std::string under_index(const confd_value_t& keys, int new_index)
 
 BaseEntry::BaseEntry(int32_t maapi_socket, int32_t thandle, std::string table_path, const confd_value_t* keys,
                      int32_t key_count)
-    : log_(get_conf_updt_log_handle()),
-      maapi_socket_(maapi_socket),
-      thandle_(thandle),
-      table_path_(std::move(table_path)),
-      entry_keys_(static_cast<std::size_t>(std::max(key_count, kKeysLookedAt)), absent()),
-      key_count_(key_count)
-{
+try : log_(get_conf_updt_log_handle()), maapi_socket_(maapi_socket), thandle_(thandle),
+    table_path_(std::move(table_path)),
+    entry_keys_(static_cast<std::size_t>(std::max(key_count, kKeysLookedAt)), absent()), key_count_(key_count) {
     for (int32_t i = 0; i < key_count_; ++i) {
         confd_value_dup_to(&keys[i], &entry_keys_[static_cast<std::size_t>(i)]);
     }
     entry_path_ = current_path();
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 BaseEntry::~BaseEntry()
 {
@@ -69,26 +67,29 @@ BaseEntry::~BaseEntry()
 }
 
 std::string BaseEntry::current_path() const
-{
+try {
     char path[kPathSize] = "";
     confd_format_keypath(path, sizeof path, "%s{%*x}", table_path_.c_str(), key_count_, entry_keys_.data());
     return path;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 void BaseEntry::log_update() const
-{
+try {
     nzmw_log_debug(log_, "Updating path: %s\n", entry_path_.c_str());
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 void BaseEntry::set_key(int position, uint32_t number)
-{
+try {
     confd_value_t* const key = &entry_keys_[static_cast<std::size_t>(position)];
     confd_free_dup_to_value(key);
     CONFD_SET_UINT32(key, number);
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 bool BaseEntry::move()
-{
+try {
     const confd::Transaction transaction{maapi_socket_, thandle_};
     if (transaction.move(entry_keys_.data(), key_count_, "%s", entry_path_.c_str()) == CONFD_OK) {
         return true;
@@ -96,16 +97,18 @@ bool BaseEntry::move()
     nzmw_log_debug(log_, "Failed to move path: %s (err: %s)\n", entry_path_.c_str(), confd_lasterr());
     return false;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 bool BaseEntry::move_to_index(int new_index)
-{
+try {
     log_update();
     set_key(0, static_cast<uint32_t>(new_index));
     return move();
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 void BaseEntry::set_index(const char* signature, const char* leaf, int new_index) const
-{
+try {
     const confd::Transaction transaction{maapi_socket_, thandle_};
     const std::string path = current_path();
 
@@ -119,15 +122,17 @@ void BaseEntry::set_index(const char* signature, const char* leaf, int new_index
                        confd_lasterr());
     }
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int32_t BaseEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-{
+try {
     move_to_index(new_index);
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION("BaseEntry::MoveEntry")
 
 int32_t RtmMjEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-{
+try {
     BGP_REQUIRE_TYPE(__LINE__, &entry_keys_[2], C_ENUM_VALUE);
     const int32_t partner = CONFD_GET_ENUM_VALUE(&entry_keys_[2]);
     if (partner != mib::kPartnerBgp) {
@@ -139,9 +144,10 @@ int32_t RtmMjEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
     move();
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION("RtmMjEntry::MoveEntry")
 
 int32_t RtmRedistEntry::MoveEntry(uint32_t old_index, int new_index)
-{
+try {
     const confd::Transaction transaction{maapi_socket_, thandle_};
 
     confd::Value temp;
@@ -161,9 +167,10 @@ int32_t RtmRedistEntry::MoveEntry(uint32_t old_index, int new_index)
     move();
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION("RtmRedistEntry::MoveEntry")
 
 int32_t RtmRedistProtocolHiddenEntry::MoveEntry(uint32_t old_index, int new_index)
-{
+try {
     const confd::Transaction transaction{maapi_socket_, thandle_};
 
     confd::Value temp;
@@ -185,25 +192,28 @@ int32_t RtmRedistProtocolHiddenEntry::MoveEntry(uint32_t old_index, int new_inde
     }
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION("RtmRedistProtocolHiddenEntry::MoveEntry")
 
 int32_t BgpPeerEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-{
+try {
     if (move_to_index(new_index)) {
         set_index(__PRETTY_FUNCTION__, "%s/bgpPeerLocalNm", new_index);
     }
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION("BgpPeerEntry::MoveEntry")
 
 int32_t BgpNmEntityEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-{
+try {
     if (move_to_index(new_index)) {
         set_index(__PRETTY_FUNCTION__, "%s/bgpNmEntRmIndex", new_index);
     }
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION("BgpNmEntityEntry::MoveEntry")
 
 int32_t BgpNmListenEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-{
+try {
     const auto index = static_cast<uint32_t>(new_index);
 
     log_update();
@@ -215,9 +225,10 @@ int32_t BgpNmListenEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
     move();
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION("BgpNmListenEntry::MoveEntry")
 
 int32_t BgpPeerEntryGlobalHiddenEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-{
+try {
     if (!move_to_index(new_index)) {
         return 0;
     }
@@ -238,3 +249,4 @@ int32_t BgpPeerEntryGlobalHiddenEntry::MoveEntry(uint32_t /*old_index*/, int new
     }
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION("BgpPeerEntryGlobalHiddenEntry::MoveEntry")

@@ -4,6 +4,7 @@
 #include "bgp_update/ipv6.h"
 
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/mib_values.h"
 #include "confd/tags.h"
 #include "confd/transaction.h"
@@ -294,7 +295,7 @@ static void enable_ipv6(int32_t maapi_socket, int32_t thandle, int32_t cdb_socke
 }
 
 int32_t update_ipv6(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
 
     nzmw_log_debug(log, "Update BGP Ipv6\n");
@@ -311,3 +312,4 @@ int32_t update_ipv6(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket)
     nzmw_log_debug(log, "Finishing BGP Ipv6 update\n");
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

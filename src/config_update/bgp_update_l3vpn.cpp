@@ -3,6 +3,7 @@
 #include "bgp_update/l3vpn.h"
 
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -65,7 +66,7 @@ static int32_t update_peer_afi_safi(int32_t cdb_socket, int32_t maapi_socket, in
 }
 
 int32_t update_l3vpn(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
 
@@ -105,9 +106,10 @@ int32_t update_l3vpn(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket)
     nzmw_log_debug(log, "Finishing BGP AfiSafi L3VPN\n");
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int32_t update_bgp_bvm_join(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int bgp_count)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
 
@@ -136,3 +138,4 @@ int32_t update_bgp_bvm_join(int32_t maapi_socket, int32_t thandle, int32_t cdb_s
     nzmw_log_debug(log, "Finishing BGP and BVM join update\n");
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

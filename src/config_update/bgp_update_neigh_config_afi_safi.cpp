@@ -10,6 +10,7 @@
 #include <tuple>
 
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -167,7 +168,7 @@ static int32_t update_neigh_config_unused_AFs(int32_t maapi_socket, int32_t than
 }
 
 int32_t update_neigh_config_afi_safi(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int32_t bgp_count)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
 
     nzmw_log_debug(log, "enter %s\n", __func__);
@@ -184,3 +185,4 @@ int32_t update_neigh_config_afi_safi(int32_t maapi_socket, int32_t thandle, int3
     nzmw_log_debug(log, "exit %s\n", __func__);
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/mib_values.h"
 #include "confd/tags.h"
 #include "confd/transaction.h"
@@ -200,7 +201,7 @@ static void update_table(const Table& table, int32_t maapi_socket, int32_t thand
 }
 
 int32_t update_neigh_config_drop_warn(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int32_t bgp_count)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
 
     nzmw_log_debug(log, "enter %s\n", __func__);
@@ -213,3 +214,4 @@ int32_t update_neigh_config_drop_warn(int32_t maapi_socket, int32_t thandle, int
     nzmw_log_debug(log, "exit %s\n", __func__);
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
 #include "confd/value.h"
@@ -102,7 +103,7 @@ bool set_sequence_leaf(const confd::Transaction& transaction, confd_value_t* val
 }  // namespace
 
 int32_t create_hl_and_internal_entries(int32_t maapi_socket, int32_t thandle, std::string name, int32_t list_index)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
     const char* const key = name.c_str();
@@ -138,12 +139,13 @@ int32_t create_hl_and_internal_entries(int32_t maapi_socket, int32_t thandle, st
     }
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 // NOLINTBEGIN(performance-unnecessary-value-param): the exported interface takes the names by value
 
 int32_t create_hl_sequence_entry(int32_t maapi_socket, int32_t thandle, int jpfx, uint32_t sequence,
                                  confd_value_t* pfx_entries, std::string name, int32_t /*list_index*/)
-{
+try {
     const confd::Transaction transaction{maapi_socket, thandle};
     confd_value_t* const row = &pfx_entries[jpfx * aallPreAccessListLast];
 
@@ -177,20 +179,22 @@ int32_t create_hl_sequence_entry(int32_t maapi_socket, int32_t thandle, int jpfx
     confd_value_t* const action = &row[aallPreAccessListIncluded];
     return set_sequence_leaf(transaction, action, "/prefix-list/{%s}/seq{%u}/action", name, sequence) ? 0 : -1;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int32_t update_entry(int32_t maapi_socket, int32_t thandle, int jpfx, uint32_t sequence, confd_value_t* pfx_entries,
                      std::string name, int32_t list_index)
-{
+try {
     nzmw_log_debug(get_conf_updt_log_handle(), "Found name %s for idx %d", name.c_str(), list_index);
     create_hl_and_internal_entries(maapi_socket, thandle, name, list_index);
     create_hl_sequence_entry(maapi_socket, thandle, jpfx, sequence, pfx_entries, name, list_index);
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 // NOLINTEND(performance-unnecessary-value-param)
 
 int32_t update_prefix_list(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, uint32_t rm_index)
-{
+try {
     PrefixListUpdate update{maapi_socket, thandle, cdb_socket, rm_index, __PRETTY_FUNCTION__};
     const confd::Transaction transaction{maapi_socket, thandle};
 
@@ -227,3 +231,4 @@ int32_t update_prefix_list(int32_t maapi_socket, int32_t thandle, int32_t cdb_so
     nzmw_log_debug(update.log, "Finishing Prefix List update\n");
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

@@ -54,7 +54,7 @@ private:
 
 int bgp_vrf_afisafi_create(int maapi_socket, int thandle, uint32_t index, char* vrf_name, uint32_t /*as*/,
                            confd_value_t* afi, confd_value_t* safi)
-{
+try {
     const confd::Transaction transaction{maapi_socket, thandle};
 
     BGP_REQUIRE_TYPE(40, afi, C_ENUM_VALUE);
@@ -70,6 +70,7 @@ int bgp_vrf_afisafi_create(int maapi_socket, int thandle, uint32_t index, char* 
                                                         vrf_name, RtmRedistInfoSource::kBgp, BgpUtils::is_IPv6(afi));
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 // Gives one VRF its instance; the path is that of its entry in the command-line model.
 static void create_vrf_instance(int32_t maapi_socket, int32_t thandle, uint32_t as, char* name, uint32_t index,
@@ -91,7 +92,7 @@ static void create_vrf_instance(int32_t maapi_socket, int32_t thandle, uint32_t 
 }
 
 int32_t update_vrf(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, uint32_t as)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
 
     nzmw_log_debug(log, "Update BGP VRF\n");
@@ -135,3 +136,4 @@ int32_t update_vrf(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, ui
     nzmw_log_debug(log, "Finishing VRF update\n");
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

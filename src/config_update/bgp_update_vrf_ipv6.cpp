@@ -3,6 +3,7 @@
 // transaction has them. Does nothing without a BGP router entity.
 #include "bgp_update/vrf.h"
 #include "conf_updt_log.h"
+#include "confd/fault.h"
 #include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -81,7 +82,7 @@ static uint32_t get_local_as(nzmw_log_t* log, int maapi_socket, int thandle)
 }
 
 int update_vrf_ipv6(int maapi_socket, int thandle, int /*cdb_socket*/, int bgp_count)
-{
+try {
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
 
@@ -115,3 +116,4 @@ int update_vrf_ipv6(int maapi_socket, int thandle, int /*cdb_socket*/, int bgp_c
     nzmw_log_debug(log, "Finishing VRF IPv6 update\n");
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

@@ -22,8 +22,8 @@ struct StepRules {
 // All sites but those that each re-keyed table has alike.
 const std::vector<StepRules>& step_rules();
 
-// Where an allocation of the library is refused: the process ends in a fault report of an entry point, or, without room
-// for the names of the VRFs, goes on without their instances.
+// Where an allocation of the library is refused and the process does not end: without room for the names of the VRFs the
+// upgrade goes on without their instances.
 Demand without_memory();
 
 // A table whose rows update_rm_index walks through and moves. Rows that stay behind may bring these writes.

@@ -150,9 +150,10 @@ private:
         });
     }
 
-    bool says_no_memory(const Fault& fault) const
+    // Whether this is the end of an exported function of the library that had no memory.
+    static bool says_no_memory(const Fault& fault)
     {
-        return fault.text == "std::bad_alloc" && demanded(no_memory_, fault);
+        return fault.kind == Fault::Kind::Fault && fault.text == "std::bad_alloc" && fault.source.rfind("src/", 0) == 0;
     }
 
     void take_write(const RecordedCall& made)
