@@ -14,9 +14,9 @@
 
 #include "bgp_update/update.h"
 #include "confd_maapi.h"
-#include "configuration_size.h"
 #include "device.h"
-#include "upgrade_steps.h"
+#include "report/configuration_size.h"
+#include "report/upgrade_steps.h"
 
 namespace {
 

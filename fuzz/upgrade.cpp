@@ -19,8 +19,8 @@
 
 #include "bgp_update/update.h"
 #include "configuration_edits.h"
-#include "configuration_generator.h"
 #include "device.h"
+#include "generate/configuration.h"
 #include "require.h"
 #include "written_again.h"
 

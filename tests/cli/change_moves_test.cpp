@@ -1,6 +1,6 @@
 // Moves among created and deleted entries, small ones one by one and random ones against what a move is: for one key leaf
 // after the other, two free entries of a list that are alike but for that leaf, when no third one is.
-#include "change_moves.h"
+#include "report/change_moves.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -3,8 +3,8 @@
 
 #include <sys/stat.h>
 
-#include "configuration_generator.h"
 #include "device.h"
+#include "generate/configuration.h"
 #include "store/list.h"
 #include "support/run_command.h"
 #include "support/scratch_folder.h"

@@ -1,5 +1,5 @@
 // What the log tells of the upgrade's steps: lines given one by one, and those of real upgrades with calls that fail.
-#include "upgrade_steps.h"
+#include "report/upgrade_steps.h"
 
 #include <gmock/gmock.h>
 
@@ -11,8 +11,8 @@
 
 #include "bgp_update/update.h"
 #include "device.h"
+#include "report/upgrade_step_lines.h"
 #include "support/scratch_folder.h"
-#include "upgrade_step_lines.h"
 
 namespace bgp_test {
 namespace {

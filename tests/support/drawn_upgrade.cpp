@@ -8,7 +8,7 @@
 #include "bgp_update/l3vpn.h"
 #include "bgp_update/router_bgp.h"
 #include "bgp_update/update.h"
-#include "configuration_generator.h"
+#include "generate/configuration.h"
 #include "store/list.h"
 #include "support/change_lines.h"
 

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "configuration_generator.h"
 #include "device.h"
+#include "generate/configuration.h"
 #include "support/drawn_upgrade.h"
 #include "support/show_faults.h"
 #include "support/update_fixture.h"

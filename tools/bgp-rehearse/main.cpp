@@ -8,11 +8,11 @@
 #include <cstdlib>
 #include <exception>
 
-#include "generate.h"
+#include "base/text_escape.h"
+#include "generate/generate.h"
 #include "options.h"
-#include "run.h"
-#include "sweep.h"
-#include "text_escape.h"
+#include "run/run.h"
+#include "sweep/sweep.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <thread>
 
-#include "text_escape.h"
+#include "base/text_escape.h"
 
 namespace bgp_rehearse {
 

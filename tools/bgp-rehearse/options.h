@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "configuration_generator.h"
-#include "exit_status.h"
+#include "base/exit_status.h"
+#include "generate/configuration.h"
 #include "xml/config_reader.h"
 
 namespace bgp_rehearse {

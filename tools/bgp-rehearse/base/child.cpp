@@ -1,0 +1,199 @@
+#include "base/child.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/signalfd.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "base/exit_status.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+[[noreturn]] void no_child(const char* what)
+{
+    throw CommandError(ExitStatus::BadInput,
+                       fmt::format("no process for the upgrade: {}: {}", what, std::strerror(errno)));
+}
+
+// Cuts what comes through the channel into lines.
+class LineReader {
+public:
+    LineReader(int descriptor, const std::function<void(std::string_view)>& on_line)
+        : descriptor_(descriptor), on_line_(on_line)
+    {
+    }
+
+    // Takes what is there now. False: the other end is closed.
+    bool read_available()
+    {
+        char piece[65536];
+        for (;;) {
+            const ssize_t size = read(descriptor_, piece, sizeof piece);
+            if (size < 0 && errno == EINTR) {
+                continue;
+            }
+            if (size <= 0) {
+                return size < 0;
+            }
+            pending_.append(piece, static_cast<std::size_t>(size));
+            pass_lines();
+        }
+    }
+
+private:
+    void pass_lines()
+    {
+        std::size_t start = 0;
+        for (std::size_t end; (end = pending_.find('\n', start)) != std::string::npos; start = end + 1) {
+            on_line_(std::string_view(pending_).substr(start, end - start));
+        }
+        pending_.erase(0, start);
+    }
+
+    int descriptor_;
+    const std::function<void(std::string_view)>& on_line_;
+    std::string pending_;
+};
+
+void redirect_standard_streams()
+{
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    const int nothing = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (nothing >= 0) {
+        dup2(nothing, STDIN_FILENO);
+        close(nothing);
+    }
+}
+
+[[noreturn]] void be_child(const InterruptGuard& interrupts, pid_t parent, const std::function<int(int)>& body,
+                           int channel) noexcept
+{
+    // Its own process group: an interrupt from the terminal goes to the parent alone, which then ends the whole group.
+    setpgid(0, 0);
+    signal(SIGTTOU, SIG_IGN);  // so that the group may show progress on the terminal
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) {
+        std::_Exit(EXIT_FAILURE);
+    }
+    redirect_standard_streams();
+    interrupts.release();
+    const int status = body(channel);
+    // A big configuration takes long to free row by row, for nothing.
+    std::fflush(nullptr);
+    std::_Exit(status);
+}
+
+ChildEnd wait_for(pid_t child)
+{
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    kill(-child, SIGKILL);  // what it started and left behind
+    return WIFSIGNALED(status) ? ChildEnd{0, WTERMSIG(status), 0} : ChildEnd{WEXITSTATUS(status), 0, 0};
+}
+
+bool has_ended(pid_t child)
+{
+    siginfo_t info{};
+    return waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == child;
+}
+
+ChildEnd watch(const InterruptGuard& interrupts, pid_t child, int channel,
+               const std::function<void(std::string_view)>& on_line)
+{
+    LineReader lines(channel, on_line);
+    pollfd sources[] = {{interrupts.descriptor(), POLLIN, 0}, {channel, POLLIN, 0}};
+    while (!has_ended(child)) {
+        poll(sources, 2, -1);
+        if (sources[1].revents != 0 && !lines.read_available()) {
+            sources[1].fd = -1;  // poll() passes over it
+        }
+        const int signal = interrupts.take();
+        if (signal != 0 && signal != SIGCHLD) {
+            kill(-child, SIGKILL);
+            wait_for(child);
+            return {0, 0, signal};
+        }
+    }
+    lines.read_available();
+    return wait_for(child);
+}
+
+}  // namespace
+
+InterruptGuard::InterruptGuard()
+{
+    sigset_t waiting;
+    sigemptyset(&waiting);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action {};
+        if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
+            sigaddset(&waiting, number);
+        }
+    }
+    signal(SIGCHLD, SIG_DFL);
+    sigaddset(&waiting, SIGCHLD);
+    sigprocmask(SIG_BLOCK, &waiting, &before_);
+    descriptor_ = signalfd(-1, &waiting, SFD_NONBLOCK | SFD_CLOEXEC);
+    if (descriptor_ < 0) {
+        sigprocmask(SIG_SETMASK, &before_, nullptr);
+        no_child("signals");
+    }
+}
+
+InterruptGuard::~InterruptGuard()
+{
+    close(descriptor_);
+    release();
+}
+
+int InterruptGuard::take() const noexcept
+{
+    signalfd_siginfo info{};
+    return read(descriptor_, &info, sizeof info) == sizeof info ? static_cast<int>(info.ssi_signo) : 0;
+}
+
+void InterruptGuard::release() const noexcept
+{
+    sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(int channel)>& body,
+                      const std::function<void(std::string_view)>& on_line)
+{
+    int channel[2];
+    if (pipe2(channel, O_CLOEXEC) != 0) {
+        no_child("pipe");
+    }
+    fcntl(channel[0], F_SETFL, O_NONBLOCK);
+    std::fflush(nullptr);  // what is buffered now must not be written twice
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child < 0) {
+        close(channel[0]);
+        close(channel[1]);
+        no_child("fork");
+    }
+    if (child == 0) {
+        close(channel[0]);
+        be_child(interrupts, parent, body, channel[1]);
+    }
+    setpgid(child, child);  // here too, so that it is done before the first kill()
+    close(channel[1]);
+    const ChildEnd end = watch(interrupts, child, channel[0], on_line);
+    close(channel[0]);
+    return end;
+}
+
+}  // namespace bgp_rehearse

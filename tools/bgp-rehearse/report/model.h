@@ -1,0 +1,55 @@
+// What a rehearsal found, for the report in either form.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "calls/recorder.h"
+#include "report/change_list.h"
+#include "report/configuration_size.h"
+#include "report/upgrade_steps.h"
+#include "state.h"
+
+namespace bgp_rehearse {
+
+// How an upgrade ended that did not return.
+struct Ended {
+    enum class Kind { Fault, Assertion, Exception, Signal, Exit };
+
+    Kind kind = Kind::Exit;
+    std::string function;  // of the fault or assertion reported last; empty when there was none
+    std::string source;
+    unsigned int line = 0;
+    std::string text;
+    int signal = 0;  // that ended the process, 0 when it exited
+    int status = 0;  // that it exited with
+};
+
+// "fault", "assertion", "exception", "signal", "exit"
+const char* name_of(Ended::Kind kind) noexcept;
+
+// "SIGSEGV"
+std::string signal_name(int number);
+
+// "a fault in StartCdbSession (src/daemon/bgp_utils:397): Could not convert 127.0.0.1 to IPv4"
+std::string describe(const Ended& ended);
+
+struct Report {
+    std::string configuration;
+    std::string library;  // the file that the loader took
+    ConfigurationSize loaded;
+    std::optional<Ended> ended;  // when set, nothing is known of what the upgrade did but log and steps
+    int result = 0;              // of update()
+    bgp_platform::capi::CallCounts calls;
+    std::vector<Step> steps;  // empty when the log tells of none
+    std::vector<Change> changes;
+    std::vector<bgp_platform::Fault> faults;  // reported without ending the upgrade
+    std::size_t log_lines = 0;                // of an upgrade that returned
+    std::vector<std::string> log;             // kept only where the report shows it
+    std::optional<std::string> check;         // --commit-check: what is not valid, "" when all is
+    bool show_log = false;
+};
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,137 @@
+#include "run/messages.h"
+
+#include <nlohmann/json.hpp>
+
+#include "base/output_file.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using Json = nlohmann::json;
+using bgp_platform::Fault;
+
+void send(int channel, const char* kind, Json content)
+{
+    const Json message = {{"kind", kind}, {"content", std::move(content)}};
+    const std::string line = message.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    static_cast<void>(write_all(channel, line.data(), line.size()));
+}
+
+Json fault_json(const Fault& fault)
+{
+    return {{"assertion", fault.kind == Fault::Kind::Assertion},
+            {"severity", fault.severity},
+            {"function", fault.function},
+            {"source", fault.source},
+            {"line", fault.line},
+            {"text", fault.text}};
+}
+
+Fault fault_of(const Json& json)
+{
+    Fault fault;
+    fault.kind = json.at("assertion").get<bool>() ? Fault::Kind::Assertion : Fault::Kind::Fault;
+    fault.severity = json.at("severity").get<int>();
+    fault.function = json.at("function").get<std::string>();
+    fault.source = json.at("source").get<std::string>();
+    fault.line = json.at("line").get<unsigned int>();
+    fault.text = json.at("text").get<std::string>();
+    return fault;
+}
+
+Json calls_json(const CallTotals& calls)
+{
+    return {{"reads", calls.reads}, {"writes", calls.writes}, {"failed_writes", calls.failed_writes}};
+}
+
+CallTotals calls_of(const Json& json)
+{
+    return {json.at("reads").get<std::size_t>(), json.at("writes").get<std::size_t>(),
+            json.at("failed_writes").get<std::size_t>()};
+}
+
+Finished finished_of(const Json& json)
+{
+    return {json.at("failures").get<bool>(), json.at("invalid").get<std::string>(),
+            json.at("write_error").get<std::string>()};
+}
+
+void take_message(const std::string& kind, const Json& content, Told* told)
+{
+    if (kind == "library") {
+        told->library = content.get<std::string>();
+    } else if (kind == "refused") {
+        told->refused = content.get<std::string>();
+    } else if (kind == "log") {
+        told->log.push_back(content.get<std::string>());
+    } else if (kind == "log_failed") {
+        told->log_error = content.get<std::string>();
+    } else if (kind == "step_line") {
+        told->step_lines.push_back({content.at("line").get<std::string>(), calls_of(content.at("calls"))});
+        told->calls_at_report.reset();  // of a fault that the upgrade went on from
+    } else if (kind == "fault") {
+        told->faults.push_back(fault_of(content.at("fault")));
+        told->calls_at_report = calls_of(content.at("calls"));
+    } else if (kind == "exception") {
+        told->exception = content.at("text").get<std::string>();
+        told->calls_at_report = calls_of(content.at("calls"));
+    } else if (kind == "returned") {
+        told->returned = true;
+    } else if (kind == "finished") {
+        told->finished = finished_of(content);
+    }
+}
+
+}  // namespace
+
+void Teller::library(const std::string& path) const
+{
+    send(channel_, "library", path);
+}
+void Teller::refused(const std::string& reason) const
+{
+    send(channel_, "refused", reason);
+}
+void Teller::log_line(std::string_view line) const
+{
+    send(channel_, "log", line);
+}
+void Teller::log_failed(const std::string& reason) const
+{
+    send(channel_, "log_failed", reason);
+}
+void Teller::step_line(std::string_view line, const CallTotals& calls) const
+{
+    send(channel_, "step_line", {{"line", line}, {"calls", calls_json(calls)}});
+}
+void Teller::fault(const Fault& fault, const CallTotals& calls) const
+{
+    send(channel_, "fault", {{"fault", fault_json(fault)}, {"calls", calls_json(calls)}});
+}
+void Teller::exception(const std::string& text, const CallTotals& calls) const
+{
+    send(channel_, "exception", {{"text", text}, {"calls", calls_json(calls)}});
+}
+void Teller::returned() const
+{
+    send(channel_, "returned", nullptr);
+}
+
+void Teller::finished(const Finished& finished) const
+{
+    send(channel_, "finished",
+         {{"failures", finished.failures}, {"invalid", finished.invalid}, {"write_error", finished.write_error}});
+}
+
+void Told::take(std::string_view line)
+{
+    // The channel is open in the process of the code under rehearsal, which may write anything to it.
+    const Json message = Json::parse(line, nullptr, false);
+    try {
+        take_message(message.at("kind").get<std::string>(), message.at("content"), this);
+    } catch (const Json::exception&) {
+    }
+}
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,66 @@
+// What the child process tells its parent while it rehearses: one JSON document a line.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "report/upgrade_steps.h"
+#include "state.h"
+
+namespace bgp_rehearse {
+
+// How it went after update() had returned.
+struct Finished {
+    bool failures = false;    // a write failed, a fault was reported, or update() did not return 0
+    std::string invalid;      // what --commit-check found
+    std::string write_error;  // why output or report could not be written
+};
+
+// The child's side. A message that cannot be sent is lost: its parent is gone, and this process with it.
+class Teller {
+public:
+    explicit Teller(int channel) : channel_(channel) {}
+
+    void library(const std::string& path) const;       // the library is open
+    void refused(const std::string& reason) const;     // it cannot be used
+    void log_line(std::string_view line) const;        //
+    void log_failed(const std::string& reason) const;  // the log's file could not be written any further
+    void returned() const;                             // update() has
+    void finished(const Finished& finished) const;
+
+    // With the calls made so far: a log line at the border of a step, a fault of an upgrade that may go on, and what
+    // left update().
+    void step_line(std::string_view line, const CallTotals& calls) const;
+    void fault(const bgp_platform::Fault& fault, const CallTotals& calls) const;
+    void exception(const std::string& text, const CallTotals& calls) const;
+
+private:
+    int channel_;
+};
+
+// A log line at the border of a step, and all calls made until it was written.
+struct StepLine {
+    std::string line;
+    CallTotals calls;
+};
+
+// The parent's side: all that it was told.
+struct Told {
+    std::string library;
+    std::optional<std::string> refused;
+    std::vector<std::string> log;
+    std::string log_error;
+    std::vector<StepLine> step_lines;
+    std::optional<CallTotals> calls_at_report;  // made until the fault or exception that was told last
+    std::vector<bgp_platform::Fault> faults;
+    std::optional<std::string> exception;
+    bool returned = false;
+    std::optional<Finished> finished;
+
+    void take(std::string_view line);  // a line that is no message is passed over
+};
+
+}  // namespace bgp_rehearse

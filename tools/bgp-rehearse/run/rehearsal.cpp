@@ -1,0 +1,156 @@
+#include "run/rehearsal.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <optional>
+#include <utility>
+
+#include "base/output_file.h"
+#include "base/progress.h"
+#include "base/text_escape.h"
+#include "report/report.h"
+#include "run/library.h"
+#include "run/messages.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_platform::Datastore;
+using bgp_platform::Device;
+
+// Each line goes out with a write of its own, so that the log is complete up to the moment the upgrade ends, whichever
+// way it does.
+void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller, UpgradeSteps& steps,
+                std::size_t& lines)
+{
+    const bool tell = options.json || options.log_in_report();
+    device.keep_reports(tell);  // the log of a large configuration takes as much memory as its rows
+    device.log_sink = [&, tell, teller, log, failed = false](std::string_view line) mutable {
+        ++lines;
+        if (steps.take(line)) {
+            teller.step_line(line, totals_of(device.calls()));
+        }
+        if (tell) {
+            teller.log_line(line);
+        }
+        if (log < 0 || failed) {
+            return;
+        }
+        const std::string text = escaped_line(line) + "\n";
+        if (!write_all(log, text.data(), text.size())) {
+            failed = true;
+            teller.log_failed(std::strerror(errno));
+        }
+    };
+}
+
+// The result of update(), or none when an exception left it.
+std::optional<int> run_update(const UpgradeLibrary& library, Device& device, const Teller& teller)
+{
+    const bgp_platform::UpgradeHandles upgrade = device.open_upgrade();
+    try {
+        return library.update(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket);
+    } catch (const std::exception& error) {
+        teller.exception(error.what(), totals_of(device.calls()));
+    } catch (...) {
+        teller.exception("of a type that is not known", totals_of(device.calls()));
+    }
+    return std::nullopt;
+}
+
+// What is not valid in the result, or nothing. A text that XML has no place for shows before libyang sees it.
+std::string check(const Device& device)
+{
+    try {
+        return device.validate(Datastore::Transaction);
+    } catch (const bgp_platform::xml::WriteError& error) {
+        return error.what();
+    }
+}
+
+Report complete_report(const RunOptions& options, const Device& device, int result, Report report)
+{
+    report.result = result;
+    report.calls = device.calls();
+    report.changes = collect_changes(device);
+    report.faults = device.faults();
+    report.log = device.log();
+    if (options.commit_check) {
+        report.check = check(device);
+    }
+    return report;
+}
+
+bool has_failures(const Report& report)
+{
+    return report.result != 0 || report.calls.failed_write_count() > 0 || !report.faults.empty();
+}
+
+// Returns why it failed, or nothing.
+std::string write_output(const std::string& name, const Device& device, int output)
+{
+    ProgressLine progress("writing " + escaped(name));
+    try {
+        device.write(Datastore::Transaction, output,
+                     [&](std::size_t bytes, std::size_t total) { progress.show(bytes, total); });
+    } catch (const std::exception& error) {
+        return fmt::format("{} could not be written: {}", escaped(name), escaped(error.what()));
+    }
+    return {};
+}
+
+std::string write_report(const RunOptions& options, const Report& report, int file, bool colour)
+{
+    return write_report(report, options.json, colour, file)
+               ? std::string()
+               : fmt::format("the report could not be written: {}", std::strerror(errno));
+}
+
+}  // namespace
+
+int rehearse(const RunOptions& options, const std::string& library, Device& device, Report report,
+             const RehearsalFiles& files, bool colour, int channel)
+{
+    const Teller teller(channel);
+    std::optional<UpgradeLibrary> upgrade_library;
+    try {
+        upgrade_library.emplace(library);
+    } catch (const CommandError& error) {
+        teller.refused(error.what());
+        return EXIT_FAILURE;
+    }
+    report.library = upgrade_library->path();
+    teller.library(report.library);
+    UpgradeSteps steps([&device] { return totals_of(device.calls()); });
+    follow_log(options, device, files.log, teller, steps, report.log_lines);
+    device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault, totals_of(device.calls())); };
+
+    const std::optional<int> result = run_update(*upgrade_library, device, teller);
+    if (!result) {
+        return EXIT_FAILURE;
+    }
+    teller.returned();
+    steps.returned();
+    report.steps = steps.all();
+    report = complete_report(options, device, *result, std::move(report));
+    Finished finished;
+    finished.failures = has_failures(report);
+    finished.invalid = report.check.value_or("");
+    if (files.output >= 0 && finished.invalid.empty()) {
+        finished.write_error = write_output(options.output, device, files.output);
+    }
+    const std::string report_error = write_report(options, report, files.report, colour);
+    if (finished.write_error.empty()) {
+        finished.write_error = report_error;
+    }
+    teller.finished(finished);
+    return EXIT_SUCCESS;
+}
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,26 @@
+// What happens in the child process: the library is opened, its upgrade runs against the device, and what came of it is
+// written down.
+#pragma once
+
+#include <string>
+
+#include "device.h"
+#include "options.h"
+#include "report/model.h"
+
+namespace bgp_rehearse {
+
+// The open descriptors that a rehearsal writes to, -1 where nothing is wanted.
+struct RehearsalFiles {
+    int report = -1;
+    int output = -1;
+    int log = -1;
+};
+
+// Runs the upgrade in this process, which a fault in the library then ends. `report` comes with what is known before
+// the run. Everything that the parent needs to know goes through the channel (messages.h), the report's text to its
+// file. Returns the exit status of the process: 0 when update() returned.
+int rehearse(const RunOptions& options, const std::string& library, bgp_platform::Device& device, Report report,
+             const RehearsalFiles& files, bool colour, int channel);
+
+}  // namespace bgp_rehearse

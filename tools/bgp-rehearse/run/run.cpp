@@ -1,0 +1,272 @@
+#include "run/run.h"
+
+#include <fmt/format.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+#include "base/child.h"
+#include "base/output_file.h"
+#include "base/text_escape.h"
+#include "device.h"
+#include "report/report.h"
+#include "report/text.h"
+#include "run/library.h"
+#include "run/loading.h"
+#include "run/messages.h"
+#include "run/rehearsal.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_platform::Device;
+
+// The files that the command writes, links followed; empty where none is wanted.
+struct Targets {
+    std::string output;
+    std::string log;
+};
+
+// The file for a name of the command line; empty for none.
+std::string check_target(const std::string& option, const std::string& name, const std::string& configuration,
+                         const std::string& library)
+{
+    if (name.empty()) {
+        return {};
+    }
+    std::string target = replaceable_file(option, name);
+    refuse_same_file(option, target, "the configuration to upgrade", configuration);
+    refuse_same_file(option, target, "the upgrade library", library);
+    return target;
+}
+
+Targets check_targets(const RunOptions& options, const std::string& library)
+{
+    if (options.output == "-") {
+        throw CommandError(ExitStatus::BadInput, "-o -: the report goes to standard output; name a file");
+    }
+    const std::string log = options.log_in_file() ? options.log : std::string();
+    Targets targets{check_target("-o", options.output, options.configuration, library),
+                    check_target("--log", log, options.configuration, library)};
+    if (!targets.output.empty() && !targets.log.empty()) {
+        refuse_same_file("--log", targets.log, "the output file", targets.output);
+    }
+    return targets;
+}
+
+// What is known of a run before it begins.
+Report blank_report(const RunOptions& options, const std::string& library, const Device& device)
+{
+    Report report;
+    report.configuration = options.configuration;
+    report.library = library;
+    report.show_log = options.log_in_report();
+    report.loaded = size_of(device.configuration(bgp_platform::Datastore::Stored));
+    return report;
+}
+
+Ended explain(const ChildEnd& end, const Told& told)
+{
+    Ended ended;
+    ended.signal = end.signal;
+    ended.status = end.status;
+    ended.kind = end.signal != 0 ? Ended::Kind::Signal : Ended::Kind::Exit;
+    if (!told.faults.empty()) {
+        const bgp_platform::Fault& fault = told.faults.back();
+        ended.function = fault.function;
+        ended.source = fault.source;
+        ended.line = fault.line;
+        ended.text = fault.text;
+        if (fault.kind == bgp_platform::Fault::Kind::Assertion && end.signal == SIGABRT) {
+            ended.kind = Ended::Kind::Assertion;
+        } else if (fault.kind == bgp_platform::Fault::Kind::Fault && end.signal == 0) {
+            ended.kind = Ended::Kind::Fault;
+        }
+    }
+    if (told.exception) {
+        ended.kind = Ended::Kind::Exception;
+        ended.text = *told.exception;
+    }
+    return ended;
+}
+
+// The steps of an upgrade that ended early. After a signal or an exit nobody could tell of the last calls.
+std::vector<Step> steps_of(const Told& told)
+{
+    CallTotals calls;
+    UpgradeSteps steps([&calls] { return calls; });
+    for (const StepLine& each : told.step_lines) {
+        calls = each.calls;
+        steps.take(each.line);
+    }
+    steps.ended(told.calls_at_report);
+    return steps.all();
+}
+
+// How the command ends, and what it says about it on standard error; empty: nothing.
+struct Outcome {
+    ExitStatus status = ExitStatus::Ok;
+    std::string message;
+};
+
+class Run {
+public:
+    Run(const RunOptions& options, std::string library, const Targets& targets, Device& device)
+        : options_(options), library_(std::move(library)), targets_(targets), device_(device)
+    {
+    }
+
+    Outcome rehearse();
+
+    // The report, as a descriptor to read it from.
+    int report() const noexcept { return report_file_; }
+
+private:
+    void write_ended_report(Report report, const Ended& ended) const;
+    Outcome ended(const ChildEnd& end, Report report, std::optional<OutputFile>& log) const;
+    Outcome settle(std::optional<OutputFile>& output, std::optional<OutputFile>& log) const;
+    void keep_log(std::optional<OutputFile>& log) const;
+    std::string without_output() const;
+
+    const RunOptions& options_;
+    std::string library_;
+    const Targets& targets_;
+    Device& device_;
+    int report_file_ = -1;
+    Told told_;
+};
+
+Outcome Run::rehearse()
+{
+    const Report blank = blank_report(options_, library_, device_);
+    const bool colour = wants_colour();
+    const InterruptGuard interrupts;
+    std::optional<OutputFile> output;
+    std::optional<OutputFile> log;
+    if (!targets_.output.empty()) {
+        output.emplace("-o", targets_.output);
+    }
+    if (!targets_.log.empty()) {
+        log.emplace("--log", targets_.log);
+    }
+    report_file_ = memfd_create("report", MFD_CLOEXEC);
+    const RehearsalFiles files{report_file_, output ? output->descriptor() : -1, log ? log->descriptor() : -1};
+    const ChildEnd end = run_in_child(
+        interrupts,
+        [&](int channel) { return bgp_rehearse::rehearse(options_, library_, device_, blank, files, colour, channel); },
+        [this](std::string_view line) { told_.take(line); });
+    if (end.interrupted_by != 0) {
+        throw Interrupted{end.interrupted_by};
+    }
+    if (told_.refused) {
+        throw CommandError(ExitStatus::BadInput, *told_.refused);
+    }
+    return told_.finished ? settle(output, log) : ended(end, blank, log);
+}
+
+std::string Run::without_output() const
+{
+    return options_.output.empty() ? std::string() : fmt::format("; {} is not written", escaped(options_.output));
+}
+
+void Run::keep_log(std::optional<OutputFile>& log) const
+{
+    if (!told_.log_error.empty()) {
+        throw CommandError(ExitStatus::NotWritten,
+                           fmt::format("{} could not be written: {}", escaped(options_.log), told_.log_error));
+    }
+    if (log) {
+        log->put_in_place();
+    }
+}
+
+void Run::write_ended_report(Report report, const Ended& ended) const
+{
+    report.library = told_.library.empty() ? library_ : told_.library;
+    report.ended = ended;
+    report.log = told_.log;
+    report.steps = steps_of(told_);
+    if (ftruncate(report_file_, 0) != 0 || lseek(report_file_, 0, SEEK_SET) != 0 ||
+        !bgp_rehearse::write_report(report, options_.json, wants_colour(), report_file_)) {
+        throw CommandError(ExitStatus::NotWritten, fmt::format("the report: {}", std::strerror(errno)));
+    }
+}
+
+Outcome Run::ended(const ChildEnd& end, Report report, std::optional<OutputFile>& log) const
+{
+    const Ended ended = explain(end, told_);
+    if (told_.returned) {
+        throw CommandError(
+            ExitStatus::NotWritten,
+            fmt::format("update returned, but what came of it could not be written: the process ended by {}{}",
+                        describe(ended), without_output()));
+    }
+    write_ended_report(std::move(report), ended);
+    Outcome outcome{ExitStatus::UpgradeEnded,
+                    fmt::format("the upgrade ended in {}{}", describe(ended), without_output())};
+    try {
+        keep_log(log);
+    } catch (const CommandError& error) {
+        outcome.message += fmt::format("\n{}", error.what());
+    }
+    return outcome;
+}
+
+Outcome Run::settle(std::optional<OutputFile>& output, std::optional<OutputFile>& log) const
+{
+    const Finished& finished = *told_.finished;
+    try {
+        keep_log(log);
+    } catch (const CommandError& error) {
+        return {error.status(), error.what() + without_output()};
+    }
+    if (!finished.invalid.empty()) {
+        return {ExitStatus::NotValid, "the result is not valid: " + escaped(finished.invalid) + without_output()};
+    }
+    if (!finished.write_error.empty()) {
+        return {ExitStatus::NotWritten, finished.write_error};
+    }
+    try {
+        if (output) {
+            output->put_in_place();
+        }
+    } catch (const CommandError& error) {
+        return {error.status(), error.what()};
+    }
+    return {options_.strict && finished.failures ? ExitStatus::WritesFailed : ExitStatus::Ok, {}};
+}
+
+// Copies the report to standard output.
+void print(int report)
+{
+    char piece[65536];
+    lseek(report, 0, SEEK_SET);
+    for (ssize_t size; (size = read(report, piece, sizeof piece)) > 0;) {
+        if (!write_all(STDOUT_FILENO, piece, static_cast<std::size_t>(size))) {
+            throw CommandError(ExitStatus::NotWritten, fmt::format("standard output: {}", std::strerror(errno)));
+        }
+    }
+}
+
+}  // namespace
+
+ExitStatus run(const RunOptions& options)
+{
+    const std::string library = find_library(options.library);
+    const Targets targets = check_targets(options, library);
+    Run run(options, library, targets, load_device(options.device, options.configuration));
+    const Outcome outcome = run.rehearse();
+    print(run.report());
+    if (!outcome.message.empty()) {
+        throw CommandError(outcome.status, outcome.message);
+    }
+    return outcome.status;
+}
+
+}  // namespace bgp_rehearse

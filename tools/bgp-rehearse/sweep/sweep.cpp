@@ -1,0 +1,198 @@
+#include "sweep/sweep.h"
+
+#include <arpa/inet.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/output_file.h"
+#include "base/text_escape.h"
+#include "run/library.h"
+#include "run/loading.h"
+#include "sweep/errors.h"
+#include "sweep/messages.h"
+#include "sweep/process.h"
+#include "sweep/report.h"
+#include "sweep/tally.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_platform::Device;
+using bgp_platform::capi::PlannedFailure;
+
+void add_call_plans(const Baseline& baseline, std::vector<SweepPlan>* plans)
+{
+    for (std::size_t call = 0; call < baseline.sites.size(); ++call) {
+        for (const PlannedFailure& failure : failures_of(baseline.sites[call].function)) {
+            for (const bool from_there : {false, true}) {
+                plans->push_back({{{call + 1, baseline.sites[call], failure, from_there}}, 0});
+            }
+        }
+    }
+}
+
+void add_pair_plans(const Baseline& baseline, std::vector<SweepPlan>* plans)
+{
+    for (std::size_t first = 1; first <= baseline.sites.size(); ++first) {
+        for (std::size_t second = first + 1; second <= baseline.sites.size(); ++second) {
+            plans->push_back(
+                {{{first, baseline.sites[first - 1], {}, false}, {second, baseline.sites[second - 1], {}, false}}, 0});
+        }
+    }
+}
+
+std::vector<SweepPlan> plans_for(const Baseline& baseline, const SweepOptions& options)
+{
+    std::vector<SweepPlan> plans;
+    add_call_plans(baseline, &plans);
+    if (options.pairs) {
+        add_pair_plans(baseline, &plans);
+    }
+    for (std::size_t allocation = 1; allocation <= baseline.allocations; ++allocation) {
+        plans.push_back({{}, allocation});
+    }
+    return plans;
+}
+
+in_addr documentation_address()
+{
+    return in_addr{htonl(0xC0000201)};  // 192.0.2.1
+}
+
+struct Part {
+    unsigned int number;
+    unsigned int of;
+};
+
+// One worker's part of a configuration's runs.
+class PartSweep {
+public:
+    PartSweep(Device& device, const std::string& library, const SweepOptions& options, std::string name, Part part)
+        : device_(device), library_(library), options_(options), name_(std::move(name)), part_(part)
+    {
+    }
+
+    Tally sweep()
+    {
+        Baseline baseline = run_baseline(device_, library_);
+        known_ = baseline.names;
+        std::vector<SweepPlan> plans = plans_for(baseline, options_);
+        sweep_plans(baseline, plans);
+
+        // With an address of its own, a device takes its router id from there.
+        device_.set_interfaces({documentation_address()});
+        baseline = run_baseline(device_, library_);
+        plans.clear();
+        add_call_plans(baseline, &plans);
+        plans.erase(
+            std::remove_if(plans.begin(), plans.end(),
+                           [&](const SweepPlan& plan) { return known_.count(plan.calls.front().site.name()) != 0; }),
+            plans.end());
+        sweep_plans(baseline, plans);
+        return std::move(tally_);
+    }
+
+private:
+    void sweep_plans(const Baseline& baseline, const std::vector<SweepPlan>& plans)
+    {
+        tally_.take_baseline(baseline, name_);
+        for (std::size_t i = part_.number; i < plans.size(); i += part_.of * options_.every) {
+            sweep_found(baseline, plans[i], run(baseline, plans[i]));
+        }
+    }
+
+    // A site that only a failure leads to: a call there fails as well.
+    void sweep_found(const Baseline& baseline, const SweepPlan& plan, const Verdict& verdict)
+    {
+        if (plan.calls.size() != 1 || plan.calls.front().from_there) {
+            return;
+        }
+        for (const auto& [call, site] : verdict.found) {
+            if (!known_.insert(site.name()).second) {
+                continue;
+            }
+            for (const PlannedFailure& failure : failures_of(site.function)) {
+                run(baseline, {{plan.calls.front(), {call, site, failure, false}}, 0});
+            }
+        }
+    }
+
+    Verdict run(const Baseline& baseline, const SweepPlan& plan)
+    {
+        Verdict verdict = run_plan(device_, library_, baseline, plan);
+        tally_.take(plan, verdict, name_ + ": " + describe(plan));
+        return verdict;
+    }
+
+    Device& device_;
+    const UpgradeLibrary library_;
+    const SweepOptions& options_;
+    const std::string name_;
+    const Part part_;
+    Tally tally_;
+    std::set<std::string> known_;  // names of sites that are swept
+};
+
+Tally tally_from(SweepProcess& worker, const std::string& name)
+{
+    const std::string text = worker.wait().text;
+    if (text.empty()) {
+        throw CommandError(ExitStatus::UpgradeEnded,
+                           fmt::format("{0}: the upgrade does not return even when nothing fails: "
+                                       "bgp-rehearse run {0} shows how it ends",
+                                       escaped(name)));
+    }
+    return tally_of(text);
+}
+
+// In a worker.
+int tell(const Tally& tally, int channel)
+{
+    const std::string text = message_of(tally);
+    return write_all(channel, text.data(), text.size()) ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+Tally sweep_configuration(const SweepOptions& options, const std::string& library, const std::string& name)
+{
+    Device& device = load_device(options.device, name);
+    std::vector<SweepProcess> workers;
+    for (unsigned int i = 0; i < options.jobs; ++i) {
+        workers.emplace_back([&](int channel) {
+            return tell(PartSweep(device, library, options, name, {i, options.jobs}).sweep(), channel);
+        });
+    }
+    Tally tally;
+    for (SweepProcess& worker : workers) {
+        tally.add(tally_from(worker, name));
+    }
+    return tally;
+}
+
+}  // namespace
+
+ExitStatus sweep(const SweepOptions& options)
+{
+    const std::string library = find_library(options.library);
+    Tally tally;
+    for (const std::string& name : options.configurations) {
+        tally.add(sweep_configuration(options, library, name));
+    }
+    const std::string text = options.json ? json_sweep_report(options, tally) : text_sweep_report(options, tally);
+    if (!write_all(STDOUT_FILENO, text.data(), text.size())) {
+        throw CommandError(ExitStatus::NotWritten, fmt::format("standard output: {}", std::strerror(errno)));
+    }
+    const bool all = tally.sites_reached() == tally.sites.size();
+    return tally.breaks > 0 || (options.all_sites && !all) ? ExitStatus::ContractBroken : ExitStatus::Ok;
+}
+
+}  // namespace bgp_rehearse
