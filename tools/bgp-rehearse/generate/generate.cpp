@@ -9,6 +9,7 @@
 #include "base/child.h"
 #include "base/output_file.h"
 #include "base/text_escape.h"
+#include "generate/configuration.h"
 
 namespace bgp_rehearse {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "generate/configuration.h"
 #include "generate/draw.h"
+#include "generate/settings.h"
 
 namespace bgp_generator {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "generate/configuration.h"
+#include "generate/settings.h"
 
 namespace bgp_generator {
 

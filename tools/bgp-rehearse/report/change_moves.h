@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "report/change_list.h"
+#include "report/change.h"
 
 namespace bgp_rehearse {
 

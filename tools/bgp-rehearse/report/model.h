@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "calls/recorder.h"
-#include "report/change_list.h"
+#include "report/change.h"
 #include "report/configuration_size.h"
 #include "report/upgrade_steps.h"
 #include "state.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "device.h"
-#include "options.h"
+#include "run/options.h"
 
 namespace bgp_rehearse {
 

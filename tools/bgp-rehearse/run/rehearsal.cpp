@@ -10,9 +10,11 @@
 #include <optional>
 #include <utility>
 
+#include "base/exit_status.h"
 #include "base/output_file.h"
 #include "base/progress.h"
 #include "base/text_escape.h"
+#include "report/change_list.h"
 #include "report/report.h"
 #include "run/library.h"
 #include "run/messages.h"

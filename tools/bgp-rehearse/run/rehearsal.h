@@ -5,8 +5,8 @@
 #include <string>
 
 #include "device.h"
-#include "options.h"
 #include "report/model.h"
+#include "run/options.h"
 
 namespace bgp_rehearse {
 

@@ -1,7 +1,8 @@
 // `bgp-rehearse run`: the whole sequence, from the checks of the command line to the report.
 #pragma once
 
-#include "options.h"
+#include "base/exit_status.h"
+#include "run/options.h"
 
 namespace bgp_rehearse {
 

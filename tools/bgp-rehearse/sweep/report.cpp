@@ -120,12 +120,12 @@ Json site_json(const Rule& rule, const SiteTally& site)
 
 }  // namespace
 
-std::string text_sweep_report(const SweepOptions& options, const Tally& tally)
+std::string text_sweep_report(const std::vector<std::string>& configurations, const Tally& tally)
 {
-    return TextReport(tally).write(options.configurations.size());
+    return TextReport(tally).write(configurations.size());
 }
 
-std::string json_sweep_report(const SweepOptions& options, const Tally& tally)
+std::string json_sweep_report(const std::vector<std::string>& configurations, const Tally& tally)
 {
     Json sites = Json::array();
     for (std::size_t place = 0; place < contract().size(); ++place) {
@@ -135,12 +135,9 @@ std::string json_sweep_report(const SweepOptions& options, const Tally& tally)
     for (std::size_t kind = 0; kind < kRunKinds; ++kind) {
         runs[kKinds[kind]] = tally.runs[kind];
     }
-    const Json report = {{"configurations", options.configurations},
-                         {"runs", runs},
-                         {"outcomes", named(tally.outcomes)},
-                         {"sites_reached", tally.sites_reached()},
-                         {"sites", std::move(sites)},
-                         {"breaks", tally.breaks},
+    const Json report = {{"configurations", configurations},  {"runs", runs},
+                         {"outcomes", named(tally.outcomes)}, {"sites_reached", tally.sites_reached()},
+                         {"sites", std::move(sites)},         {"breaks", tally.breaks},
                          {"kept_breaks", tally.kept_breaks}};
     return report.dump(2, ' ', true, Json::error_handler_t::replace) + "\n";
 }

@@ -2,13 +2,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
-#include "options.h"
 #include "sweep/tally.h"
 
 namespace bgp_rehearse {
 
-std::string text_sweep_report(const SweepOptions& options, const Tally& tally);
-std::string json_sweep_report(const SweepOptions& options, const Tally& tally);
+std::string text_sweep_report(const std::vector<std::string>& configurations, const Tally& tally);
+std::string json_sweep_report(const std::vector<std::string>& configurations, const Tally& tally);
 
 }  // namespace bgp_rehearse

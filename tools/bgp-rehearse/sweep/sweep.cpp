@@ -19,8 +19,10 @@
 #include "run/loading.h"
 #include "sweep/errors.h"
 #include "sweep/messages.h"
+#include "sweep/plan.h"
 #include "sweep/process.h"
 #include "sweep/report.h"
+#include "sweep/run.h"
 #include "sweep/tally.h"
 
 namespace bgp_rehearse {
@@ -29,40 +31,6 @@ namespace {
 
 using bgp_platform::Device;
 using bgp_platform::capi::PlannedFailure;
-
-void add_call_plans(const Baseline& baseline, std::vector<SweepPlan>* plans)
-{
-    for (std::size_t call = 0; call < baseline.sites.size(); ++call) {
-        for (const PlannedFailure& failure : failures_of(baseline.sites[call].function)) {
-            for (const bool from_there : {false, true}) {
-                plans->push_back({{{call + 1, baseline.sites[call], failure, from_there}}, 0});
-            }
-        }
-    }
-}
-
-void add_pair_plans(const Baseline& baseline, std::vector<SweepPlan>* plans)
-{
-    for (std::size_t first = 1; first <= baseline.sites.size(); ++first) {
-        for (std::size_t second = first + 1; second <= baseline.sites.size(); ++second) {
-            plans->push_back(
-                {{{first, baseline.sites[first - 1], {}, false}, {second, baseline.sites[second - 1], {}, false}}, 0});
-        }
-    }
-}
-
-std::vector<SweepPlan> plans_for(const Baseline& baseline, const SweepOptions& options)
-{
-    std::vector<SweepPlan> plans;
-    add_call_plans(baseline, &plans);
-    if (options.pairs) {
-        add_pair_plans(baseline, &plans);
-    }
-    for (std::size_t allocation = 1; allocation <= baseline.allocations; ++allocation) {
-        plans.push_back({{}, allocation});
-    }
-    return plans;
-}
 
 in_addr documentation_address()
 {
@@ -86,14 +54,13 @@ public:
     {
         Baseline baseline = run_baseline(device_, library_);
         known_ = baseline.names;
-        std::vector<SweepPlan> plans = plans_for(baseline, options_);
+        std::vector<SweepPlan> plans = all_plans(baseline, options_.pairs);
         sweep_plans(baseline, plans);
 
         // With an address of its own, a device takes its router id from there.
         device_.set_interfaces({documentation_address()});
         baseline = run_baseline(device_, library_);
-        plans.clear();
-        add_call_plans(baseline, &plans);
+        plans = call_plans(baseline);
         plans.erase(
             std::remove_if(plans.begin(), plans.end(),
                            [&](const SweepPlan& plan) { return known_.count(plan.calls.front().site.name()) != 0; }),
@@ -187,7 +154,8 @@ ExitStatus sweep(const SweepOptions& options)
     for (const std::string& name : options.configurations) {
         tally.add(sweep_configuration(options, library, name));
     }
-    const std::string text = options.json ? json_sweep_report(options, tally) : text_sweep_report(options, tally);
+    const std::string text = options.json ? json_sweep_report(options.configurations, tally)
+                                          : text_sweep_report(options.configurations, tally);
     if (!write_all(STDOUT_FILENO, text.data(), text.size())) {
         throw CommandError(ExitStatus::NotWritten, fmt::format("standard output: {}", std::strerror(errno)));
     }

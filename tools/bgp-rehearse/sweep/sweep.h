@@ -2,10 +2,26 @@
 // library's contract.
 #pragma once
 
+#include <cstddef>
+#include <string>
+#include <vector>
+
 #include "base/exit_status.h"
-#include "options.h"
+#include "run/options.h"
 
 namespace bgp_rehearse {
+
+// What `bgp-rehearse sweep` was asked to do.
+struct SweepOptions {
+    std::vector<std::string> configurations;  // the files to upgrade
+    std::string library;                      // empty: the library that belongs to this build
+    DeviceOptions device;
+    unsigned int jobs = 1;   // runs at a time
+    std::size_t every = 1;   // only each so manieth run
+    bool pairs = false;      // all pairs of failed calls, too
+    bool all_sites = false;  // a call site that was not reached counts as a failure
+    bool json = false;
+};
 
 // Sweeps the configurations and prints the report. Throws CommandError for what keeps it from starting.
 ExitStatus sweep(const SweepOptions& options);

@@ -1,11 +1,7 @@
 #include "sweep/tally.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <utility>
-
-#include "confd_lib.h"
 
 namespace bgp_rehearse {
 
@@ -19,36 +15,7 @@ void add_each(const std::array<std::size_t, n>& more, std::array<std::size_t, n>
     }
 }
 
-std::string call_text(const SweepPlan::FailedCall& call)
-{
-    return fmt::format("call {} ({}) fails{}: {}", call.n, call.site.name(), call.from_there ? " from there on" : "",
-                       call.failure.result == CONFD_EOF ? "end of file" : confd_strerror(call.failure.code));
-}
-
 }  // namespace
-
-RunKind kind_of(const SweepPlan& plan)
-{
-    if (plan.allocation != 0) {
-        return RunKind::Allocation;
-    }
-    if (plan.calls.size() > 1) {
-        return RunKind::TwoCalls;
-    }
-    return plan.calls.front().from_there ? RunKind::FromThereOn : RunKind::OneCall;
-}
-
-std::string describe(const SweepPlan& plan)
-{
-    if (plan.allocation != 0) {
-        return fmt::format("allocation {} refused", plan.allocation);
-    }
-    std::string text;
-    for (const SweepPlan::FailedCall& call : plan.calls) {
-        text += (text.empty() ? "" : ", ") + call_text(call);
-    }
-    return text;
-}
 
 void Tally::keep_break(const std::string& text, const std::string& run)
 {

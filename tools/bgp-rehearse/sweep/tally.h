@@ -8,13 +8,11 @@
 #include <vector>
 
 #include "sweep/contract.h"
-#include "sweep/run.h"
+#include "sweep/plan.h"
+#include "sweep/verdict.h"
 
 namespace bgp_rehearse {
 
-// The kinds of runs: one call fails, every call fails from one on, two calls fail, one allocation is refused.
-enum class RunKind { OneCall, FromThereOn, TwoCalls, Allocation };
-constexpr std::size_t kRunKinds = 4;
 constexpr std::size_t kOutcomes = 4;
 
 struct SiteTally {
@@ -45,10 +43,5 @@ struct Tally {
 private:
     void keep_break(const std::string& text, const std::string& run);
 };
-
-RunKind kind_of(const SweepPlan& plan);
-
-// "call 17 (update_l3vpn: cdb_exists /MPLS-VPN-MIB/...) fails from there on: item does not exist"
-std::string describe(const SweepPlan& plan);
 
 }  // namespace bgp_rehearse
