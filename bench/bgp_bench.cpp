@@ -15,7 +15,7 @@
 #include "bgp_update/update.h"
 #include "confd_maapi.h"
 #include "device.h"
-#include "report/configuration_size.h"
+#include "report/model.h"
 #include "report/upgrade_steps.h"
 
 namespace {

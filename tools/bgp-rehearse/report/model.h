@@ -8,11 +8,18 @@
 
 #include "calls/recorder.h"
 #include "report/change.h"
-#include "report/configuration_size.h"
 #include "report/upgrade_steps.h"
-#include "state.h"
+#include "store/configuration.h"
 
 namespace bgp_rehearse {
+
+// How large a stored configuration is.
+struct ConfigurationSize {
+    std::size_t entries = 0;  // of lists
+    std::size_t values = 0;   // leaves that are set, and entries of leaf-lists
+};
+
+ConfigurationSize size_of(const bgp_platform::store::Configuration& configuration);
 
 // How an upgrade ended that did not return.
 struct Ended {

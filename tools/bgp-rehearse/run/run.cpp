@@ -12,12 +12,11 @@
 
 #include "base/child.h"
 #include "base/output_file.h"
+#include "base/progress.h"
 #include "base/text_escape.h"
-#include "device.h"
 #include "report/report.h"
 #include "report/text.h"
 #include "run/library.h"
-#include "run/loading.h"
 #include "run/messages.h"
 #include "run/rehearsal.h"
 
@@ -267,6 +266,23 @@ ExitStatus run(const RunOptions& options)
         throw CommandError(outcome.status, outcome.message);
     }
     return outcome.status;
+}
+
+Device& load_device(const DeviceOptions& options, const std::string& configuration)
+{
+    Device& device = *new Device;
+    device.set_interfaces(options.interfaces);
+    device.set_user_profile(options.user_profile);
+    bgp_platform::xml::Limits limits;
+    limits.entries = options.max_entries;
+    ProgressLine progress("loading " + escaped(configuration));
+    try {
+        device.load_file(
+            configuration, [&](std::size_t bytes, std::size_t total) { progress.show(bytes, total); }, limits);
+    } catch (const bgp_platform::xml::LoadError& error) {
+        throw CommandError(ExitStatus::BadInput, escaped(error.what()));
+    }
+    return device;
 }
 
 }  // namespace bgp_rehearse

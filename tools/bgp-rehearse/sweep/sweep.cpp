@@ -16,7 +16,7 @@
 #include "base/output_file.h"
 #include "base/text_escape.h"
 #include "run/library.h"
-#include "run/loading.h"
+#include "run/run.h"
 #include "sweep/errors.h"
 #include "sweep/messages.h"
 #include "sweep/plan.h"
