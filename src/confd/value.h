@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "confd_cdb.h"
 #include "confd_lib.h"
 
 namespace confd {
@@ -25,18 +26,32 @@ public:
     }
 };
 
-// Consecutive values for cdb_get_objects(), with which a batch of rows is read.
+// Consecutive values for a batch of rows. What a read that succeeded left in them is given back; a read that failed owns
+// what it left, and the array goes alone.
 class ValueArray {
 public:
     explicit ValueArray(std::size_t count) : values_(count, absent()) {}
     ~ValueArray()
     {
+        if (!read_) {
+            return;
+        }
         for (confd_value_t& value : values_) {
             confd_free_value(&value);
         }
     }
     ValueArray(const ValueArray&) = delete;
     ValueArray& operator=(const ValueArray&) = delete;
+
+    // Reads the first n values of `count` rows from row `start` on, once in an array's life. Gives what
+    // cdb_get_objects() gives.
+    template <typename... Keys>
+    int read_objects(int cdb_socket, int n, int start, int count, const char* path, Keys... keys)
+    {
+        const int result = cdb_get_objects(cdb_socket, values_.data(), n, start, count, path, keys...);
+        read_ = result >= 0;
+        return result;
+    }
 
     confd_value_t* values() { return values_.data(); }
     confd_value_t& operator[](std::size_t position) { return values_[position]; }
@@ -50,9 +65,11 @@ private:
     }
 
     std::vector<confd_value_t> values_;
+    bool read_ = false;
 };
 
-// Consecutive tagged values for cdb_get_values(), with which leaves are read by their tags.
+// Consecutive tagged values for cdb_get_values(), with which leaves are read by their tags. They are the program's
+// whatever the read gave: it goes on with what the array holds, and gives that back.
 class TaggedValueArray {
 public:
     explicit TaggedValueArray(std::size_t count) : values_(count) {}

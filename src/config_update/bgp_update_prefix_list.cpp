@@ -216,8 +216,8 @@ try {
         const int count = std::min(entries - start, kBatch);
         nzmw_log_debug(update.log, "Trying to get next %d entries\n", count);
         confd::ValueArray batch(static_cast<std::size_t>(count) * aallPreAccessListLast);
-        const int ret = cdb_get_objects(cdb_socket, batch.values(), aallPreAccessListLast, start, count,
-                                        "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry");
+        const int ret = batch.read_objects(cdb_socket, aallPreAccessListLast, start, count,
+                                           "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry");
         if (ret < aallPreAccessListLast) {
             nzmw_log_debug(update.log, "Could not get prefix list entries, ret: %d (err: %s)", ret, confd_lasterr());
             return -1;

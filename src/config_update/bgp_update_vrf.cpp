@@ -22,8 +22,8 @@ namespace {
 constexpr char kSource[] = "src/config_update/bgp_update_vrf";
 constexpr int kPathSize = 512;
 
-// The names of VRFs, zeroed until they are read. Their number comes from the stored configuration, so that there may be
-// no room for them.
+// The names of VRFs, zeroed until they are read, and given back when that succeeded. Their number comes from the stored
+// configuration, so that there may be no room for them.
 class VrfNames {
 public:
     explicit VrfNames(int count)
@@ -33,7 +33,7 @@ public:
     }
     ~VrfNames()
     {
-        if (allocated()) {
+        if (read_) {
             BgpUtils::FreeConfdValues(values_, count_);
         }
         std::free(values_);
@@ -42,12 +42,20 @@ public:
     VrfNames& operator=(const VrfNames&) = delete;
 
     bool allocated() const { return values_ != nullptr; }
-    confd_value_t* values() { return values_; }
+
+    // Reads the names of the router's VRFs from the first on. False after a failure.
+    bool read(int cdb_socket, uint32_t as)
+    {
+        read_ = cdb_get_objects(cdb_socket, values_, 1, 0, count_, "/router/bgp{%u}/vrf", as) >= 0;
+        return read_;
+    }
+
     confd_value_t& operator[](int position) { return values_[position]; }
 
 private:
     int count_;
     confd_value_t* values_;
+    bool read_ = false;
 };
 
 }  // namespace
@@ -110,7 +118,7 @@ try {
         nzmw_log_debug(log, "Could not allocate memory for vrf names\n");
         return -1;
     }
-    if (cdb_get_objects(cdb_socket, vl_names.values(), 1, 0, count, "/router/bgp{%u}/vrf", as) < 0) {
+    if (!vl_names.read(cdb_socket, as)) {
         nzmw_log_debug(log, "Failed to read BGP VRF objects [%d]: %s \n", confd_errno, confd_lasterr());
         return -1;
     }

@@ -19,7 +19,7 @@ RowBatch::RowBatch(const Table& table, int32_t cdb_socket, nzmw_log_t* log)
         return;
     }
     nzmw_log_debug(log, table.found, rows_);
-    if (cdb_get_objects(cdb_socket, values(), table.width, 0, rows_, table.path) < table.width) {
+    if (values_.read_objects(cdb_socket, table.width, 0, rows_, table.path) < table.width) {
         nzmw_log_debug(log, table.failed, confd_lasterr());
         rows_ = 0;
     }

@@ -68,7 +68,7 @@ TEST_F(ConfdAccess, ValueArray_GivesBackWhatABatchReadLeftInIt)
     {
         ValueArray rows(4);
         EXPECT_EQ(rows[3].type, C_NOEXISTS);
-        ASSERT_EQ(cdb_get_objects(cdb(), rows.values(), 2, 0, 2, "/prefix-list-internal/idx-to-name"), 2);
+        ASSERT_EQ(rows.read_objects(cdb(), 2, 0, 2, "/prefix-list-internal/idx-to-name"), 2);
         EXPECT_STREQ(CONFD_GET_CBUFPTR(&rows[1]), "a");
         EXPECT_EQ(CONFD_GET_INT32(&rows[2]), 2);
         EXPECT_EQ(device().open_things().values, 1U);
