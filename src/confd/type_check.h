@@ -31,6 +31,13 @@ inline std::string plain_signature(std::string signature)
     __assert_fail(expression, source, line, plain_signature(signature).c_str());
 }
 
+// Where a check stands: what its failure tells, for code that checks on behalf of a function of another file.
+struct Place {
+    const char* source;
+    unsigned int line;
+    const char* signature;
+};
+
 }  // namespace confd
 
 // Checks that *pointer has the type tag `tag`. `line` is the line to report; the source path is the kSource of the
@@ -42,6 +49,13 @@ inline std::string plain_signature(std::string signature)
 // The same in code that works for several functions: tells the signature that it is given.
 #define BGP_REQUIRE_TYPE_FOR(signature, line, pointer, tag) \
     BGP_REQUIRE_TYPE_TOLD(signature, line, pointer, tag, "(" #pointer ")->type == " #tag)
+
+// The same on behalf of a function of another file, which gives its place, BGP_HERE.
+#define BGP_REQUIRE_TYPE_AT(place, pointer, tag)                                                            \
+    ((pointer)->type == (tag) ? static_cast<void>(0)                                                        \
+                              : ::confd::type_check_failed("(" #pointer ")->type == " #tag, (place).source, \
+                                                           (place).line, (place).signature))
+#define BGP_HERE (::confd::Place{kSource, __LINE__, __PRETTY_FUNCTION__})
 
 #define BGP_REQUIRE_TYPE_TOLD(signature, line, pointer, tag, expression) \
     ((pointer)->type == (tag) ? static_cast<void>(0) : ::confd::type_check_failed(expression, kSource, line, signature))

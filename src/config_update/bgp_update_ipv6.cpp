@@ -3,6 +3,9 @@
 // cannot be read or the flag cannot be set, nothing (else) is written.
 #include "bgp_update/ipv6.h"
 
+#include <optional>
+#include <string>
+
 #include "conf_updt_log.h"
 #include "confd/fault.h"
 #include "confd/mib_values.h"
@@ -179,33 +182,13 @@ static int32_t update_rtm_join_table(int32_t maapi_socket, int32_t thandle, uint
     return 0;
 }
 
-// Marks IPv6 unicast as disabled for one peer.
-static void disable_peer_ipv6(const confd::Transaction& transaction, nzmw_log_t* log, confd_value_t* peer)
-{
-    char path[kPathSize];
-    if (confd_format_keypath(path, kPathSize, "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{%*x ipv6 unicast}",
-                             bgpPeerLast, peer) <= 0) {
-        nzmw_log_debug(log, "Failed to format path for entry BGP Peer AFI/SAFI %s, err: %s",
-                       "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry", confd_lasterr());
-        return;
-    }
-    disable_peer_family(transaction, log, path);
-}
-
 static int32_t update_peer_afi_safi(int32_t cdb_socket, int32_t maapi_socket, int32_t thandle, uint32_t entity)
 {
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
 
-    RowBatch peers = RowBatch::peers(cdb_socket, log);
-    confd_value_t* const peer_entries = peers.values();
-    for (int ipeer = 0; ipeer < peers.rows(); ++ipeer) {
-        nzmw_log_debug(log, "Handling BGP peer entry : %d", ipeer);
-        BGP_REQUIRE_TYPE(__LINE__, &peer_entries[ipeer * bgpPeerLast + bgpPeerRmEntIndex], C_UINT32);
-        confd_value_t* const peer = &peer_entries[ipeer * bgpPeerLast];
-        if (!peer_belongs(CONFD_GET_UINT32(&peer[bgpPeerRmEntIndex]), entity, log)) {
-            continue;
-        }
+    EntityPeers peers(entity, cdb_socket, log, BGP_HERE);
+    while (confd_value_t* const peer = peers.next()) {
         confd::Value temp;
         HexlistTOipv4str(&peer[bgpPeerRemoteAddr], &temp);
         BGP_REQUIRE_TYPE(__LINE__, &temp, C_BUF);
@@ -219,7 +202,11 @@ static int32_t update_peer_afi_safi(int32_t cdb_socket, int32_t maapi_socket, in
                 entity, address, confd_lasterr());
             continue;
         }
-        disable_peer_ipv6(transaction, log, peer);
+        const std::string path =
+            peer_family_path("/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{%*x ipv6 unicast}", peer, log);
+        if (!path.empty()) {
+            disable_peer_family(transaction, log, path.c_str());
+        }
     }
     return 0;
 }
@@ -270,44 +257,40 @@ static int32_t update_route_map(int32_t cdb_socket, int32_t maapi_socket, int32_
     return 0;
 }
 
-// All that an entity gets; nothing but the flag when that cannot be set.
-static void enable_ipv6(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, uint32_t entity)
+// Says that the entity supports IPv6. False after a failure, which is logged.
+static bool set_support_flag(const confd::Transaction& transaction, nzmw_log_t* log, uint32_t entity)
 {
-    nzmw_log_t* log = get_conf_updt_log_handle();
-    const confd::Transaction transaction{maapi_socket, thandle};
-
-    maapi_set_namespace(maapi_socket, thandle, tag::kBgpMibNamespace);
     nzmw_log_debug(log, "Will set /DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{%u}/bgpRmEntSupportIpv6 to true", entity);
     confd_value_t supported;
     CONFD_SET_ENUM_VALUE(&supported, mib::kTrue);
     if (transaction.set(&supported, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{%u}/bgpRmEntSupportIpv6", entity) !=
         CONFD_OK) {
         nzmw_log_debug(log, "Failed to enable IPv6 for BGP entity id: %u, err: %s", entity, confd_lasterr());
-        return;
+        return false;
     }
-    const uint32_t partner = libvrfid::VrfId::ComponentFromVrf(mib::kGlobalVrf) + 1;
-    create_router_families(transaction, log, entity);
-    update_bgp_rm_afm_join(maapi_socket, thandle, entity, partner);
-    update_bgp_nm(maapi_socket, thandle, entity, entity + 1);
-    update_rtm_join_table(maapi_socket, thandle, entity, partner);
-    update_peer_afi_safi(cdb_socket, maapi_socket, thandle, entity);
-    update_route_map(cdb_socket, maapi_socket, thandle, entity);
+    return true;
 }
 
 int32_t update_ipv6(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket)
 try {
     nzmw_log_t* log = get_conf_updt_log_handle();
+    const confd::Transaction transaction{maapi_socket, thandle};
 
     nzmw_log_debug(log, "Update BGP Ipv6\n");
-    confd::Value temp;
-    if (cdb_get(cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntIndex", kEntry) != CONFD_OK) {
-        nzmw_log_debug(log, "Failed to read entity index BGP entry: %d, err: %s", kEntry, confd_lasterr());
-    } else {
-        BGP_REQUIRE_TYPE(__LINE__, &temp, C_UINT32);
-        const uint32_t entity = CONFD_GET_UINT32(&temp);
+    if (const std::optional<uint32_t> read = entity_index(cdb_socket, log, BGP_HERE)) {
+        const uint32_t entity = *read;
         nzmw_log_debug(log, "Will upgrade config for for BGP entry %d", kEntry);
         nzmw_log_debug(log, "BGP entry %d entity index: %u", kEntry, entity);
-        enable_ipv6(maapi_socket, thandle, cdb_socket, entity);
+        maapi_set_namespace(maapi_socket, thandle, tag::kBgpMibNamespace);
+        if (set_support_flag(transaction, log, entity)) {
+            const uint32_t partner = libvrfid::VrfId::ComponentFromVrf(mib::kGlobalVrf) + 1;
+            create_router_families(transaction, log, entity);
+            update_bgp_rm_afm_join(maapi_socket, thandle, entity, partner);
+            update_bgp_nm(maapi_socket, thandle, entity, entity + 1);
+            update_rtm_join_table(maapi_socket, thandle, entity, partner);
+            update_peer_afi_safi(cdb_socket, maapi_socket, thandle, entity);
+            update_route_map(cdb_socket, maapi_socket, thandle, entity);
+        }
     }
     nzmw_log_debug(log, "Finishing BGP Ipv6 update\n");
     return 0;

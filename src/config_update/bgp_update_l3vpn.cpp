@@ -2,6 +2,9 @@
 // MPLS-VPN entity; and removes that entity's dead join with the BVM.
 #include "bgp_update/l3vpn.h"
 
+#include <optional>
+#include <string>
+
 #include "conf_updt_log.h"
 #include "confd/fault.h"
 #include "confd/mib_values.h"
@@ -13,34 +16,32 @@
 namespace {
 
 constexpr char kSource[] = "src/config_update/bgp_update_l3vpn";
-constexpr int kEntry = 0;  // the router entity, by its position
 constexpr uint32_t kMplsVpnEntity = 1;
 constexpr uint32_t kBvmPartner = 3;
-constexpr int kPathSize = 512;
 
 }  // namespace
 
-// Adds the disabled address family to one peer. `address` is its remote address, for the log.
+// Adds the disabled address family to one peer, for the function whose signature is given.
 static void create_peer_vpn_family(const confd::Transaction& transaction, nzmw_log_t* log, uint32_t entity,
-                                   confd_value_t* peer, const char* address)
+                                   confd_value_t* peer, const char* signature)
 {
-    char path[kPathSize];
-    if (confd_format_keypath(path, kPathSize,
-                             "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{%*x ipv4 mplsBgpVpn}", bgpPeerLast,
-                             peer) <= 0) {
-        nzmw_log_debug(log, "Failed to format path for entry BGP Peer AFI/SAFI %s, err: %s",
-                       "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry", confd_lasterr());
+    confd::Value temp;  // the peer's address, for the line of a failure
+    HexlistTOipv4str(&peer[bgpPeerRemoteAddr], &temp);
+    const std::string path =
+        peer_family_path("/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{%*x ipv4 mplsBgpVpn}", peer, log);
+    if (path.empty()) {
         return;
     }
-    nzmw_log_debug(log, "Will create %s", path);
-    if (transaction.create("%s", path) != CONFD_OK) {
+    nzmw_log_debug(log, "Will create %s", path.c_str());
+    if (transaction.create("%s", path.c_str()) != CONFD_OK) {
+        BGP_REQUIRE_TYPE_FOR(signature, __LINE__, &temp, C_BUF);
         nzmw_log_debug(
             log,
             "Failed to create BGP Peer AFI/SAFI ipv4 mplsBgpVpn entry for BGP entity id: %u, peer address %s err: %s",
-            entity, address, confd_lasterr());
+            entity, CONFD_GET_CBUFPTR(&temp), confd_lasterr());
         return;
     }
-    disable_peer_family(transaction, log, path);
+    disable_peer_family(transaction, log, path.c_str());
 }
 
 static int32_t update_peer_afi_safi(int32_t cdb_socket, int32_t maapi_socket, int32_t thandle, uint32_t entity)
@@ -48,19 +49,9 @@ static int32_t update_peer_afi_safi(int32_t cdb_socket, int32_t maapi_socket, in
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
 
-    RowBatch peers = RowBatch::peers(cdb_socket, log);
-    confd_value_t* const peer_entries = peers.values();
-    for (int ipeer = 0; ipeer < peers.rows(); ++ipeer) {
-        nzmw_log_debug(log, "Handling BGP peer entry : %d", ipeer);
-        BGP_REQUIRE_TYPE(__LINE__, &peer_entries[ipeer * bgpPeerLast + bgpPeerRmEntIndex], C_UINT32);
-        confd_value_t* const peer = &peer_entries[ipeer * bgpPeerLast];
-        if (!peer_belongs(CONFD_GET_UINT32(&peer[bgpPeerRmEntIndex]), entity, log)) {
-            continue;
-        }
-        confd::Value temp;
-        HexlistTOipv4str(&peer[bgpPeerRemoteAddr], &temp);
-        BGP_REQUIRE_TYPE(__LINE__, &temp, C_BUF);
-        create_peer_vpn_family(transaction, log, entity, peer, CONFD_GET_CBUFPTR(&temp));
+    EntityPeers peers(entity, cdb_socket, log, BGP_HERE);
+    while (confd_value_t* const peer = peers.next()) {
+        create_peer_vpn_family(transaction, log, entity, peer, __PRETTY_FUNCTION__);
     }
     return 0;
 }
@@ -72,8 +63,8 @@ try {
 
     nzmw_log_debug(log, "Update BGP AfiSafi L3VPN\n");
     bool create = true;
-    confd::Value temp;
     if (cdb_exists(cdb_socket, "/MPLS-VPN-MIB/mplsVpnEntTable/mplsVpnEntEntry{%u}", kMplsVpnEntity) == 1) {
+        confd::Value temp;
         if (cdb_get(cdb_socket, &temp, "/MPLS-VPN-MIB/mplsVpnEntTable/mplsVpnEntEntry{%u}/mplsVpnUseBgpRouting",
                     kMplsVpnEntity) != CONFD_OK) {
             nzmw_log_debug(log, "Failed to read mplsVpnUseBgpRouting, err: %s\n", confd_lasterr());
@@ -87,21 +78,19 @@ try {
             return 0;
         }
     }
-    if (cdb_get(cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntIndex", kEntry) != CONFD_OK) {
-        nzmw_log_debug(log, "Failed to read entity index BGP entry: %d, err: %s", kEntry, confd_lasterr());
+    const std::optional<uint32_t> entity = entity_index(cdb_socket, log, BGP_HERE);
+    if (!entity) {
         return 0;
     }
-    BGP_REQUIRE_TYPE(__LINE__, &temp, C_UINT32);
-    const uint32_t entity = CONFD_GET_UINT32(&temp);
-    nzmw_log_debug(log, "The config will be upgraded for BGP entity: %u", entity);
+    nzmw_log_debug(log, "The config will be upgraded for BGP entity: %u", *entity);
     if (create) {
-        nzmw_log_debug(log, "Will create /DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{%u ipv4 mplsBgpVpn}", entity);
-        if (transaction.create("/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{%u ipv4 mplsBgpVpn}", entity) !=
+        nzmw_log_debug(log, "Will create /DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{%u ipv4 mplsBgpVpn}", *entity);
+        if (transaction.create("/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{%u ipv4 mplsBgpVpn}", *entity) !=
             CONFD_OK) {
             nzmw_log_debug(log, "Failed to create BGP RM AFI/SAFI ipv4 mplsBgpVpn entry for BGP entity id: %u, err: %s",
-                           entity, confd_lasterr());
+                           *entity, confd_lasterr());
         }
-        update_peer_afi_safi(cdb_socket, maapi_socket, thandle, entity);
+        update_peer_afi_safi(cdb_socket, maapi_socket, thandle, *entity);
     }
     nzmw_log_debug(log, "Finishing BGP AfiSafi L3VPN\n");
     return 0;
@@ -118,22 +107,19 @@ try {
         nzmw_log_debug(log, "No need to update BGP and BVM join update\n");
         return 0;
     }
-    confd::Value temp;
-    if (cdb_get(cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntIndex", kEntry) != CONFD_OK) {
-        nzmw_log_debug(log, "Failed to read entity index BGP entry: %d, err: %s", kEntry, confd_lasterr());
+    const std::optional<uint32_t> entity = entity_index(cdb_socket, log, BGP_HERE);
+    if (!entity) {
         return 0;
     }
-    BGP_REQUIRE_TYPE(__LINE__, &temp, C_UINT32);
-    const uint32_t entity = CONFD_GET_UINT32(&temp);
-    nzmw_log_debug(log, "The config will be upgraded for BGP entity: %u", entity);
+    nzmw_log_debug(log, "The config will be upgraded for BGP entity: %u", *entity);
     int32_t status = 0;
     if (cdb_get_enum_value(cdb_socket, &status,
-                           "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}/bgpRmAfmAdminStatus", entity,
+                           "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}/bgpRmAfmAdminStatus", *entity,
                            kBvmPartner) == CONFD_OK &&
         status == mib::kDown) {
-        nzmw_log_debug(log, "Remove %s{%u %u}.\n", "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry", entity,
+        nzmw_log_debug(log, "Remove %s{%u %u}.\n", "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry", *entity,
                        kBvmPartner);
-        transaction.remove("/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}", entity, kBvmPartner);
+        transaction.remove("/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{%u %u}", *entity, kBvmPartner);
     }
     nzmw_log_debug(log, "Finishing BGP and BVM join update\n");
     return 0;

@@ -4,6 +4,18 @@
 
 #include "confd/mib_values.h"
 
+std::optional<uint32_t> entity_index(int32_t cdb_socket, nzmw_log_t* log, const confd::Place& here)
+{
+    constexpr int kEntry = 0;
+    confd::Value temp;
+    if (cdb_get(cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntIndex", kEntry) != CONFD_OK) {
+        nzmw_log_debug(log, "Failed to read entity index BGP entry: %d, err: %s", kEntry, confd_lasterr());
+        return std::nullopt;
+    }
+    BGP_REQUIRE_TYPE_AT(here, &temp, C_UINT32);
+    return CONFD_GET_UINT32(&temp);
+}
+
 struct RowBatch::Table {
     const char* path;
     int width;           // values of a row that are read
@@ -39,13 +51,38 @@ RowBatch RowBatch::route_maps(int32_t cdb_socket, nzmw_log_t* log)
     return {kRouteMaps, cdb_socket, log};
 }
 
-bool peer_belongs(uint32_t peer_entity, uint32_t entity, nzmw_log_t* log)
+EntityPeers::EntityPeers(uint32_t entity, int32_t cdb_socket, nzmw_log_t* log, const confd::Place& here)
+    : entity_(entity), log_(log), here_(here), peers_(RowBatch::peers(cdb_socket, log))
 {
-    if (peer_entity == entity) {
-        return true;
+}
+
+confd_value_t* EntityPeers::next()
+{
+    confd_value_t* const peer_entries = peers_.values();
+    while (next_ < peers_.rows()) {
+        const int ipeer = next_++;
+        nzmw_log_debug(log_, "Handling BGP peer entry : %d", ipeer);
+        BGP_REQUIRE_TYPE_AT(here_, &peer_entries[ipeer * bgpPeerLast + bgpPeerRmEntIndex], C_UINT32);
+        confd_value_t* const peer = &peer_entries[ipeer * bgpPeerLast];
+        const uint32_t owner = CONFD_GET_UINT32(&peer[bgpPeerRmEntIndex]);
+        if (owner == entity_) {
+            return peer;
+        }
+        nzmw_log_debug(log_, "Peer entity index (%u) differs from router entity index (%u)", owner, entity_);
     }
-    nzmw_log_debug(log, "Peer entity index (%u) differs from router entity index (%u)", peer_entity, entity);
-    return false;
+    return nullptr;
+}
+
+std::string peer_family_path(const char* format, confd_value_t* peer, nzmw_log_t* log)
+{
+    constexpr int kPathSize = 512;
+    char path[kPathSize];
+    if (confd_format_keypath(path, kPathSize, format, bgpPeerLast, peer) <= 0) {
+        nzmw_log_debug(log, "Failed to format path for entry BGP Peer AFI/SAFI %s, err: %s",
+                       "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry", confd_lasterr());
+        return {};
+    }
+    return path;
 }
 
 void disable_peer_family(const confd::Transaction& transaction, nzmw_log_t* log, const char* path)

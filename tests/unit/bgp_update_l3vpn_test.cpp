@@ -1,7 +1,23 @@
 // The steps for IPv4 VPNs: who gains the address family and who does not, and which join with the BVM goes.
 #include "bgp_update/l3vpn.h"
 
+#include <dlfcn.h>
+
+#include "nz_address.h"
 #include "support/update_fixture.h"
+
+namespace {
+
+bool addresses_have_no_text = false;
+
+}  // namespace
+
+// Stands before the platform's, which has a text for every address: none when told so.
+extern "C" int HexlistTOipv4str(confd_value_t* in, confd_value_t* out)
+{
+    static auto* const platforms = reinterpret_cast<decltype(&HexlistTOipv4str)>(dlsym(RTLD_NEXT, "HexlistTOipv4str"));
+    return addresses_have_no_text ? CONFD_ERR : platforms(in, out);
+}
 
 namespace {
 
@@ -168,6 +184,18 @@ TEST_F(L3vpn, PeerFamilyNotCreated_IsLoggedWithThePeersAddress)
     expectChanges({std::string("create ") + kFamily});
 }
 
+// The address' text is for the line of a failure alone.
+TEST_F(L3vpn, PeerWhoseAddressHasNoText_GainsTheFamilyLikeTheOthers)
+{
+    stored(mib(kEntity + peers(peer("5", "0a:00:00:02"))));
+    addresses_have_no_text = true;
+    const int32_t result = run(update_l3vpn);
+    addresses_have_no_text = false;
+    EXPECT_EQ(result, 0);
+    expectChanges({std::string("create ") + kFamily, "create " + peer_family(2),
+                   "set " + peer_family(2) + "/bgpPeerAfiSafiDisable true"});
+}
+
 TEST_F(L3vpn, DisableFlagNotSet_IsLoggedAndTheRowStays)
 {
     stored(mib(kEntity + peers(peer("5", "0a:00:00:02"))));
@@ -200,6 +228,15 @@ TEST_F(L3vpnDeath, EntityIndexOfAnotherType_FailsAnAssertion)
     EXPECT_DEATH(run(update_l3vpn),
                  "src/config_update/bgp_update_l3vpn:[0-9]+: int32_t update_l3vpn\\(int32_t, int32_t, int32_t\\): "
                  "Assertion `\\(&temp\\)->type == C_UINT32' failed");
+}
+
+TEST_F(L3vpnDeath, AddressWithoutTextForTheLineOfAFailure_FailsAnAssertion)
+{
+    stored(mib(kEntity + peers(peer("5", "0a:00:00:02"))));
+    faults().fail(Function::maapi_create, kPeerFamilies);
+    EXPECT_DEATH((addresses_have_no_text = true, run(update_l3vpn)),
+                 "src/config_update/bgp_update_l3vpn:[0-9]+: int32_t update_peer_afi_safi\\(int32_t, int32_t, int32_t, "
+                 "uint32_t\\): Assertion `\\(&temp\\)->type == C_BUF' failed");
 }
 
 // The join with the BVM ---------------------------------------------------------------------------------------------

@@ -155,7 +155,7 @@ std::vector<std::string> arguments_at(const std::string& source, std::size_t ope
 std::vector<std::string> asserted_in(const std::string& source)
 {
     std::vector<std::string> texts;
-    for (const std::string check : {"BGP_REQUIRE_TYPE(", "BGP_REQUIRE_TYPE_FOR("}) {
+    for (const std::string check : {"BGP_REQUIRE_TYPE(", "BGP_REQUIRE_TYPE_FOR(", "BGP_REQUIRE_TYPE_AT("}) {
         for (std::size_t at = source.find(check); at != std::string::npos; at = source.find(check, at + 1)) {
             const std::vector<std::string> arguments = arguments_at(source, at + check.size() - 1);
             const std::string& pointer = arguments.at(arguments.size() - 2);
