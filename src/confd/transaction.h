@@ -1,5 +1,6 @@
-// The two handles of an open transaction as one value, so that a call reads transaction.set(&value, "/path{%u}", key).
-// Each member is the maapi call that its line shows and gives what that call gives.
+// The handles that every step gets, as values. The two of an open transaction are one, so that a call reads
+// transaction.set(&value, "/path{%u}", key): each member is the maapi call that its line shows and gives what that call
+// gives.
 #pragma once
 
 #include <cstddef>
@@ -98,6 +99,15 @@ struct Transaction {
     {
         return Cursor(maapi_socket, thandle, path, keys...);
     }
+};
+
+// The three handles of an upgrade, in the order in which every step gets them.
+struct Handles {
+    int maapi_socket;
+    int thandle;
+    int cdb_socket;  // with a read session on the configuration before the upgrade
+
+    Transaction transaction() const { return {maapi_socket, thandle}; }
 };
 
 }  // namespace confd

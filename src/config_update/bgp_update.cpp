@@ -27,28 +27,30 @@ constexpr char kSource[] = "src/config_update/bgp_update";
 
 }  // namespace
 
-// Enables IPv6 when the entity says that it does not support it.
-static void update_ipv6_support(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int entry, nzmw_log_t* log)
+// Whether the entity says that it does not support IPv6.
+static bool lacks_ipv6(int32_t cdb_socket, int entry, nzmw_log_t* log)
 {
     int32_t supported = 0;
     if (cdb_get_enum_value(cdb_socket, &supported, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntSupportIpv6",
                            entry) != CONFD_OK) {
         nzmw_log_debug(log, "Failed to read IPv6 enable flag for BGP entry: %d, err: %s", entry, confd_lasterr());
-        return;
+        return false;
     }
     nzmw_log_debug(log, "Read IPv6 flag %d for BGP entry %d", supported, entry);
     if (supported == mib::kFalse) {
-        update_ipv6(maapi_socket, thandle, cdb_socket);
-    } else {
-        nzmw_log_debug(log, "IPv6 is already enabled for BGP entry : %d", entry);
+        return true;
     }
+    nzmw_log_debug(log, "IPv6 is already enabled for BGP entry : %d", entry);
+    return false;
 }
 
 static int32_t update_bgp_pfx(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int entry, nzmw_log_t* log)
 {
     update_router_bgp(maapi_socket, thandle, cdb_socket, entry);
     nzmw_log_debug(log, "Handling BGP entry : %d", entry);
-    update_ipv6_support(maapi_socket, thandle, cdb_socket, entry, log);
+    if (lacks_ipv6(cdb_socket, entry, log)) {
+        update_ipv6(maapi_socket, thandle, cdb_socket);
+    }
     update_l3vpn(maapi_socket, thandle, cdb_socket);
 
     confd::Value temp;

@@ -80,10 +80,9 @@ Entries entries_of(const confd::Transaction& transaction, const Table& table, nz
 
 }  // namespace
 
-static int32_t update_bgp_tables_rm_index(int32_t maapi_socket, int32_t thandle, uint32_t rm_index)
+static int32_t update_bgp_tables_rm_index(const confd::Transaction& transaction, uint32_t rm_index)
 {
     nzmw_log_t* log = get_conf_updt_log_handle();
-    const confd::Transaction transaction{maapi_socket, thandle};
 
     nzmw_log_debug(log, "Updating BGP RM index on BGP tables\n");
     for (const Table& table : kTables) {
@@ -121,7 +120,7 @@ try {
     // Deliberately for the maps alone: the rows move to the component itself, whatever their index was.
     const uint32_t map_index = rm_index == component ? rm_index + 1 : component;
     nzmw_log_debug(log, "Adjusting BGP Global RM index from %u to %u!\n", rm_index, map_index);
-    update_bgp_tables_rm_index(maapi_socket, thandle, rm_index);
+    update_bgp_tables_rm_index({maapi_socket, thandle}, rm_index);
     update_as_to_idx_map(maapi_socket, thandle, cdb_socket, local_as, map_index);
     nzmw_log_debug(log, "Finishing BGP RM index update\n");
     return 0;

@@ -140,24 +140,23 @@ void rewrite(const Table& table, confd_tag_value_t* begin, const std::optional<u
 }  // namespace
 
 // The router entity's new index, told apart from "none needed" (0) and "the local AS cannot be read" (-1) by 1.
-static int get_rm_index(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, nzmw_log_t* log, uint32_t* rm_index)
+static int get_rm_index(const confd::Handles& upgrade, nzmw_log_t* log, uint32_t* rm_index)
 {
-    const confd::Transaction transaction{maapi_socket, thandle};
-
     confd::Value temp;
-    if (cdb_get(cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntLocalAs", 0) != CONFD_OK) {
+    if (cdb_get(upgrade.cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntLocalAs", 0) !=
+        CONFD_OK) {
         nzmw_log_debug(log, "Failed to get local as number, err: %s\n", confd_lasterr());
         return -1;
     }
     BGP_REQUIRE_TYPE(__LINE__, &temp, C_UINT32);
     const uint32_t local_as = CONFD_GET_UINT32(&temp);
-    if (cdb_exists(cdb_socket, "/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx{%u}", mib::kGlobalVrf, local_as) == 1) {
+    if (cdb_exists(upgrade.cdb_socket, "/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx{%u}", mib::kGlobalVrf, local_as) == 1) {
         return 0;
     }
     const uint32_t component = libvrfid::VrfId::ComponentFromVrf(mib::kGlobalVrf);
     *rm_index = kNoRmIndex;
     for (const uint32_t candidate : {component, component + 1}) {
-        if (transaction.exists("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{%u}", candidate) == 1) {
+        if (upgrade.transaction().exists("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{%u}", candidate) == 1) {
             *rm_index = candidate;
             break;
         }
@@ -167,27 +166,25 @@ static int get_rm_index(int32_t maapi_socket, int32_t thandle, int32_t cdb_socke
     return 1;
 }
 
-static std::optional<uint32_t> new_rm_index(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, nzmw_log_t* log)
+static std::optional<uint32_t> new_rm_index(const confd::Handles& upgrade, nzmw_log_t* log)
 {
     uint32_t rm_index = kNoRmIndex;
-    const bool rekeyed = get_rm_index(maapi_socket, thandle, cdb_socket, log, &rm_index) == 1;
+    const bool rekeyed = get_rm_index(upgrade, log, &rm_index) == 1;
     return rekeyed ? std::optional(rm_index) : std::nullopt;
 }
 
-static void update_table(const Table& table, int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, nzmw_log_t* log)
+static void update_table(const Table& table, const confd::Handles& upgrade, nzmw_log_t* log)
 {
-    const confd::Transaction transaction{maapi_socket, thandle};
-
-    const int rows = cdb_num_instances(cdb_socket, table.entries);
+    const int rows = cdb_num_instances(upgrade.cdb_socket, table.entries);
     if (rows <= 0) {
         return;
     }
     confd::TaggedValueArray values(static_cast<std::size_t>(rows) * table.width());
     request(table, values, rows);
-    if (cdb_get_values(cdb_socket, values.values(), values.count(), table.path) != CONFD_OK) {
+    if (cdb_get_values(upgrade.cdb_socket, values.values(), values.count(), table.path) != CONFD_OK) {
         nzmw_log_debug(log, table.read_failed, confd_lasterr());
     }
-    const std::optional<uint32_t> rm_index = new_rm_index(maapi_socket, thandle, cdb_socket, log);
+    const std::optional<uint32_t> rm_index = new_rm_index(upgrade, log);
     std::optional<UserProfile> profile;
     if (table.takes_profile) {
         profile.emplace();
@@ -195,7 +192,7 @@ static void update_table(const Table& table, int32_t maapi_socket, int32_t thand
     for (std::size_t row = 0; row < static_cast<std::size_t>(rows); ++row) {
         rewrite(table, values.values() + row * table.width(), rm_index, profile);
     }
-    if (transaction.set_values(values.values(), values.count(), table.path) != CONFD_OK) {
+    if (upgrade.transaction().set_values(values.values(), values.count(), table.path) != CONFD_OK) {
         nzmw_log_debug(log, table.write_failed, confd_lasterr());
     }
 }
@@ -209,8 +206,9 @@ try {
         nzmw_log_debug(log, "No need to update config - exit %s\n", __func__);
         return 0;
     }
-    update_table(kPeerTable, maapi_socket, thandle, cdb_socket, log);
-    update_table(kPeerAfiSafiTable, maapi_socket, thandle, cdb_socket, log);
+    const confd::Handles upgrade{maapi_socket, thandle, cdb_socket};
+    update_table(kPeerTable, upgrade, log);
+    update_table(kPeerAfiSafiTable, upgrade, log);
     nzmw_log_debug(log, "exit %s\n", __func__);
     return 0;
 }

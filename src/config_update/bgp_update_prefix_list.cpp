@@ -34,9 +34,7 @@ enum PrefixAccessListColumn : int {
 
 // One call of update_prefix_list().
 struct PrefixListUpdate {
-    int32_t maapi_socket;
-    int32_t thandle;
-    int32_t cdb_socket;
+    confd::Handles handles;
     uint32_t rm_index;
     const char* signature;
     nzmw_log_t* log = get_conf_updt_log_handle();
@@ -55,7 +53,7 @@ const std::string* name_of(PrefixListUpdate& update, int32_t list_index)
     // told with the entity's own index.
     for (const uint32_t entity : {update.rm_index, update.rm_index + 1}) {
         confd::Value myval;
-        if (cdb_get(update.cdb_socket, &myval,
+        if (cdb_get(update.handles.cdb_socket, &myval,
                     "/internal/aallPreAccessListEntry-hidden/aallPreAccessListEntry-get{%u %d}/name", entity,
                     list_index) == CONFD_OK) {
             BGP_REQUIRE_TYPE_FOR(update.signature, __LINE__, &myval, C_BUF);
@@ -79,7 +77,8 @@ void update_rows(PrefixListUpdate& update, confd_value_t* pfx_entries, int count
         const uint32_t sequence = CONFD_GET_UINT32(&row[aallPreAccessListRuleIndex]);
         nzmw_log_debug(update.log, "Found prefix-list idx %d, seq %u", list_index, sequence);
         if (const std::string* const name = name_of(update, list_index); name != nullptr) {
-            update_entry(update.maapi_socket, update.thandle, jpfx, sequence, pfx_entries, *name, list_index);
+            update_entry(update.handles.maapi_socket, update.handles.thandle, jpfx, sequence, pfx_entries, *name,
+                         list_index);
         }
         confd_free_dup_to_value(&row[aallPreAccessListAddrPrefix]);
         CONFD_SET_NOEXISTS(&row[aallPreAccessListAddrPrefix]);
@@ -195,7 +194,7 @@ BGP_FAULT_ON_EXCEPTION(__func__)
 
 int32_t update_prefix_list(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, uint32_t rm_index)
 try {
-    PrefixListUpdate update{maapi_socket, thandle, cdb_socket, rm_index, __PRETTY_FUNCTION__};
+    PrefixListUpdate update{{maapi_socket, thandle, cdb_socket}, rm_index, __PRETTY_FUNCTION__};
     const confd::Transaction transaction{maapi_socket, thandle};
 
     nzmw_log_debug(update.log, "Update Prefix List\n");

@@ -81,21 +81,19 @@ try {
 BGP_FAULT_ON_EXCEPTION(__func__)
 
 // Gives one VRF its instance; the path is that of its entry in the command-line model.
-static void create_vrf_instance(int32_t maapi_socket, int32_t thandle, uint32_t as, char* name, uint32_t index,
+static void create_vrf_instance(const confd::Transaction& transaction, uint32_t as, char* name, uint32_t index,
                                 nzmw_log_t* log)
 {
-    const confd::Transaction transaction{maapi_socket, thandle};
-
     char path[kPathSize];
     confd_format_keypath(path, kPathSize, "/router/bgp{%u}/vrf{%s}", as, name);
     nzmw_log_debug(log, "BGP VRF high level path: %s", path);
-    BgpRouterMgr(nullptr, log).Create(maapi_socket, thandle, path, index, as, name);
+    BgpRouterMgr(nullptr, log).Create(transaction.maapi_socket, transaction.thandle, path, index, as, name);
     if (transaction.exists("/router/bgp{%u}/vrf{%s}/address-family{ipv4 unicast}", as, name) == 1) {
         confd_value_t afi;
         CONFD_SET_ENUM_VALUE(&afi, mib::kIpv4);
         confd_value_t safi;
         CONFD_SET_ENUM_VALUE(&safi, mib::kUnicast);
-        bgp_vrf_afisafi_create(maapi_socket, thandle, index, name, as, &afi, &safi);
+        bgp_vrf_afisafi_create(transaction.maapi_socket, transaction.thandle, index, name, as, &afi, &safi);
     }
 }
 
@@ -139,7 +137,7 @@ try {
         const uint32_t index =
             BgpUtils::CreateBgpCompoundIdx(maapi_socket, thandle, cdb_socket, CONFD_GET_UINT32(&vl_vrf_idx), as);
         nzmw_log_debug(log, "Got BGP index %u for VRF", index);
-        create_vrf_instance(maapi_socket, thandle, as, name, index, log);
+        create_vrf_instance({maapi_socket, thandle}, as, name, index, log);
     }
     nzmw_log_debug(log, "Finishing VRF update\n");
     return 0;
