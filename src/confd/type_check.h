@@ -4,7 +4,7 @@
 #pragma once
 
 #include <cstddef>
-#include <string>
+#include <cstdio>
 
 #include "confd_lib.h"
 
@@ -14,21 +14,28 @@ extern "C" void __assert_fail(const char* assertion, const char* file, unsigned 
 
 namespace confd {
 
-// A function's signature as GCC spells it: Clang sets a blank before `*` and `&`.
-inline std::string plain_signature(std::string signature)
+constexpr std::size_t kSignatureSize = 512;
+
+// Makes a function's signature as Clang spells it that of GCC, in place: Clang sets a blank before `*` and `&`.
+inline void make_plain(char* signature)
 {
-    for (const char* spaced : {" *", " &"}) {
-        for (std::size_t at = signature.find(spaced); at != std::string::npos; at = signature.find(spaced)) {
-            signature.erase(at, 1);
+    std::size_t size = 0;
+    for (std::size_t i = 0; signature[i] != '\0'; ++i) {
+        if (signature[i] != ' ' || (signature[i + 1] != '*' && signature[i + 1] != '&')) {
+            signature[size++] = signature[i];
         }
     }
-    return signature;
+    signature[size] = '\0';
 }
 
+// Takes no memory from the heap: a check that fails when there is none left is told all the same.
 [[noreturn]] inline void type_check_failed(const char* expression, const char* source, unsigned int line,
                                            const char* signature)
 {
-    __assert_fail(expression, source, line, plain_signature(signature).c_str());
+    char plain[kSignatureSize];
+    std::snprintf(plain, sizeof plain, "%s", signature);
+    make_plain(plain);
+    __assert_fail(expression, source, line, plain);
 }
 
 // Where a check stands: what its failure tells, for code that checks on behalf of a function of another file.

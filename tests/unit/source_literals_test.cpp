@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "confd/type_check.h"
+#include "support/plain_signature.h"
 #include "support/run_command.h"
 #include "support/scratch_folder.h"
 #include "support/text_lines.h"
@@ -173,7 +173,7 @@ std::vector<std::string> signatures_among(const std::string& strings)
     std::vector<std::string> signatures;
     for (const std::string& line : lines_of(strings)) {
         const std::size_t text = line.find("]  ");  // readelf: [  offset]  text
-        const std::string spelled = text == std::string::npos ? "" : confd::plain_signature(line.substr(text + 3));
+        const std::string spelled = text == std::string::npos ? "" : bgp_test::plain_signature(line.substr(text + 3));
         if (std::regex_match(spelled, signature)) {
             signatures.push_back(spelled);
         }

@@ -3,6 +3,7 @@
 #define NDEBUG
 #endif
 #include "confd/type_check.h"
+#include "support/plain_signature.h"
 
 #include <gtest/gtest.h>
 
@@ -51,15 +52,15 @@ TEST(TypeCheckDeath, ElementOfAnArray_IsToldAsItIsSpelled)
 
 TEST(PlainSignature, ClangsBlanks_AreTakenOut)
 {
-    EXPECT_EQ(confd::plain_signature("int32_t update_bgp_pfx(int32_t, int32_t, int32_t, int, nzmw_log_t *)"),
+    EXPECT_EQ(bgp_test::plain_signature("int32_t update_bgp_pfx(int32_t, int32_t, int32_t, int, nzmw_log_t *)"),
               "int32_t update_bgp_pfx(int32_t, int32_t, int32_t, int, nzmw_log_t*)");
-    EXPECT_EQ(confd::plain_signature("int f(const char **, uint32_t &)"), "int f(const char**, uint32_t&)");
+    EXPECT_EQ(bgp_test::plain_signature("int f(const char **, uint32_t &)"), "int f(const char**, uint32_t&)");
 }
 
 TEST(PlainSignature, GccsSpelling_StaysAsItIs)
 {
     const std::string spelled = "static int A::f(int, const char**, uint32_t&)";
-    EXPECT_EQ(confd::plain_signature(spelled), spelled);
+    EXPECT_EQ(bgp_test::plain_signature(spelled), spelled);
 }
 
 }  // namespace
