@@ -221,7 +221,7 @@ int BgpRouterMgr::Create(int maapi_socket, confd_trans_ctx* tctx, const std::str
 }
 
 int BgpRouterMgr::ForceCreateRtmEntries(int maapi_socket, int thandle, uint32_t index, int afi)
-{
+try {
     const confd::Transaction transaction{maapi_socket, thandle};
 
     const uint32_t component = component_of(index);
@@ -236,6 +236,7 @@ int BgpRouterMgr::ForceCreateRtmEntries(int maapi_socket, int thandle, uint32_t 
     }
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int BgpRouterMgr::CreateBgpAfiSafiEntries(int maapi_socket, int thandle, uint32_t index)
 {
@@ -256,7 +257,7 @@ int BgpRouterMgr::CreateBgpAfiSafiEntries(int maapi_socket, int thandle, uint32_
 }
 
 int BgpRouterMgr::CreateJoinEntries(int maapi_socket, int thandle, uint32_t index, AddressFamily afm)
-{
+try {
     const confd::Transaction transaction{maapi_socket, thandle};
 
     const Join* join = find_join(afm);
@@ -283,6 +284,7 @@ int BgpRouterMgr::CreateJoinEntries(int maapi_socket, int thandle, uint32_t inde
     }
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int BgpRouterMgr::CreateBgpListenEntries(int maapi_socket, int thandle, uint32_t index)
 {

@@ -89,7 +89,7 @@ void remove_rtm_joins(const confd::Transaction& transaction, uint32_t index)
 
 int BgpRouterMgr::Remove(int maapi_socket, confd_trans_ctx* tctx, uint32_t index, uint32_t /*unused*/,
                          const char** tables, const char** secondary_tables)
-{
+try {
     LogDebug("Calling %s for %u", "Remove", index);
     if (tctx == nullptr || tables == nullptr) {
         confd::fault("Remove", kSource, __LINE__, "");
@@ -128,6 +128,7 @@ int BgpRouterMgr::Remove(int maapi_socket, confd_trans_ctx* tctx, uint32_t index
     keep_alive(tctx);
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int BgpRouterMgr::RemoveRedistEntry(int maapi_socket, confd_trans_ctx* tctx, uint32_t index)
 {

@@ -138,18 +138,20 @@ void remove_vrf_without_instances(const char* operation, const confd::Transactio
 }  // namespace
 
 uint32_t BgpUtils::GetBgpCompoundIdx(unsigned short instIdx, unsigned int vrfIdx)
-{
+try {
     return libvrfid::VrfId::ComponentFromVrf(vrfIdx) + instIdx;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 uint32_t BgpUtils::GetInstIdxFromCompoundIdx(unsigned int compound)
-{
+try {
     return compound - libvrfid::VrfId::ComponentFromVrf(libvrfid::VrfId::VrfFromComponent(compound));
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 uint32_t BgpUtils::CreateBgpCompoundIdx(int maapi_socket, int thandle, int32_t cdb_socket, uint32_t vrfIdx,
                                         uint32_t asNumber)
-{
+try {
     const Operation operation = BGP_THIS_OPERATION;
     const confd::Transaction transaction{maapi_socket, thandle};
 
@@ -166,16 +168,18 @@ uint32_t BgpUtils::CreateBgpCompoundIdx(int maapi_socket, int thandle, int32_t c
     BGP_TRACE(trace_level::kAllocator, "<<< Returning BGP index %u", index);
     return GetBgpCompoundIdx(index, vrfIdx);
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 uint32_t BgpUtils::CreateBgpCompoundIdx(int maapi_socket, confd_trans_ctx* tctx, uint32_t vrfIdx, uint32_t asNumber)
-{
+try {
     const NzConfdCdbSession session(NzConfdInterface::FromTransaction(tctx), CDB_RUNNING, true);
     return CreateBgpCompoundIdx(maapi_socket, tctx->thandle, session.Socket(), vrfIdx, asNumber);
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 uint32_t BgpUtils::GetNextBgpCompoundIdxCandidate(int maapi_socket, confd_trans_ctx* tctx, uint32_t vrfIdx,
                                                   uint32_t asNumber)
-{
+try {
     const Operation operation = BGP_THIS_OPERATION;
     const confd::Transaction transaction{maapi_socket, tctx->thandle};
 
@@ -207,9 +211,10 @@ uint32_t BgpUtils::GetNextBgpCompoundIdxCandidate(int maapi_socket, confd_trans_
     BGP_TRACE(trace_level::kAllocator, "<<< Returning BGP index %u", index);
     return GetBgpCompoundIdx(index, vrfIdx);
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 void BgpUtils::DeleteBgpCompoundIdx(int maapi_socket, confd_trans_ctx* tctx, uint32_t vrfIdx, uint32_t asNumber)
-{
+try {
     const confd::Transaction transaction{maapi_socket, tctx->thandle};
 
     BGP_TRACE(trace_level::kAllocator, ">>> Enter - VRF index:%u, AS: %u", vrfIdx, asNumber);
@@ -232,6 +237,7 @@ void BgpUtils::DeleteBgpCompoundIdx(int maapi_socket, confd_trans_ctx* tctx, uin
     remove_vrf_without_instances(__func__, transaction, vrfIdx);
     BGP_TRACE(trace_level::kAllocator, "<<< Returning");
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 uint32_t BgpUtils::GetBgpCompoundIdxFromVrfIdx(int maapi_socket, int thandle, unsigned int vrfIdx)
 {
@@ -257,7 +263,7 @@ uint32_t BgpUtils::GetBgpCompoundIdxFromVrfIdx(int maapi_socket, int thandle, un
 
 int BgpUtils::GetBgpCompoundIdxFromVrfName(int maapi_socket, int thandle, const std::string& vrfName,
                                            uint32_t& compound)
-{
+try {
     std::string name = vrfName;
     confd::Value vrf_idx;
     if (GetVrfIndex(maapi_socket, thandle, name.data(), &vrf_idx) != 0) {
@@ -267,3 +273,4 @@ int BgpUtils::GetBgpCompoundIdxFromVrfName(int maapi_socket, int thandle, const 
     compound = GetBgpCompoundIdxFromVrfIdx(maapi_socket, thandle, CONFD_GET_UINT32(&vrf_idx));
     return compound < kNoCompoundIndex ? 0 : -1;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

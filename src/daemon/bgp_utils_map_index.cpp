@@ -243,14 +243,16 @@ int BgpUtils::GetRouteMapIdx(int maapi_socket, int thandle, char* vrfName, char*
 }
 
 uint32_t BgpUtils::CreateRouteMapIdx(int maapi_socket, int thandle, char* vrfName, char* mapName)
-{
+try {
     return create_number({kRouteMap, BGP_THIS_OPERATION, {maapi_socket, thandle}, vrfName, mapName});
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int BgpUtils::DeleteRouteMapIdx(int maapi_socket, int thandle, char* vrfName, char* mapName)
-{
+try {
     return delete_number({kRouteMap, BGP_THIS_OPERATION, {maapi_socket, thandle}, vrfName, mapName});
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int BgpUtils::GetRoutePolicyIdx(int maapi_socket, int thandle, char* vrfName, char* policyName, confd_value* vl_index)
 {
@@ -258,11 +260,13 @@ int BgpUtils::GetRoutePolicyIdx(int maapi_socket, int thandle, char* vrfName, ch
 }
 
 uint32_t BgpUtils::CreateRoutePolicyIdx(int maapi_socket, int thandle, char* vrfName, char* policyName)
-{
+try {
     return create_number({kRoutePolicy, BGP_THIS_OPERATION, {maapi_socket, thandle}, vrfName, policyName});
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int BgpUtils::DeleteRoutePolicyIdx(int maapi_socket, int thandle, char* vrfName, char* policyName)
-{
+try {
     return delete_number({kRoutePolicy, BGP_THIS_OPERATION, {maapi_socket, thandle}, vrfName, policyName});
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

@@ -47,8 +47,7 @@ void copy_or_default(const confd_value* given, int32_t otherwise, confd_value* v
 }  // namespace
 
 BgpUtils::NeighborEntry::NeighborEntry(uint32_t entity, confd_value_t* remote, confd_value_t* local, int count)
-    : entity_(entity), count_(count), values_(nullptr), remote_(remote), local_(local)
-{
+try : entity_(entity), count_(count), values_(nullptr), remote_(remote), local_(local) {
     if (remote_ == nullptr || count_ <= 0) {
         confd::fault("NeighborEntry", kSource, __LINE__, "a peer's key needs a remote address and a count above 0");
     }
@@ -73,6 +72,7 @@ BgpUtils::NeighborEntry::NeighborEntry(uint32_t entity, confd_value_t* remote, c
     CONFD_SET_UINT32(&values_[kRemotePort], 0);
     CONFD_SET_UINT32(&values_[kScopeId], 0);
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 BgpUtils::NeighborEntry::~NeighborEntry()
 {

@@ -4,6 +4,7 @@
 
 #include "bgp_update/bgp_vrf_redist_entry.h"
 #include "bgp_update/nz_confd_cdb_session.h"
+#include "confd/fault.h"
 #include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -110,7 +111,7 @@ bool find_committed(const OspfProcessSearch& search, confd_trans_ctx* tctx)
 int32_t BgpUtils::BgpVrfRedistEntry::GetOspfProcIdCompoundId(int32_t maapi_socket, confd_trans_ctx* tctx,
                                                              nzmw_trace_category_t category, const char* vrfName,
                                                              confd_value_t* procId, confd_value_t* compoundId)
-{
+try {
     if (procId == nullptr || compoundId == nullptr || tctx == nullptr) {
         BGP_TRACE_TO(category, __func__, trace_level::kLookup, "Invalid NULL pointer");
         return -1;
@@ -121,6 +122,7 @@ int32_t BgpUtils::BgpVrfRedistEntry::GetOspfProcIdCompoundId(int32_t maapi_socke
     const bool found = find_in_transaction(search, {maapi_socket, tctx->thandle}) || find_committed(search, tctx);
     return found ? 0 : -1;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 int BgpUtils::BgpVrfRedistEntry::Rfc4577Support(int maapi_socket, confd_trans_ctx* tctx, nzmw_log_t* /*log*/,
                                                 nzmw_trace_category_t category, char* vrfName,

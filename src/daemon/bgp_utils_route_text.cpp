@@ -6,9 +6,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <optional>
 
 #include "bgp_update/bgp_utils.h"
+#include "confd/fault.h"
 #include "confd/type_check.h"
 
 namespace {
@@ -96,7 +98,7 @@ std::string as_numbers(const Octets& attribute, std::size_t width)
 }  // namespace
 
 std::string BgpUtils::Rd2str(const std::string& text, bool route_target)
-{
+try {
     const uint64_t octets = route_octets(text, route_target).value_or(0);
     std::array<char, sizeof "00:00:00:00:00:00:00:00"> hex{};
     const auto octet = [octets](unsigned int i) { return static_cast<unsigned int>(octets >> (56U - 8U * i) & 0xFFU); };
@@ -104,6 +106,7 @@ std::string BgpUtils::Rd2str(const std::string& text, bool route_target)
                   octet(3), octet(4), octet(5), octet(6), octet(7));
     return hex.data();
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 std::string BgpUtils::Rt2str(const std::string& text)
 {
@@ -111,7 +114,7 @@ std::string BgpUtils::Rt2str(const std::string& text)
 }
 
 int BgpUtils::GetRoutesAsPath(confd_value_t* in_vl_as_path, int as_width, confd_value_t* out)
-{
+try {
     BGP_REQUIRE_TYPE(__LINE__, in_vl_as_path, C_BINARY);
     const Octets attribute{CONFD_GET_BINARY_PTR(in_vl_as_path), CONFD_GET_BINARY_SIZE(in_vl_as_path)};
     std::string text;
@@ -121,6 +124,11 @@ int BgpUtils::GetRoutesAsPath(confd_value_t* in_vl_as_path, int as_width, confd_
         // Does not survive the assignment below: another attribute shows as an empty text, as it always has.
         CONFD_SET_CBUF(out, kInvalidAsPath, sizeof kInvalidAsPath - 1);
     }
-    CONFD_SET_CBUF(out, strndup(text.c_str(), text.size()), text.size());
+    char* const octets = strndup(text.c_str(), text.size());
+    if (octets == nullptr) {
+        throw std::bad_alloc();
+    }
+    CONFD_SET_CBUF(out, octets, text.size());
     return 0;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

@@ -43,13 +43,14 @@ static confd_value committed_source_address(const char* function, confd_trans_ct
 }
 
 confd_value BgpUtils::cdb_get_source_address(confd_trans_ctx* tctx, unsigned int as, char* vrf, confd_value* neighbor)
-{
+try {
     return committed_source_address("cdb_get_source_address", tctx, as, vrf, neighbor);
 }
+BGP_FAULT_ON_EXCEPTION(__func__)
 
 confd_value BgpUtils::maapi_cdb_get_source_address(confd_trans_ctx* tctx, unsigned int as, char* vrf,
                                                    confd_value* neighbor)
-{
+try {
     constexpr char kFunction[] = "maapi_cdb_get_source_address";
     const NzConfdInterface* const confd = NzConfdInterface::FromTransaction(tctx);
     if (confd == nullptr || confd->MaapiSocket() < 0) {
@@ -67,3 +68,4 @@ confd_value BgpUtils::maapi_cdb_get_source_address(confd_trans_ctx* tctx, unsign
     }
     return address;
 }
+BGP_FAULT_ON_EXCEPTION(__func__)

@@ -117,7 +117,7 @@ std::size_t stop() noexcept
 }  // namespace bgp_rehearse::failing_allocations
 
 // The replacements, for the whole process. All memory is malloc's, so that free() gives it back. AddressSanitizer keeps
-// its own calloc.
+// its own calloc and strndup.
 
 void* operator new(std::size_t size)
 {
@@ -134,6 +134,12 @@ void* operator new(std::size_t size, const std::nothrow_t& /*kind*/) noexcept
     return bgp_rehearse::failing_allocations::refused() ? nullptr : std::malloc(size == 0 ? 1 : size);
 }
 
+// As the C++ library has it; a sanitizer brings one of its own.
+void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
 #if defined(__SANITIZE_ADDRESS__)  // GCC's word for it
 #define BGP_REHEARSE_SANITIZED_MEMORY
 #elif defined(__has_feature)
@@ -148,6 +154,13 @@ extern "C" void* calloc(size_t count, size_t size)
 {
     return bgp_rehearse::failing_allocations::refused() ? nullptr : __libc_calloc(count, size);
 }
+
+extern "C" char* __strndup(const char* text, size_t size);
+
+extern "C" char* strndup(const char* text, size_t size)
+{
+    return bgp_rehearse::failing_allocations::refused() ? nullptr : __strndup(text, size);
+}
 #endif
 
 void operator delete(void* memory) noexcept
@@ -156,6 +169,16 @@ void operator delete(void* memory) noexcept
 }
 
 void operator delete(void* memory, std::size_t /*size*/) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t /*size*/) noexcept
 {
     std::free(memory);
 }

@@ -1,5 +1,6 @@
-// Memory that runs out on order, inside one shared library: the executable's operator new and calloc, which the whole
-// process uses, count the allocations that the library makes, directly or through the C++ library, and can refuse one.
+// Memory that runs out on order, inside one shared library: the executable's operators new, calloc and strndup, which
+// the whole process uses, count the allocations that the library makes, directly or through the C++ library, and can
+// refuse one.
 #pragma once
 
 #include <cstddef>
