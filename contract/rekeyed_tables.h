@@ -20,14 +20,14 @@ enum class Carries {
 
 struct RekeyedTable {
     constexpr RekeyedTable(const char* list, Carries keys, const char* following, const Texts& left_behind)
-        : path(list), carries(keys), leaf(following), explains(left_behind)
+        : path(list), carries(keys), leaf(following), explains(left_behind.with(list))
     {
     }
 
     const char* path;
     Carries carries;
     const char* leaf;  // which has to follow the keys of a moved row; empty: none
-    Texts explains;  // beginnings of keypaths: writes that rows which stay behind may bring, beside those in the table
+    Texts explains;    // the table and others: where rows that stay behind may bring writes
 };
 
 inline constexpr RekeyedTable kRekeyedTables[] = {

@@ -22,6 +22,13 @@ public:
         }
     }
 
+    constexpr Texts with(const char* text) const
+    {
+        Texts more = *this;
+        more.texts_[more.count_++] = text;
+        return more;
+    }
+
     constexpr const char* const* begin() const { return texts_; }
     constexpr const char* const* end() const { return texts_ + count_; }
 

@@ -34,8 +34,8 @@ inline constexpr Step kUpdate = {
     kUpdateCalls,
 };
 
-// Where an allocation of the library is refused: the process ends in this fault report or, without room for the names of
-// the VRFs, goes on without their instances.
-inline constexpr Demand kWithoutMemory = faults("update", "src/config_update/bgp_update").explaining(kVrfJoins);
+// Where an allocation of the library is refused and the process does not end: without room for the names of the VRFs the
+// upgrade goes on without their instances.
+inline constexpr Demand kWithoutMemory = goes_on().explaining(kVrfJoins);
 
 }  // namespace bgp_contract

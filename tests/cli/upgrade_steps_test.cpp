@@ -10,8 +10,8 @@
 #include <stdexcept>
 
 #include "bgp_update/update.h"
+#include "contract/steps.h"
 #include "device.h"
-#include "report/upgrade_step_lines.h"
 #include "support/scratch_folder.h"
 
 namespace bgp_test {
@@ -184,12 +184,10 @@ TEST(StepLines, EachText_StandsInTheSourcesOfTheSteps)
     for (const auto& file : std::filesystem::directory_iterator(BGP_SOURCE_DIR "/src/config_update")) {
         source += content_of(file.path());
     }
-    std::vector<bgp_rehearse::StepLines> all(std::begin(bgp_rehearse::kSteps), std::end(bgp_rehearse::kSteps));
-    all.push_back(bgp_rehearse::kUpgrade);
-    for (const bgp_rehearse::StepLines& step : all) {
-        std::vector<const char*> texts = {step.start, step.end};
+    for (const bgp_contract::Step& step : bgp_contract::kSteps) {
+        std::vector<const char*> texts = {step.first_line, step.last_line};
         for (const auto& lines : {step.nothing_to_do, step.failed, step.passed_over}) {
-            std::copy_if(lines.begin(), lines.end(), std::back_inserter(texts), [](const char* each) { return each; });
+            texts.insert(texts.end(), lines.begin(), lines.end());
         }
         for (const char* text : texts) {
             EXPECT_TRUE(stands_in(source, text, step.name)) << step.name << ": " << text;

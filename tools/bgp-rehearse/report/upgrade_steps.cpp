@@ -5,25 +5,23 @@
 #include <iterator>
 #include <utility>
 
-#include "report/upgrade_step_lines.h"
+#include "contract/steps.h"
 
 namespace bgp_rehearse {
 
 namespace {
 
-constexpr std::size_t kUpdate = 0;  // update() itself; the steps follow it
+using bgp_contract::kSteps;
+using bgp_contract::Texts;
 
-const StepLines& lines_of(std::size_t step)
-{
-    return step == kUpdate ? kUpgrade : kSteps[step - 1];
-}
+constexpr std::size_t kUpdate = 0;  // update() itself; the steps follow it
 
 bool begins_with(std::string_view line, const char* beginning)
 {
-    return beginning != nullptr && line.substr(0, std::strlen(beginning)) == beginning;
+    return line.substr(0, std::strlen(beginning)) == beginning;
 }
 
-bool is_one_of(std::string_view line, const StepLines::Lines& lines)
+bool is_one_of(std::string_view line, const Texts& lines)
 {
     return std::any_of(lines.begin(), lines.end(), [line](const char* each) { return begins_with(line, each); });
 }
@@ -38,12 +36,12 @@ uint64_t head_of(std::string_view line)
     return head;
 }
 
-void add_heads(const StepLines& lines, std::unordered_set<uint64_t>* heads)
+void add_heads(const bgp_contract::Step& step, std::unordered_set<uint64_t>* heads)
 {
-    heads->insert({head_of(lines.start), head_of(lines.end)});
-    for (const StepLines::Lines& each : {lines.nothing_to_do, lines.failed, lines.passed_over}) {
-        for (const char* const line : each) {
-            heads->insert(head_of(line == nullptr ? lines.start : line));
+    heads->insert({head_of(step.first_line), head_of(step.last_line)});
+    for (const Texts& lines : {step.nothing_to_do, step.failed, step.passed_over}) {
+        for (const char* const line : lines) {
+            heads->insert(head_of(line));
         }
     }
 }
@@ -90,11 +88,11 @@ const char* name_of(StepOutcome outcome) noexcept
 }
 
 UpgradeSteps::UpgradeSteps(std::function<CallTotals()> calls_so_far)
-    : calls_so_far_(std::move(calls_so_far)), steps_(std::size(kSteps) + 1)
+    : calls_so_far_(std::move(calls_so_far)), steps_(std::size(kSteps))
 {
     for (std::size_t i = 0; i < steps_.size(); ++i) {
-        steps_[i].name = lines_of(i).name;
-        add_heads(lines_of(i), &heads_);
+        steps_[i].name = kSteps[i].name;
+        add_heads(kSteps[i], &heads_);
     }
 }
 
@@ -107,16 +105,16 @@ bool UpgradeSteps::take(std::string_view line)
 
 bool UpgradeSteps::take_in_step(std::string_view line)
 {
-    const StepLines& lines = lines_of(current_);
-    if (is_one_of(line, lines.failed)) {
+    const bgp_contract::Step& running = kSteps[current_];
+    if (is_one_of(line, running.failed)) {
         finish(StepOutcome::Failed, line);
-    } else if (is_one_of(line, lines.nothing_to_do)) {
+    } else if (is_one_of(line, running.nothing_to_do)) {
         finish(StepOutcome::NothingToDo, line);
-    } else if (begins_with(line, lines.end)) {
+    } else if (begins_with(line, running.last_line)) {
         finish(StepOutcome::Ran, {});
     } else {
         for (std::size_t step = 0; step < steps_.size(); ++step) {
-            if (begins_with(line, lines_of(step).start)) {
+            if (begins_with(line, kSteps[step].first_line)) {
                 begin(step);
                 return true;
             }
@@ -131,7 +129,7 @@ bool UpgradeSteps::take_reason(std::string_view line)
 {
     bool known = false;
     for (std::size_t step = 0; current_ == kUpdate && step < steps_.size(); ++step) {
-        if (steps_[step].runs == 0 && is_one_of(line, lines_of(step).passed_over)) {
+        if (steps_[step].runs == 0 && is_one_of(line, kSteps[step].passed_over)) {
             steps_[step].text = trimmed(line);
             known = true;
         }
@@ -199,7 +197,7 @@ void UpgradeSteps::give_reasons(std::size_t first_missed)
 {
     for (std::size_t i = 0; i < steps_.size(); ++i) {
         if (steps_[i].outcome == StepOutcome::NotRun && steps_[i].text.empty()) {
-            steps_[i].text = i >= first_missed ? "the upgrade ended before it" : lines_of(i).condition;
+            steps_[i].text = i >= first_missed ? "the upgrade ended before it" : kSteps[i].condition;
         }
     }
 }

@@ -1,44 +1,50 @@
 #include "sweep/contract.h"
 
+#include <cstring>
 #include <map>
-#include <utility>
+#include <stdexcept>
+#include <string>
 
-#include "sweep/contract_data.h"
+#include "contract/rekeyed_tables.h"
+#include "contract/steps.h"
 
 namespace bgp_rehearse {
 
 namespace {
 
+using bgp_contract::CallSite;
 using bgp_platform::capi::Function;
 
-// A table that cannot be walked keeps its rows where they are; so does a row that cannot be moved, which is logged.
-// Where no row has come, another entity's row can.
-void add_rekeyed_tables(std::vector<Rule>* rules)
+Function function_named(const char* name)
 {
-    constexpr char kStep[] = "update_rm_index";
-    const Demand walk;
-    const Demand move{Must::Log, "Failed to move path: ", "", {0, 0}, {}};
-    for (const RekeyedTable& table : rekeyed_tables()) {
-        const auto add = [&](Function function, const std::string& path, const Demand& demand) {
-            std::vector<const char*> explained = table.explains;
-            explained.push_back(table.path.c_str());
-            rules->push_back({{kStep, function, path}, demand.explaining(std::move(explained))});
-        };
-        add(Function::maapi_init_cursor, table.path, walk);
-        add(Function::maapi_get_next, table.path, walk);
-        add(Function::maapi_move, table.path + "{}", move);
+    for (std::size_t i = 0; i < bgp_platform::capi::kFunctions; ++i) {
+        const auto function = static_cast<Function>(i);
+        if (std::strcmp(bgp_platform::capi::name_of(function), name) == 0) {
+            return function;
+        }
     }
+    throw std::logic_error(std::string("the C API has no function ") + name);
+}
+
+Site site_of(const char* step, const CallSite& call, const std::string& path)
+{
+    return {step, function_named(call.function), path};
 }
 
 std::vector<Rule> all_rules()
 {
     std::vector<Rule> rules;
-    for (const StepRules& step : step_rules()) {
-        for (const CallRule& call : step.calls) {
-            rules.push_back({{step.step, call.function, call.path}, call.demand});
+    for (const bgp_contract::Step& step : bgp_contract::kSteps) {
+        for (const CallSite& call : step.calls) {
+            rules.push_back({site_of(step.name, call, call.path), call.demand});
         }
     }
-    add_rekeyed_tables(&rules);
+    for (const bgp_contract::RekeyedTable& table : bgp_contract::kRekeyedTables) {
+        for (const CallSite& call : bgp_contract::kCallsOfEachTable) {
+            rules.push_back({site_of(bgp_contract::kUpdateRmIndex.name, call, std::string(table.path) + call.path),
+                             call.demand.explaining(table.explains)});
+        }
+    }
     return rules;
 }
 

@@ -1,13 +1,16 @@
-// What the upgrade must do when a call fails, site by site: the library's contract on failures, as data.
+// What the upgrade must do when a call fails, site by site: the call sites of contract/steps.h and rekeyed_tables.h.
 #pragma once
 
 #include <cstddef>
 #include <vector>
 
-#include "sweep/contract_data.h"
+#include "contract/step.h"
 #include "sweep/site.h"
 
 namespace bgp_rehearse {
+
+using bgp_contract::Demand;
+using bgp_contract::Must;
 
 // A call site and what is demanded of it.
 struct Rule {

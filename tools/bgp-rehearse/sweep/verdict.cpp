@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "contract/steps/update.h"
 #include "sweep/contract.h"
-#include "sweep/contract_data.h"
 
 namespace bgp_rehearse {
 
@@ -42,7 +42,7 @@ public:
     explicit Judge(const SweptRun& run) : baseline_(run.baseline), trail_(run.trail), run_(run)
     {
         if (run.refused_allocation) {
-            lost_.push_back(&no_memory_);
+            lost_.push_back(&bgp_contract::kWithoutMemory);
         }
         for (std::size_t call = 0; call < trail_.calls().size(); ++call) {
             const RecordedCall& made = trail_.calls()[call];
@@ -177,7 +177,6 @@ private:
     Verdict verdict_;
     std::set<std::string> found_;
     const SweptRun& run_;
-    const Demand no_memory_ = without_memory();
     std::vector<const Demand*> lost_;  // what has failed that the run without failures had
     const Rule* last_ = nullptr;       // of the last failed call
 };
