@@ -7,19 +7,17 @@
 #include <vector>
 
 #include "bgp_update/prefix_list.h"
+#include "support/stored_rows.h"
 #include "support/update_fixture.h"
 
 namespace bgp_test::prefix_list {
+
+using bgp_test::leaf;
 
 inline constexpr uint32_t kRmIndex = 5;
 inline constexpr char kRules[] = "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry";
 inline constexpr char kNextFree[] = "/internal/aallPreAccessListEntry-hidden/aallPreAccessListEntry_next_free_index";
 inline constexpr char kNameNext[] = "/prefix-list-internal/name-next-index";
-
-inline std::string leaf(const std::string& name, const std::string& value)
-{
-    return "<" + name + ">" + value + "</" + name + ">";
-}
 
 // A row with the leaves that the step reads; bounds that are not given are left to their default.
 inline std::string rule(int list, uint32_t number, const std::string& more)
@@ -63,9 +61,9 @@ inline std::string name(uint32_t entity, int list, const std::string& name)
 
 inline std::string hidden(const std::string& next_free, const std::string& names)
 {
-    return R"(<internal xmlns="urn:bgp-update:yang:metacli-internal"><aallPreAccessListEntry-hidden>)" + names +
-           (next_free.empty() ? std::string() : leaf("aallPreAccessListEntry_next_free_index", next_free)) +
-           "</aallPreAccessListEntry-hidden></internal>";
+    return internal(
+        leaf("aallPreAccessListEntry-hidden",
+             names + (next_free.empty() ? std::string() : leaf("aallPreAccessListEntry_next_free_index", next_free))));
 }
 
 inline std::string list_there(const std::string& name, const std::string& sequences)

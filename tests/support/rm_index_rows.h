@@ -3,27 +3,19 @@
 
 #include <string>
 
-namespace bgp_test {
+#include "support/stored_rows.h"
 
-inline std::string leaf(const std::string& name, const std::string& value)
-{
-    return "<" + name + ">" + value + "</" + name + ">";
-}
+namespace bgp_test {
 
 // Tables of a module, around their rows: bgp_mib("bgpNmEntTable", ...).
 inline std::string bgp_mib(const std::string& table, const std::string& rows)
 {
-    return R"(<DC-BGP-MIB xmlns="http://tail-f.com/ns/mibs/DC-BGP-MIB">)" + leaf(table, rows) + "</DC-BGP-MIB>";
+    return mib(leaf(table, rows));
 }
 
 inline std::string rtm_mib(const std::string& table, const std::string& rows)
 {
     return R"(<DC-RTM-MIB xmlns="http://tail-f.com/ns/mibs/DC-RTM-MIB">)" + leaf(table, rows) + "</DC-RTM-MIB>";
-}
-
-inline std::string hidden(const std::string& rows)
-{
-    return R"(<internal xmlns="urn:bgp-update:yang:metacli-internal">)" + rows + "</internal>";
 }
 
 // A router entity with the local AS 65010.
@@ -36,10 +28,7 @@ inline std::string entity_row(const std::string& index)
 // The eight keys of the neighbour 10.0.0.1 of an entity.
 inline std::string peer_keys(const std::string& index)
 {
-    return leaf("bgpRmEntIndex", index) + leaf("bgpPeerLocalAddrType", "ipv4") +
-           leaf("bgpPeerLocalAddr", "00:00:00:00") + leaf("bgpPeerLocalPort", "0") +
-           leaf("bgpPeerRemoteAddrType", "ipv4") + leaf("bgpPeerRemoteAddr", "0a:00:00:01") +
-           leaf("bgpPeerRemotePort", "0") + leaf("bgpPeerLocalAddrScopeId", "0");
+    return peer_keys(index, "00:00:00:00", "0a:00:00:01");
 }
 
 inline std::string peer_row(const std::string& index)
@@ -82,7 +71,7 @@ inline std::string partner_row(const std::string& slave, const std::string& type
 // The neighbour 10.0.0.1 as the command line keeps it; `keys` is the leaf, or nothing.
 inline std::string global_peer_row(const std::string& index, const std::string& keys)
 {
-    return hidden(leaf("bgpPeerEntry-global", leaf("entity", index) + leaf("peer", "10.0.0.1") + keys));
+    return internal(leaf("bgpPeerEntry-global", leaf("entity", index) + leaf("peer", "10.0.0.1") + keys));
 }
 
 }  // namespace bgp_test

@@ -72,11 +72,6 @@ std::string entities(const std::vector<const char*>& indexes)
     return xml;
 }
 
-std::string internal(const std::string& content)
-{
-    return "<internal xmlns=\"urn:bgp-update:yang:metacli-internal\">" + content + "</internal>";
-}
-
 void show_faults_and_writes(Device& device)
 {
     watched = &device;

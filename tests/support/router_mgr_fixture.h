@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "bgp_update/bgp_router_mgr.h"
+#include "support/stored_rows.h"
 #include "support/update_fixture.h"
 
 namespace bgp_test {
@@ -22,10 +23,9 @@ std::string rows(std::string_view entry, const std::vector<std::string>& leaves)
 std::string table(std::string_view module, std::string_view table, std::string_view rows);
 
 // Rows of "/DC-BGP-MIB/bgpConfigTable/bgpConfigEntry" by their keys; routing-manager entities that have nothing but
-// their index; content of the command line's bookkeeping.
+// their index.
 std::string configs(const std::vector<std::pair<const char*, const char*>>& keys);
 std::string entities(const std::vector<const char*>& indexes);
-std::string internal(const std::string& content);
 
 // From here on a fault shows on standard error as "fault 1 Create src/daemon/bgp_router_mgr:388 <text>", followed by
 // "writes N" and, at the end of the process, "writes N at exit": what the program wrote (or tried to) until then.

@@ -1,4 +1,4 @@
-// The lines of a text, without their ends.
+// Lines, without their ends.
 #pragma once
 
 #include <sstream>
@@ -7,9 +7,18 @@
 
 namespace bgp_test {
 
-inline std::vector<std::string> lines_of(const std::string& text)
+using Lines = std::vector<std::string>;
+
+inline Lines operator+(Lines lines, const Lines& more)
 {
-    std::vector<std::string> lines;
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+}
+
+// Of a text.
+inline Lines lines_of(const std::string& text)
+{
+    Lines lines;
     std::istringstream stream(text);
     for (std::string line; std::getline(stream, line);) {
         lines.push_back(line);

@@ -5,6 +5,7 @@
 
 #include "bgp_update/update.h"
 #include "support/change_lines.h"
+#include "support/stored_rows.h"
 
 namespace bgp_test {
 
@@ -19,8 +20,7 @@ std::string config(std::string_view top_elements)
 
 std::string bgp_entity(std::string_view leaves)
 {
-    return "<DC-BGP-MIB xmlns=\"http://tail-f.com/ns/mibs/DC-BGP-MIB\"><bgpRmEntTable><bgpRmEntEntry>" +
-           std::string(leaves) + "</bgpRmEntEntry></bgpRmEntTable></DC-BGP-MIB>";
+    return mib(leaf("bgpRmEntTable", leaf("bgpRmEntEntry", std::string(leaves))));
 }
 
 std::string error_text(std::string_view function, int code, std::string_view path, std::string_view detail)

@@ -12,14 +12,6 @@
 
 namespace bgp_test {
 
-using Lines = std::vector<std::string>;
-
-inline Lines operator+(Lines lines, const Lines& more)
-{
-    lines.insert(lines.end(), more.begin(), more.end());
-    return lines;
-}
-
 // The bookkeeping of a VRF: its index, and RTM indexes made of it.
 inline std::string vrf_numbers(const std::string& name, int index)
 {

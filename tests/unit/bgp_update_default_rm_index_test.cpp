@@ -13,7 +13,7 @@ using bgp_test::absent;
 using bgp_test::bgp_mib;
 using bgp_test::entity_row;
 using bgp_test::global_peer_row;
-using bgp_test::hidden;
+using bgp_test::internal;
 using bgp_test::leaf;
 using bgp_test::listen_row;
 using bgp_test::network_entity_row;
@@ -97,22 +97,22 @@ std::string row_of_every_other_table()
     const std::string address = leaf("address", "10.0.0.1");
     const std::string peer = leaf("peer", "10.0.0.1");
     return protocol_row("7", leaf("protocol-xmltag", "555337807") + leaf("protocol-index", "5")) +
-           hidden(leaf("rtmRedistEntry-hidden",
-                       hidden_row("rtmRedistEntry-set",
-                                  leaf("rtm-index", "1") + leaf("address", "0a:00:00:00") + leaf("length", "8")) +
-                           hidden_row("rtmRedistEntry-get", leaf("rtm-index", "1") + leaf("entry", "7"))) +
-                  leaf("bgpRouteMapEntry-hidden", hidden_row("bgpRouteMapEntry", map + leaf("entry", "10")) +
-                                                      hidden_row("bgpRouteMapEntry-get", map + leaf("entry", "11")) +
-                                                      hidden_row("bgpRouteMapEntry-set", map + leaf("entry", "12"))) +
-                  leaf("bgpConfigEntry-hidden", hidden_row("bgpConfigEntry", leaf("index", "20")) +
-                                                    hidden_row("bgpConfigEntry-get", leaf("index", "21")) +
-                                                    hidden_row("bgpConfigEntry-set", leaf("index", "22"))) +
-                  hidden_row("bgpPeerEntry-prefix-list-hidden", peer) +
-                  hidden_row("match-ip-list-hidden", leaf("list", "-3")) +
-                  hidden_row("neighbor-valid-hidden", address) +
-                  hidden_row("route-policy-valid-hidden", leaf("name", "to peers")) +
-                  hidden_row("router-afi-safi-hidden", leaf("afi", "ipv4") + leaf("safi", "unicast")) +
-                  hidden_row("neighbor-afi-safi-hidden", address + leaf("afi", "ipv6") + leaf("safi", "unicast"))) +
+           internal(leaf("rtmRedistEntry-hidden",
+                         hidden_row("rtmRedistEntry-set",
+                                    leaf("rtm-index", "1") + leaf("address", "0a:00:00:00") + leaf("length", "8")) +
+                             hidden_row("rtmRedistEntry-get", leaf("rtm-index", "1") + leaf("entry", "7"))) +
+                    leaf("bgpRouteMapEntry-hidden", hidden_row("bgpRouteMapEntry", map + leaf("entry", "10")) +
+                                                        hidden_row("bgpRouteMapEntry-get", map + leaf("entry", "11")) +
+                                                        hidden_row("bgpRouteMapEntry-set", map + leaf("entry", "12"))) +
+                    leaf("bgpConfigEntry-hidden", hidden_row("bgpConfigEntry", leaf("index", "20")) +
+                                                      hidden_row("bgpConfigEntry-get", leaf("index", "21")) +
+                                                      hidden_row("bgpConfigEntry-set", leaf("index", "22"))) +
+                    hidden_row("bgpPeerEntry-prefix-list-hidden", peer) +
+                    hidden_row("match-ip-list-hidden", leaf("list", "-3")) +
+                    hidden_row("neighbor-valid-hidden", address) +
+                    hidden_row("route-policy-valid-hidden", leaf("name", "to peers")) +
+                    hidden_row("router-afi-safi-hidden", leaf("afi", "ipv4") + leaf("safi", "unicast")) +
+                    hidden_row("neighbor-afi-safi-hidden", address + leaf("afi", "ipv6") + leaf("safi", "unicast"))) +
            global_peer_row("5", leaf("keys", "5 10.0.0.1 1")) +
            bgp_mib("bgpRmAfiSafiTable",
                    leaf("bgpRmAfiSafiEntry", leaf("bgpRmEntIndex", "5") + leaf("bgpRmAfiSafiAfi", "ipv4") +

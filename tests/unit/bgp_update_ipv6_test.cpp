@@ -2,13 +2,18 @@
 // peers and route maps are left alone.
 #include "bgp_update/ipv6.h"
 
+#include "support/stored_rows.h"
+#include "support/text_lines.h"
 #include "support/update_fixture.h"
 
 namespace {
 
 using bgp_platform::capi::Function;
 using bgp_test::absent;
+using bgp_test::Lines;
+using bgp_test::mib;
 using bgp_test::planned;
+using bgp_test::operator+;
 
 constexpr char kFlag[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{5}/bgpRmEntSupportIpv6";
 constexpr char kHiddenRouter[] = "/internal/router-afi-safi-hidden{5 ipv4 unicast}";
@@ -26,19 +31,6 @@ constexpr char kRouteMap[] = "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry{5 1 
 constexpr char kNoOctets[] = "00:00:00:00:00:00:00:00:00:00:00:00:00:00:00:00";
 constexpr char kNoOctetsPrinted[] = "00000000000000000000000000000000";
 
-using Lines = std::vector<std::string>;
-
-Lines operator+(Lines left, const Lines& right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}
-
-std::string mib(const std::string& tables)
-{
-    return R"(<DC-BGP-MIB xmlns="http://tail-f.com/ns/mibs/DC-BGP-MIB">)" + tables + "</DC-BGP-MIB>";
-}
-
 const std::string kEntity =
     "<bgpRmEntTable><bgpRmEntEntry><bgpRmEntIndex>5</bgpRmEntIndex><bgpRmEntSupportIpv6>false</bgpRmEntSupportIpv6>"
     "</bgpRmEntEntry></bgpRmEntTable>";
@@ -48,12 +40,7 @@ const std::string kNmEntity =
 // A row of the peer 10.0.0.2, seen from 10.0.0.1; of its IPv6 unicast family when `family` is not empty.
 std::string peer(const std::string& entity, const std::string& family = {})
 {
-    return "<bgpRmEntIndex>" + entity +
-           "</bgpRmEntIndex><bgpPeerLocalAddrType>ipv4</bgpPeerLocalAddrType>"
-           "<bgpPeerLocalAddr>0a:00:00:01</bgpPeerLocalAddr><bgpPeerLocalPort>0</bgpPeerLocalPort>"
-           "<bgpPeerRemoteAddrType>ipv4</bgpPeerRemoteAddrType><bgpPeerRemoteAddr>0a:00:00:02</bgpPeerRemoteAddr>"
-           "<bgpPeerRemotePort>0</bgpPeerRemotePort><bgpPeerLocalAddrScopeId>0</bgpPeerLocalAddrScopeId>" +
-           family;
+    return bgp_test::peer_keys(entity, "0a:00:00:01", "0a:00:00:02") + family;
 }
 
 std::string peers(const Lines& rows)

@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 
 #include "nz_address.h"
+#include "support/stored_rows.h"
 #include "support/update_fixture.h"
 
 namespace {
@@ -23,6 +24,7 @@ namespace {
 
 using bgp_platform::capi::Function;
 using bgp_test::absent;
+using bgp_test::mib;
 using bgp_test::planned;
 
 constexpr char kEntityIndex[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntIndex";
@@ -30,23 +32,12 @@ constexpr char kFamily[] = "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{5 ip
 constexpr char kPeerTable[] = "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry";
 constexpr char kPeerFamilies[] = "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry";
 
-std::string mib(const std::string& tables)
-{
-    return R"(<DC-BGP-MIB xmlns="http://tail-f.com/ns/mibs/DC-BGP-MIB">)" + tables + "</DC-BGP-MIB>";
-}
-
 const std::string kEntity =
     "<bgpRmEntTable><bgpRmEntEntry><bgpRmEntIndex>5</bgpRmEntIndex></bgpRmEntEntry></bgpRmEntTable>";
 
 std::string peer(const std::string& entity, const std::string& remote)
 {
-    return "<bgpPeerEntry><bgpRmEntIndex>" + entity +
-           "</bgpRmEntIndex><bgpPeerLocalAddrType>ipv4</bgpPeerLocalAddrType>"
-           "<bgpPeerLocalAddr>0a:00:00:01</bgpPeerLocalAddr><bgpPeerLocalPort>0</bgpPeerLocalPort>"
-           "<bgpPeerRemoteAddrType>ipv4</bgpPeerRemoteAddrType><bgpPeerRemoteAddr>" +
-           remote +
-           "</bgpPeerRemoteAddr><bgpPeerRemotePort>0</bgpPeerRemotePort>"
-           "<bgpPeerLocalAddrScopeId>0</bgpPeerLocalAddrScopeId></bgpPeerEntry>";
+    return bgp_test::leaf("bgpPeerEntry", bgp_test::peer_keys(entity, "0a:00:00:01", remote));
 }
 
 std::string peers(const std::string& rows)

@@ -3,39 +3,32 @@
 #include "bgp_update/neigh_config_afi_safi.h"
 
 #include "confd_maapi.h"
+#include "support/stored_rows.h"
 #include "support/update_fixture.h"
 
 namespace {
 
 using bgp_platform::capi::Function;
+using bgp_test::leaf;
 using bgp_test::planned;
 
 constexpr char kTable[] = "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry";
 constexpr char kPeerKeys[] = "5 ipv4 0a:00:00:01 0 ipv4 0a:00:00:02 179 7";
 constexpr char kPrintedPeer[] = "5 ipv4 0a000001 0 ipv4 0a000002 179 7";
 
-std::string leaf(const std::string& name, const std::string& value)
-{
-    return "<" + name + ">" + value + "</" + name + ">";
-}
-
 std::string table(const std::string& rows)
 {
-    return R"(<DC-BGP-MIB xmlns="http://tail-f.com/ns/mibs/DC-BGP-MIB"><bgpPeerAfiSafiTable>)" + rows +
-           "</bgpPeerAfiSafiTable></DC-BGP-MIB>";
+    return bgp_test::mib(leaf("bgpPeerAfiSafiTable", rows));
 }
 
 // A row of the neighbour 10.0.0.2, seen from 10.0.0.1; its flag left out where it is empty.
 std::string row(const std::string& afi, const std::string& safi, const std::string& disable,
                 const std::string& address_type = "ipv4")
 {
-    return leaf("bgpPeerAfiSafiEntry", leaf("bgpRmEntIndex", "5") + leaf("bgpPeerLocalAddrType", address_type) +
-                                           leaf("bgpPeerLocalAddr", "0a:00:00:01") + leaf("bgpPeerLocalPort", "0") +
-                                           leaf("bgpPeerRemoteAddrType", address_type) +
-                                           leaf("bgpPeerRemoteAddr", "0a:00:00:02") + leaf("bgpPeerRemotePort", "179") +
-                                           leaf("bgpPeerLocalAddrScopeId", "7") + leaf("bgpPeerAfiSafiAfi", afi) +
-                                           leaf("bgpPeerAfiSafiSafi", safi) +
-                                           (disable.empty() ? std::string() : leaf("bgpPeerAfiSafiDisable", disable)));
+    return leaf("bgpPeerAfiSafiEntry",
+                bgp_test::peer_keys("5", "0a:00:00:01", "0a:00:00:02", "179", "7", address_type) +
+                    leaf("bgpPeerAfiSafiAfi", afi) + leaf("bgpPeerAfiSafiSafi", safi) +
+                    (disable.empty() ? std::string() : leaf("bgpPeerAfiSafiDisable", disable)));
 }
 
 std::string entry(const std::string& families)

@@ -6,6 +6,7 @@
 
 #include "confd_maapi.h"
 #include "fwd_resources.h"
+#include "support/stored_rows.h"
 #include "support/update_fixture.h"
 
 namespace {
@@ -29,22 +30,14 @@ namespace {
 using bgp_platform::capi::Function;
 using bgp_test::absent;
 using bgp_test::error_text;
+using bgp_test::leaf;
+using bgp_test::mib;
 using bgp_test::planned;
 
 constexpr char kPeers[] = "/DC-BGP-MIB/bgpPeerTable";
 constexpr char kFamilies[] = "/DC-BGP-MIB/bgpPeerAfiSafiTable";
 constexpr char kLocalAs[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntLocalAs";
 constexpr uint32_t kProfile = 250;
-
-std::string leaf(const std::string& name, const std::string& value)
-{
-    return "<" + name + ">" + value + "</" + name + ">";
-}
-
-std::string mib(const std::string& tables)
-{
-    return R"(<DC-BGP-MIB xmlns="http://tail-f.com/ns/mibs/DC-BGP-MIB">)" + tables + "</DC-BGP-MIB>";
-}
 
 std::string entity(uint32_t index)
 {
@@ -54,10 +47,7 @@ std::string entity(uint32_t index)
 // The keys of the neighbour 10.0.0.<number> of entity 5.
 std::string keys(int number)
 {
-    return leaf("bgpRmEntIndex", "5") + leaf("bgpPeerLocalAddrType", "ipv4") + leaf("bgpPeerLocalAddr", "00:00:00:00") +
-           leaf("bgpPeerLocalPort", "0") + leaf("bgpPeerRemoteAddrType", "ipv4") +
-           leaf("bgpPeerRemoteAddr", "0a:00:00:0" + std::to_string(number)) + leaf("bgpPeerRemotePort", "179") +
-           leaf("bgpPeerLocalAddrScopeId", "0");
+    return bgp_test::peer_keys("5", "00:00:00:00", "0a:00:00:0" + std::to_string(number), "179");
 }
 
 std::string peer(int number, const std::string& more = {})

@@ -132,7 +132,7 @@ TEST_F(RmIndexEntries, FirstKeyThatIsText_IsGivenBackAndTheRowStays)
 TEST_F(RmIndexEntries, PathOver511Characters_IsCutAndTheRowStays)
 {
     const std::string name(600, 'n');
-    stored(bgp_test::hidden(leaf("route-policy-valid-hidden", leaf("entity", "5") + leaf("name", name))));
+    stored(bgp_test::internal(leaf("route-policy-valid-hidden", leaf("entity", "5") + leaf("name", name))));
     move<BaseEntry>("/internal/route-policy-valid-hidden", 5, 1);
     const std::string whole = "/internal/route-policy-valid-hidden{5 " + name + "}";
     const std::string cut = whole.substr(0, 511);
@@ -436,9 +436,9 @@ protected:
 
 TEST_F(RmIndexEntriesDeath, ThirdKeyThatIsNoPartnerType_FailsTheAssertion)
 {
-    stored(
-        bgp_test::hidden(leaf("bgpRouteMapEntry-hidden",
-                              leaf("bgpRouteMapEntry", leaf("entity", "1") + leaf("map", "5") + leaf("entry", "4")))));
+    stored(bgp_test::internal(
+        leaf("bgpRouteMapEntry-hidden",
+             leaf("bgpRouteMapEntry", leaf("entity", "1") + leaf("map", "5") + leaf("entry", "4")))));
     expectAssertion<RtmMjEntry>("/internal/bgpRouteMapEntry-hidden/bgpRouteMapEntry", "RtmMjEntry",
                                 "entry_keys_\\[2\\]\\)->type == C_ENUM_VALUE");
 }
