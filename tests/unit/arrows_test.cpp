@@ -19,10 +19,11 @@ const fs::path kHome = BGP_SOURCE_DIR;
 
 // Whose files are checked. A folder in one of these is a room; so is a file that stands beside the folders, with its
 // header.
-const std::vector<std::string> kChecked = {"platform/embedded"};
+const std::vector<std::string> kChecked = {"platform/embedded", "tools/bgp-rehearse"};
 
 // Where an include is looked for after its file's own folder.
-const std::vector<std::string> kRoots = {"platform/embedded", "platform/include", "include", "src", ""};
+const std::vector<std::string> kRoots = {
+    "tools/bgp-rehearse", "platform/embedded", "platform/include", "include", "src", ""};
 
 // Paths from the source tree's top.
 struct Include {
@@ -112,7 +113,7 @@ Graph drawn_arrows()
     for (std::string line; std::getline(page, line);) {
         if (begins_with(line, "```")) {
             inside = line == "```arrows";
-        } else if (inside) {
+        } else if (inside && !line.empty()) {
             std::istringstream words(line);
             std::string room;
             std::string arrow;
@@ -240,11 +241,13 @@ TEST(ArrowsPlanted, IncludeThatRunsUp_IsReported)
     includes.push_back({"platform/embedded/capi/call.h", "platform/embedded/device.h", "device.h"});
     includes.push_back({"platform/embedded/store/row.cpp", "include/bgp_update/name_hash.h", "name_hash.h"});
     includes.push_back({"platform/embedded/store/row.cpp", "", "rows.h"});
+    includes.push_back({"tools/bgp-rehearse/base/child.cpp", "tools/bgp-rehearse/run/run.h", "run/run.h"});
     EXPECT_EQ(not_drawn(includes, drawn_arrows()),
               "platform/embedded/schema/type.cpp: platform/embedded/capi/call.h: schema -> capi is not drawn\n"
               "platform/embedded/capi/call.h: platform/embedded/device.h: capi -> device is not drawn\n"
               "platform/embedded/store/row.cpp: include/bgp_update/name_hash.h: store -> product is not drawn\n"
-              "platform/embedded/store/row.cpp: rows.h is not found\n");
+              "platform/embedded/store/row.cpp: rows.h is not found\n"
+              "tools/bgp-rehearse/base/child.cpp: tools/bgp-rehearse/run/run.h: base -> run is not drawn\n");
 }
 
 TEST(ArrowsPlanted, ArrowThatNoIncludeTakes_IsReported)

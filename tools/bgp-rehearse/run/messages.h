@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "device.h"
 #include "report/upgrade_steps.h"
-#include "state.h"
 
 namespace bgp_rehearse {
 
