@@ -22,6 +22,12 @@ inline std::string internal(const std::string& content)
     return R"(<internal xmlns="urn:bgp-update:yang:metacli-internal">)" + content + "</internal>";
 }
 
+// The router of the command-line model, /router/bgp{as}.
+inline std::string router(const std::string& as, const std::string& content)
+{
+    return R"(<router xmlns="urn:bgp-update:yang:router"><bgp>)" + leaf("as-number", as) + content + "</bgp></router>";
+}
+
 // The eight keys of a neighbour's rows; the addresses as octets, "0a:00:00:01".
 inline std::string peer_keys(const std::string& entity, const std::string& local, const std::string& remote,
                              const std::string& remote_port = "0", const std::string& scope_id = "0",

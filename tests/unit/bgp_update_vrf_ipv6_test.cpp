@@ -1,6 +1,7 @@
 // The VRF IPv6 step: the two join rows of each VRF of the transaction's BGP router, and the VRFs that it leaves out.
 #include "bgp_update/vrf.h"
 #include "support/daemon_fixture.h"
+#include "support/stored_rows.h"
 #include "support/vrf_rows.h"
 
 namespace {
@@ -11,6 +12,7 @@ using bgp_test::error_text;
 using bgp_test::internal;
 using bgp_test::Lines;
 using bgp_test::planned;
+using bgp_test::router;
 using bgp_test::rows;
 using bgp_test::table;
 using bgp_test::vrf_index_path;
@@ -25,12 +27,6 @@ constexpr char kRtmJoin[] = "/DC-RTM-MIB/rtmMjTable/rtmMjEntry{6 5 ariPrtnrBgp}"
 std::string vrf(const std::string& name, const std::string& families)
 {
     return "<vrf><name>" + name + "</name>" + families + "</vrf>";
-}
-
-std::string router(const std::string& as, const std::string& vrfs)
-{
-    return R"(<router xmlns="urn:bgp-update:yang:router"><bgp><as-number>)" + as + "</as-number>" + vrfs +
-           "</bgp></router>";
 }
 
 // The index of a VRF; its component is the number after it.

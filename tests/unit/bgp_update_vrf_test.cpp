@@ -8,6 +8,7 @@
 #include "bgp_update/vrf.h"
 #include "support/daemon_fixture.h"
 #include "support/show_faults.h"
+#include "support/stored_rows.h"
 #include "support/vrf_rows.h"
 
 namespace {
@@ -59,7 +60,7 @@ std::string vrf(const std::string& name, const std::string& more = {})
 
 std::string router(const std::string& vrfs)
 {
-    return R"(<router xmlns="urn:bgp-update:yang:router"><bgp><as-number>65010</as-number>)" + vrfs + "</bgp></router>";
+    return bgp_test::router("65010", vrfs);
 }
 
 // What is said about a VRF that gets its instance.
