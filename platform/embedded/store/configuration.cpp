@@ -3,6 +3,7 @@
 #include "store/configuration.h"
 
 #include <algorithm>
+#include <new>
 
 namespace bgp_platform::store {
 namespace {
@@ -91,6 +92,31 @@ void set_key(Row& row, const std::vector<Value>& keys) noexcept
     }
 }
 
+// Whether the node is there or not and has no more to tell: a presence container, a leaf of type empty.
+bool is_mark(const Node& node) noexcept
+{
+    return node.kind == NodeKind::Presence ||
+           (node.kind == NodeKind::Leaf && node.type->base == schema::BaseType::Empty);
+}
+
+bool same_entries(const List& left, const List& right) noexcept
+{
+    List::Iterator other = right.begin();
+    for (List::Iterator entry = left.begin(); entry; ++entry, ++other) {
+        if (!other || (*entry)->value(0) != (*other)->value(0)) {
+            return false;
+        }
+    }
+    return !other;
+}
+
+// Whether the row has what it shall be given, so that nothing is to be written.
+bool has_already(const Row& row, const NodeValue& given) noexcept
+{
+    return given.node->is_list() ? same_entries(row.list(given.node->slot), given.entries)
+                                 : row.value(given.node->slot) == given.value;
+}
+
 }  // namespace
 
 Configuration::Configuration(std::shared_ptr<const schema::Schema> schema)
@@ -155,7 +181,7 @@ bool Configuration::exists(const Path& path) const noexcept
 
 Result Configuration::create(const Path& path)
 {
-    if (!path.names_entry() && (path.node == nullptr || path.node->kind != NodeKind::Presence)) {
+    if (!path.names_entry() && (path.node == nullptr || !is_mark(*path.node))) {
         return Result::NotCreatable;
     }
     if (find_place(path) == nullptr) {
@@ -229,18 +255,27 @@ private:
     Row* open_ = nullptr;
 };
 
-Result Configuration::set_in(FoundRow* row, const Node& node, Value value)
+Result Configuration::set_in(FoundRow* row, NodeValue* given)
 {
+    const Node& node = *given->node;
+    const bool takes_away = given->value.absent() && given->entries.empty();
     if (!place_exists(**row, node)) {
-        return value.absent() ? Result::Ok : Result::NotFound;
+        return takes_away ? Result::Ok : Result::NotFound;
     }
-    if ((**row).value(node.slot) == value) {
+    if (has_already(**row, *given)) {
         return Result::Ok;
     }
     if (node.key) {
         return Result::NotWritable;
     }
-    row->edit().value(node.slot) = std::move(value);
+    Row& open = row->edit();
+    if (node.is_list()) {
+        open.list(node.slot) = std::move(given->entries);
+    } else if (takes_away) {
+        clear_content(open, node);
+    } else {
+        open.value(node.slot) = std::move(given->value);
+    }
     return Result::Ok;
 }
 
@@ -250,7 +285,8 @@ Result Configuration::set(const Path& leaf, Value value)
         return Result::NotWritable;
     }
     FoundRow row(this, leaf);
-    return row ? set_in(&row, *leaf.node, std::move(value)) : Result::NotFound;
+    NodeValue given{leaf.node, std::move(value), {}};
+    return row ? set_in(&row, &given) : Result::NotFound;
 }
 
 Result Configuration::set_all(const Path& path, std::vector<NodeValue> values)
@@ -260,7 +296,7 @@ Result Configuration::set_all(const Path& path, std::vector<NodeValue> values)
         return Result::NotFound;
     }
     for (NodeValue& given : values) {
-        if (const Result result = set_in(&row, *given.node, std::move(given.value)); result != Result::Ok) {
+        if (const Result result = set_in(&row, &given); result != Result::Ok) {
             return result;
         }
     }
@@ -280,10 +316,16 @@ Result Configuration::move(const Path& entry, const std::vector<Value>& to_key)
     if (there != nullptr) {
         return there == row ? Result::Ok : Result::AlreadyExists;
     }
-    List& list = edit_place(entry).list(entry.node->slot);
-    RowRef moved = list.take_known(row->keys(), row->record().keys);
+    RowRef moved(*row);
     set_key(moved.edit(), to_key);
+    List& list = edit_place(entry).list(entry.node->slot);
     list.insert_new(std::move(moved));
+    try {
+        list.take_known(row->keys(), row->record().keys);
+    } catch (const std::bad_alloc&) {
+        list.take_known(to_key.data(), to_key.size());  // which its insertion has made ready for
+        throw;
+    }
     return Result::Ok;
 }
 

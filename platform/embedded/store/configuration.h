@@ -36,15 +36,16 @@ enum class Result {
     NotFound,       // the thing asked for, or an entry on the way to it
     AlreadyExists,  //
     NotDeletable,   // a key leaf
-    NotCreatable,   // a leaf, or a container without presence
+    NotCreatable,   // a leaf that takes a value, or a container without presence
     NotMovable,     // not a list entry
     NotWritable,    // a key leaf with another value than the entry's, or a node that cannot be set
 };
 
-// What a leaf or a presence container is given.
+// What a leaf, a presence container or a leaf-list is given.
 struct NodeValue {
     const schema::Node* node;
     schema::Value value;
+    List entries{};  // of a leaf-list, whose value stays absent
 };
 
 class Configuration {
@@ -72,11 +73,12 @@ public:
     // leaf-list with at least one entry.
     bool exists(const Path& path) const noexcept;
 
-    // The writes. One that is not Ok changes nothing, and unshares nothing. All answer NotFound when an entry or a
-    // presence container around the path's node is not there.
+    // The writes. One that is not Ok changes nothing, and unshares nothing; one that finds no memory throws
+    // std::bad_alloc and has changed nothing. All answer NotFound when an entry or a presence container around the path's
+    // node is not there.
 
-    // Creates an entry with nothing but its key, a leaf-list entry, or a presence container. AlreadyExists;
-    // NotCreatable for other nodes, and for an entry whose selector has not the whole key.
+    // Creates an entry with nothing but its key, a leaf-list entry, a presence container, or a leaf of type empty.
+    // AlreadyExists; NotCreatable for other nodes, and for an entry whose selector has not the whole key.
     [[nodiscard]] Result create(const Path& path);
 
     // Takes away an entry with all below it, a leaf-list entry, a leaf's value, or the whole content of a list or
@@ -88,8 +90,9 @@ public:
     // NotWritable also for a node that is no leaf, and for an absent value.
     [[nodiscard]] Result set(const Path& leaf, schema::Value value);
 
-    // Gives leaves and presence containers of the row at `row` their values, in order; an absent value takes one away
-    // that is there. For each what set() answers, and the first that is not Ok ends it: those before it stay.
+    // Gives leaves, presence containers and leaf-lists of the row at `row` their values, in order; an absent value takes
+    // one away that is there, of a presence container with all in it. For each what set() answers, and the first that is
+    // not Ok ends it: those before it stay.
     [[nodiscard]] Result set_all(const Path& row, std::vector<NodeValue> values);
 
     // Gives a list entry another key, keeping all below it. Onto its own key it is Ok and nothing changes;
@@ -112,7 +115,7 @@ public:
 
 private:
     class FoundRow;
-    static Result set_in(FoundRow* row, const schema::Node& node, schema::Value value);
+    static Result set_in(FoundRow* row, NodeValue* given);
 
     const Row* find_place(const Path& path) const noexcept;
     Row& edit_place(const Path& path);  // what find_place() finds, unshared with every row and node on the way

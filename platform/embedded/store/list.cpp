@@ -3,6 +3,7 @@
 #include "store/list.h"
 
 #include <algorithm>
+#include <new>
 
 namespace bgp_platform::store {
 namespace {
@@ -153,51 +154,103 @@ void put(ListNodeRef* place, std::size_t position, Reference reference)
     count_rows(&node);
 }
 
-// Puts a reference into an unshared node and counts its rows anew. When the node is full it is split and what was split
-// off, to its right, is returned; at its right end the node is left full, so that rows that come in order fill the
-// tree.
+// Puts a reference into an unshared node that is full, and counts its rows anew: what comes behind the middle moves to
+// `right`, an empty node. At the node's right end it is left full, so that rows that come in order fill the tree.
 template <typename Reference>
-ListNodeRef put_or_split(ListNodeRef* place, std::size_t position, Reference reference)
+void split_and_put(ListNodeRef* place, std::size_t position, Reference reference, ListNodeRef* right)
 {
-    if ((*place)->count < kFanOut) {
-        put(place, position, std::move(reference));
-        return {};
-    }
     if (position == kFanOut) {
-        ListNodeRef right(ListNode::make((*place)->leaf, kFirstRoom));
-        put(&right, 0, std::move(reference));
+        put(right, 0, std::move(reference));
         count_rows(&place->edit());
-        return right;
+        return;
     }
-    ListNodeRef right(ListNode::make((*place)->leaf, kFanOut));
-    move_references(&place->edit(), kFanOut / 2, &right.edit());
-    if (position <= kFanOut / 2) {
-        put(place, position, std::move(reference));
-        count_rows(&right.edit());
-    } else {
-        put(&right, position - kFanOut / 2, std::move(reference));
-        count_rows(&place->edit());
-    }
-    return right;
+    move_references(&place->edit(), kFanOut / 2, &right->edit());
+    const bool left = position <= kFanOut / 2;
+    put(left ? place : right, left ? position : position - kFanOut / 2, std::move(reference));
+    count_rows(&(left ? right : place)->edit());
 }
 
-// Inserts a row whose key is not there yet; returns what was split off from the node, if anything.
-ListNodeRef insert_below(ListNodeRef* place, Search* search, RowRef row)
-{
-    ListNode& node = place->edit();
-    if (node.leaf) {
-        const std::size_t position = count_passing(node, [=](const Row& other) { return search->behind(other); });
-        return put_or_split(place, position, std::move(row));
+// The road of a row that is inserted, from the root to a leaf node. All memory that the insertion needs is fetched
+// before anything is changed.
+class Insertion {
+public:
+    Insertion(ListNodeRef* root, const Row& row) : search_(row)
+    {
+        for (ListNodeRef* place = root;; ++depth_) {
+            ListNode& node = place->edit();
+            Level& level = levels_[depth_];
+            level.place = place;
+            if (node.leaf) {
+                level.position = count_passing(node, [this](const Row& other) { return search_.behind(other); });
+                break;
+            }
+            const std::size_t below = position_of(node, &search_);
+            level.position = below + 1;
+            place = &node.children()[below];
+        }
+        fetch();
     }
-    const std::size_t position = position_of(node, search);
-    ListNodeRef split = insert_below(&node.children()[position], search, std::move(row));
-    if (split) {
-        return put_or_split(place, position + 1, std::move(split));
+
+    bool splits_root() const noexcept { return static_cast<bool>(levels_[0].right); }
+
+    // Returns what was split off from the root, if anything.
+    ListNodeRef insert(RowRef row) noexcept
+    {
+        ListNodeRef split = put_at(&levels_[depth_], std::move(row));
+        while (depth_ > 0) {
+            Level& level = levels_[--depth_];
+            if (split) {
+                split = put_at(&level, std::move(split));
+            } else {
+                ListNode& node = level.place->edit();
+                ++node.size;
+                node.lowest = &node.lowest_at(0);
+            }
+        }
+        return split;
     }
-    ++node.size;
-    node.lowest = &node.lowest_at(0);
-    return {};
-}
+
+private:
+    struct Level {
+        ListNodeRef* place = nullptr;
+        std::size_t position = 0;  // where a reference is put; the one before it is the road's
+        ListNodeRef right;         // for a full node: what it will be split into
+    };
+
+    static std::size_t room_of_right(const Level& level) { return level.position == kFanOut ? kFirstRoom : kFanOut; }
+
+    void fetch()
+    {
+        std::size_t at = depth_;
+        while ((*levels_[at].place)->count == kFanOut) {
+            Level& full = levels_[at];
+            full.right = ListNodeRef(ListNode::make((*full.place)->leaf, room_of_right(full)));
+            if (at == 0) {
+                return;
+            }
+            --at;
+        }
+        make_room(levels_[at].place, (*levels_[at].place)->count + std::size_t{1});
+        if (at < depth_) {  // its references may have moved
+            levels_[at + 1].place = &levels_[at].place->edit().children()[levels_[at].position - 1];
+        }
+    }
+
+    template <typename Reference>
+    static ListNodeRef put_at(Level* level, Reference reference) noexcept
+    {
+        if (level->right) {
+            split_and_put(level->place, level->position, std::move(reference), &level->right);
+        } else {
+            put(level->place, level->position, std::move(reference));
+        }
+        return std::move(level->right);
+    }
+
+    Search search_;
+    std::array<Level, ListNode::kDeepest> levels_;
+    std::size_t depth_ = 0;
+};
 
 // Takes a reference out of an unshared node, which may be empty then; its size is not counted anew.
 template <typename Reference>
@@ -209,8 +262,9 @@ Reference pull(ListNode* node, Reference* all, std::size_t position) noexcept
     return pulled;
 }
 
-// Merges the child at `position` with its right neighbour when both are small.
-bool merge_with_next(ListNode* parent, std::size_t position)
+// Merges the child at `position` with its right neighbour when both are small. That only saves memory: where there is
+// none for it, they stay two.
+bool merge_with_next(ListNode* parent, std::size_t position) noexcept
 {
     if (position + 1 >= parent->count) {
         return false;
@@ -219,8 +273,13 @@ bool merge_with_next(ListNode* parent, std::size_t position)
     if (children[position]->count + children[position + 1]->count > static_cast<int>(kMergedMost)) {
         return false;
     }
-    children[position].edit();
-    make_room(&children[position], kMergedMost);
+    try {
+        children[position].edit();
+        make_room(&children[position], kMergedMost);
+        children[position + 1].edit();
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
     move_references(&children[position + 1].edit(), 0, &children[position].edit());
     count_rows(&children[position].edit());
     pull(parent, children, position + 1);
@@ -360,12 +419,19 @@ bool List::insert(RowRef row)
 
 void List::insert_new(RowRef row)
 {
-    Search search(*row);
     if (!root_) {
-        root_ = ListNodeRef(ListNode::make(true, kFirstRoom));
+        ListNodeRef first(ListNode::make(true, kFirstRoom));
+        put(&first, 0, std::move(row));
+        root_ = std::move(first);
+        return;
     }
-    if (ListNodeRef split = insert_below(&root_, &search, std::move(row))) {
-        ListNodeRef top(ListNode::make(false, kFirstRoom));
+    Insertion insertion(&root_, *row);
+    ListNodeRef top;
+    if (insertion.splits_root()) {
+        top = ListNodeRef(ListNode::make(false, kFirstRoom));
+    }
+    ListNodeRef split = insertion.insert(std::move(row));
+    if (split) {
         put(&top, 0, std::move(root_));
         put(&top, 1, std::move(split));
         root_ = std::move(top);

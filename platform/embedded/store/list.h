@@ -2,7 +2,8 @@
 //
 // A B+ tree whose nodes carry the number of rows below them. Find, n-th, insert and erase are logarithmic. Copying a
 // list shares its nodes; a write copies only the nodes on its road that are shared, so two lists that were one differ
-// just where one of them was written, and walk_differences() can skip what they share.
+// just where one of them was written, and walk_differences() can skip what they share. A write that finds no memory throws
+// std::bad_alloc and leaves the entries as they were.
 #pragma once
 
 #include <array>
@@ -113,7 +114,6 @@ private:
         const ListNode* node;
         std::size_t index;
     };
-    static constexpr std::size_t kDeepest = 16;  // a tree needs more rows than memory holds to be deeper
 
     explicit Iterator(const ListNode* root) noexcept;
     void step(std::size_t level) noexcept;     // to the next reference of that level's node, and down to its first row
@@ -122,8 +122,8 @@ private:
     std::size_t begun() const noexcept;        // nodes, from the leaf node up, at whose beginning this stands
     const ListNode* node_at(std::size_t height) const noexcept { return levels_[depth_ - 1 - height].node; }
 
-    std::array<Level, kDeepest> levels_;  // from the root to a leaf node; those up to depth_ are set
-    std::size_t depth_ = 0;               // 0 at the end
+    std::array<Level, ListNode::kDeepest> levels_;  // from the root to a leaf node; those up to depth_ are set
+    std::size_t depth_ = 0;                         // 0 at the end
 };
 
 inline List::Iterator List::begin() const noexcept

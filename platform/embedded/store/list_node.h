@@ -16,6 +16,7 @@ using ListNodeRef = CountedRef<ListNode>;
 
 struct ListNode : Counted {
     static constexpr std::size_t kFanOut = 64;
+    static constexpr std::size_t kDeepest = 16;  // levels; a tree needs more rows than memory holds to be deeper
 
     const bool leaf;
     const uint8_t room;           // references it has memory for, at most kFanOut

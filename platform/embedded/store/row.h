@@ -52,6 +52,7 @@ class RowRef : public CountedRef<Row> {
 public:
     RowRef() noexcept = default;
     explicit RowRef(const schema::Record& record) : CountedRef(Row::make(record)) {}
+    explicit RowRef(const Row& original) : CountedRef(Row::copy(original)) {}
 };
 
 // Compares a row's key with the first `count` values at `keys`; a shorter tuple lies before every row that begins with
