@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <cstring>
 #include <new>
-#include <string>
 #include <string_view>
 
 #include "values/owned_values.h"
@@ -52,14 +51,15 @@ template <typename Address>
 int store_hexlist_text(confd_value_t* out, const Address& address)
 {
     constexpr char kDigits[] = "0123456789abcdef";
-    std::string text;
+    char text[3 * sizeof address];
+    char* at = text;
     for (const char octet : octets_of(address)) {
         const auto bits = static_cast<unsigned char>(octet);
-        text += text.empty() ? "" : ":";
-        text += kDigits[bits >> 4U];
-        text += kDigits[bits & 0xFU];
+        *at++ = kDigits[bits >> 4U];
+        *at++ = kDigits[bits & 0xFU];
+        *at++ = ':';
     }
-    return store(out, bgp_platform::values::own_text, text);
+    return store(out, bgp_platform::values::own_text, {text, sizeof text - 1});
 }
 
 template <typename Address>

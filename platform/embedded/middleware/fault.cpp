@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "middleware/format.h"
 #include "nzmw_backtrace.h"
 #include "nzmw_fault.h"
 #include "registry.h"
@@ -23,11 +24,14 @@ std::string text_of(const char* text)
     return text == nullptr ? std::string() : std::string(text);
 }
 
-void report(const Fault& fault)
+void report(Fault::Kind kind, int severity, const char* function, const char* source, unsigned int line,
+            const char* text) noexcept
 {
     bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
     if (device != nullptr) {
-        device->reports.add_fault(fault);
+        bgp_platform::report_or_lose([&] {
+            device->reports.add_fault({kind, severity, text_of(function), text_of(source), line, text_of(text)});
+        });
     }
 }
 
@@ -37,13 +41,7 @@ extern "C" {
 
 void nzmw_gen_fault(int severity, const char* function, const char* source, int line, const char* text)
 {
-    Fault fault;
-    fault.severity = severity;
-    fault.function = text_of(function);
-    fault.source = text_of(source);
-    fault.line = static_cast<unsigned int>(line);
-    fault.text = text_of(text);
-    report(fault);
+    report(Fault::Kind::Fault, severity, function, source, static_cast<unsigned int>(line), text);
 }
 
 void nzmw_print_backtrace(void)
@@ -56,13 +54,7 @@ void nzmw_print_backtrace(void)
 
 void __assert_fail(const char* assertion, const char* file, unsigned int line, const char* function) noexcept
 {
-    Fault fault;
-    fault.kind = Fault::Kind::Assertion;
-    fault.function = text_of(function);
-    fault.source = text_of(file);
-    fault.line = line;
-    fault.text = text_of(assertion);
-    report(fault);
+    report(Fault::Kind::Assertion, 0, function, file, line, assertion);
     const char* const program = program_invocation_short_name;
     std::fprintf(stderr, "%s%s%s:%u: %s%sAssertion `%s' failed.\n", program, program[0] == '\0' ? "" : ": ", file, line,
                  function == nullptr ? "" : function, function == nullptr ? "" : ": ", assertion);

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 #include "registry.h"
 
@@ -26,10 +25,20 @@ bool is_loopback(in_addr address)
     return ntohl(address.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
 }
 
-std::vector<in_addr> addresses()
+// Without a device, what a device has at first.
+struct Addresses {
+    const in_addr* first;
+    std::size_t count;
+};
+
+Addresses addresses() noexcept
 {
+    static const in_addr kLoopback{htonl(INADDR_LOOPBACK)};
     const bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
-    return device == nullptr ? std::vector<in_addr>{{htonl(INADDR_LOOPBACK)}} : device->settings.interfaces;
+    if (device == nullptr) {
+        return {&kLoopback, 1};
+    }
+    return {device->settings.interfaces.data(), device->settings.interfaces.size()};
 }
 
 void fill(Interface* interface, in_addr address, unsigned int* ethernets)
@@ -53,19 +62,19 @@ extern "C" {
 
 int getifaddrs(ifaddrs** list) noexcept
 {
-    const std::vector<in_addr> all = addresses();
+    const auto [all, count] = addresses();
     *list = nullptr;
-    if (all.empty()) {
+    if (count == 0) {
         return 0;
     }
-    auto* const interfaces = static_cast<Interface*>(std::calloc(all.size(), sizeof(Interface)));
+    auto* const interfaces = static_cast<Interface*>(std::calloc(count, sizeof(Interface)));
     if (interfaces == nullptr) {
         return -1;
     }
     unsigned int ethernets = 0;
-    for (std::size_t i = 0; i < all.size(); ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         fill(&interfaces[i], all[i], &ethernets);
-        interfaces[i].entry.ifa_next = i + 1 < all.size() ? &interfaces[i + 1].entry : nullptr;
+        interfaces[i].entry.ifa_next = i + 1 < count ? &interfaces[i + 1].entry : nullptr;
     }
     *list = &interfaces->entry;
     return 0;

@@ -1,8 +1,8 @@
 // Stored passwords. The stand-in has no cipher of a device: its encrypted form is "$test$" followed by the plain text
 // reversed, "$test$terces" for "secret". No other text is an encrypted password to it.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <string>
 #include <string_view>
 
 #include "nzos_passwd.h"
@@ -22,6 +22,9 @@ extern "C" char* nzos_passwd_decrypt(const char* text, int flags)
     if (stored.substr(0, kMark.size()) != kMark) {
         return nullptr;
     }
-    const std::string_view reversed = stored.substr(kMark.size());
-    return strdup(std::string(reversed.rbegin(), reversed.rend()).c_str());
+    char* const plain = strdup(text + kMark.size());
+    if (plain != nullptr) {
+        std::reverse(plain, plain + std::strlen(plain));
+    }
+    return plain;
 }

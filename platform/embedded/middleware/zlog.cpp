@@ -39,10 +39,12 @@ void zlog_fini(void)
 
 zlog_category_t* zlog_get_category(const char* name)
 {
-    if (name == nullptr) {
-        return nullptr;
+    zlog_category_t* category = nullptr;
+    if (name != nullptr) {
+        bgp_platform::report_or_lose(
+            [&] { category = &categories().try_emplace(name, zlog_category_s{name}).first->second; });
     }
-    return &categories().try_emplace(name, zlog_category_s{name}).first->second;
+    return category;
 }
 
 void vzlog(zlog_category_t* category, const char* file, size_t filelen, const char* func, size_t funclen, long line,
@@ -52,14 +54,10 @@ void vzlog(zlog_category_t* category, const char* file, size_t filelen, const ch
     if (category == nullptr || device == nullptr) {
         return;
     }
-    bgp_platform::TraceLine trace;
-    trace.category = category->name;
-    trace.level = level;
-    trace.source.assign(file, filelen);
-    trace.function.assign(func, funclen);
-    trace.line = line;
-    trace.text = bgp_platform::format_text(format, args);
-    device->reports.add_trace(std::move(trace));
+    bgp_platform::report_or_lose([&] {
+        device->reports.add_trace({category->name, level, std::string(file, filelen), std::string(func, funclen), line,
+                                   bgp_platform::format_text(format, args)});
+    });
 }
 
 void zlog(zlog_category_t* category, const char* file, size_t filelen, const char* func, size_t funclen, long line,
