@@ -24,14 +24,24 @@ int open_socket(Endpoint::Kind kind, DeviceState* device, bool session)
     if (descriptor < 0) {
         throw std::system_error(errno, std::generic_category(), "cannot open a socket for the upgrade");
     }
-    Registry::instance().endpoints.insert_or_assign(descriptor, Endpoint{kind, device, false, session});
+    const Endpoint endpoint{kind, device, false, socket_behind(descriptor), session};
+    Registry::instance().endpoints.insert_or_assign(descriptor, endpoint);
     return descriptor;
 }
 
+// The descriptor of the MAAPI socket stays known, so that calls with the transaction's handle learn that it is gone. One
+// that the program closed itself may be another socket's by now.
 void close_socket(int* descriptor) noexcept
 {
-    if (Registry::instance().endpoints.erase(*descriptor) != 0) {
-        close(*descriptor);
+    auto& endpoints = Registry::instance().endpoints;
+    const auto known = endpoints.find(*descriptor);
+    if (known != endpoints.end()) {
+        if (socket_behind(*descriptor) == known->second.socket) {
+            close(*descriptor);
+        }
+        if (known->second.kind == Endpoint::Kind::Cdb) {
+            endpoints.erase(known);
+        }
     }
     *descriptor = -1;
 }

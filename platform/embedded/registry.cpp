@@ -1,8 +1,16 @@
 #include "registry.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 
 namespace bgp_platform {
+
+uint64_t socket_behind(int descriptor) noexcept
+{
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 ? status.st_ino : 0;
+}
 
 Registry& Registry::instance()
 {

@@ -17,9 +17,13 @@ struct Endpoint {
     Kind kind;
     DeviceState* device;
     bool private_socket;                         // connected by the program, not by the framework
+    uint64_t socket;                             // socket_behind() the descriptor when it was connected
     bool session = false;                        // CDB: a read session is open
     const schema::Module* name_space = nullptr;  // under which the first element of a path is looked up
 };
+
+// What tells the open socket behind a descriptor from one that gets its number later; 0 when the descriptor is closed.
+uint64_t socket_behind(int descriptor) noexcept;
 
 class Registry {
 public:

@@ -2,8 +2,9 @@
  * CDB: reads of the stored configuration. A client connects a socket, starts a read session on it, and reads by keypath
  * until it ends the session.
  *
- * Every call gives CONFD_OK or a number of 0 and above on success, and CONFD_ERR with `confd_errno` set on failure.
- * Keypath formats are described at `confd_format_keypath` in confd_lib.h. A path without a module prefix is looked up
+ * Every call gives CONFD_OK or a number of 0 and above on success, and CONFD_ERR with `confd_errno` set on failure:
+ * besides what each function says, CONFD_ERR_BADPATH for a path that is none, CONFD_ERR_BADTYPE for a key that its type
+ * does not take, CONFD_ERR_NOSESSION for a read without a session, and CONFD_ERR_MALLOC when out of memory. Keypath formats are described at `confd_format_keypath` in confd_lib.h. A path without a module prefix is looked up
  * in the namespace set for the session.
  */
 #pragma once
@@ -26,7 +27,7 @@ enum cdb_sock_type { CDB_DATA_SOCKET = 0 };
 enum cdb_db_type { CDB_RUNNING = 1 };
 
 /**
- * Connects a fresh stream socket to the daemon.
+ * Connects a fresh stream socket to the daemon. A number that was closed and came back as another socket is fresh.
  *
  * @param sock   a socket of socket(..., SOCK_STREAM, 0), not connected yet
  * @param type   what the connection is for
@@ -49,7 +50,7 @@ int cdb_start_session(int sock, enum cdb_db_type db);
  * Ends the session of a socket, which stays connected.
  *
  * @param sock the session's socket
- * @return CONFD_OK, or CONFD_ERR with CONFD_ERR_NOSESSION when there is none
+ * @return CONFD_OK, or CONFD_ERR with CONFD_ERR_NOEXISTS when there is none
  */
 int cdb_end_session(int sock);
 
@@ -72,7 +73,8 @@ int cdb_close(int sock);
 int cdb_set_namespace(int sock, int hashed_ns);
 
 /**
- * Reads a leaf, with its default where it has one and none is set, or a leaf-list as C_LIST.
+ * Reads a leaf, with its default where it has one and none is set, or a leaf-list as C_LIST. A leaf of type empty is a
+ * C_XMLTAG of its own name.
  *
  * @param sock the session's socket
  * @param v    receives the value; the caller gives it back with `confd_free_value`
@@ -135,8 +137,9 @@ int cdb_num_instances(int sock, const char* fmt, ...);
 /**
  * Reads consecutive list entries. Entry i is stored from `values[i * n]` on: the entry's nodes in the schema's order,
  * each as its value (its default where it has one and none is set), C_NOEXISTS for an absent leaf or for a list, C_LIST
- * for a leaf-list, C_XMLTAG for a container followed by the container's nodes. Of an entry with more than n values the
- * first n are stored.
+ * for a leaf-list, C_XMLTAG for a container followed by the container's nodes, one single C_NOEXISTS for a presence
+ * container that is not there. Of an entry with more than n values the first n are stored. When the call fails there is
+ * nothing to give back.
  *
  * @param sock   the session's socket
  * @param values an array of at least n * nobj values; the caller gives back each value with `confd_free_value`
@@ -152,7 +155,8 @@ int cdb_get_objects(int sock, confd_value_t* values, int n, int ix, int nobj, co
 /**
  * Fills an array of tagged values below a container or list entry. C_NOEXISTS asks for the leaf of that tag and stays
  * when the leaf is absent; C_CDBBEGIN descends into the entry at its position of the list of that tag, C_XMLBEGIN into
- * the container of that tag, until the matching C_XMLEND. Values keep their positions in the array.
+ * the container of that tag, or into the list's entry whose keys with their values stand next, until the matching
+ * C_XMLEND. Values keep their positions in the array. When the call fails, what it has filled is C_NOEXISTS again.
  *
  * @param sock   the session's socket
  * @param values the array, whose values the caller gives back with `confd_free_value`

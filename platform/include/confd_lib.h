@@ -56,7 +56,7 @@ extern "C" {
 #define CONFD_ERR_INTERNAL 18
 /** An error reported by a part outside the daemon. */
 #define CONFD_ERR_EXTERNAL 19
-/** Out of memory. */
+/** The client library found no memory; a call that fails so has done nothing that would have to be undone. */
 #define CONFD_ERR_MALLOC 20
 /** The protocol does not allow the call here. */
 #define CONFD_ERR_PROTOUSAGE 21
@@ -203,7 +203,7 @@ struct confd_cdb_begin {
 typedef struct confd_value {
     enum confd_vtype type;
     union {
-        struct xml_tag xmltag; /* C_XMLTAG, C_XMLBEGIN, C_XMLEND */
+        struct xml_tag xmltag; /* C_XMLTAG, C_XMLBEGIN, C_XMLBEGINDEL, C_XMLEND */
         confd_buf_t buf;       /* C_BUF, C_BINARY, C_HEXSTR */
         char* s;               /* C_STR */
         int8_t i8;
@@ -237,7 +237,10 @@ typedef struct confd_tag_value {
 
 /** The most elements of a hashed keypath. */
 #define MAXDEPTH 60
-/** The most keys of a list entry, its end marker included. */
+/**
+ * The most keys of a list entry, its end marker included. The published number is 9; the data model has a list of ten
+ * keys. A list of more keys is refused when its module is loaded.
+ */
 #define MAXKEYLEN 32
 
 /**
@@ -367,7 +370,9 @@ typedef struct confd_hkeypath {
 #define CONFD_SET_XMLTAG(v_, tag_, ns_) CONFD_SET_NAME_(v_, C_XMLTAG, tag_, ns_)
 /** Opens a list entry or container in an array of tagged values. */
 #define CONFD_SET_XMLBEGIN(v_, tag_, ns_) CONFD_SET_NAME_(v_, C_XMLBEGIN, tag_, ns_)
-/** Closes what CONFD_SET_XMLBEGIN or CONFD_SET_CDBBEGIN opened. */
+/** Opens a list entry that is to be deleted. */
+#define CONFD_SET_XMLBEGINDEL(v_, tag_, ns_) CONFD_SET_NAME_(v_, C_XMLBEGINDEL, tag_, ns_)
+/** Closes what one of the openers here opened. */
 #define CONFD_SET_XMLEND(v_, tag_, ns_) CONFD_SET_NAME_(v_, C_XMLEND, tag_, ns_)
 /** Opens the i_-th entry, from 0, of the list that the tag names. */
 #define CONFD_SET_CDBBEGIN(v_, tag_, ns_, i_)                                                               \
@@ -433,6 +438,8 @@ typedef struct confd_hkeypath {
     (CONFD_SET_TAG_NAME_(tv_, tag_, ns_), CONFD_SET_XMLTAG(&(tv_)->v, tag_, ns_))
 #define CONFD_SET_TAG_XMLBEGIN(tv_, tag_, ns_) \
     (CONFD_SET_TAG_NAME_(tv_, tag_, ns_), CONFD_SET_XMLBEGIN(&(tv_)->v, tag_, ns_))
+#define CONFD_SET_TAG_XMLBEGINDEL(tv_, tag_, ns_) \
+    (CONFD_SET_TAG_NAME_(tv_, tag_, ns_), CONFD_SET_XMLBEGINDEL(&(tv_)->v, tag_, ns_))
 #define CONFD_SET_TAG_XMLEND(tv_, tag_, ns_) \
     (CONFD_SET_TAG_NAME_(tv_, tag_, ns_), CONFD_SET_XMLEND(&(tv_)->v, tag_, ns_))
 #define CONFD_SET_TAG_CDBBEGIN(tv_, tag_, ns_, i_) \
@@ -453,7 +460,7 @@ void confd_free_value(confd_value_t* v);
  *
  * @param v    the value to copy
  * @param newv receives the copy, whose memory the caller gives back with `confd_free_dup_to_value`
- * @return `newv`, or null when out of memory
+ * @return `newv`, or null when out of memory, with C_NOEXISTS in `newv`
  */
 confd_value_t* confd_value_dup_to(const confd_value_t* v, confd_value_t* newv);
 
@@ -467,8 +474,9 @@ void confd_free_dup_to_value(confd_value_t* v);
 /* Text ------------------------------------------------------------------------------------------------------------- */
 
 /**
- * Prints a value without knowledge of the schema: numbers in decimal, an enumeration as `enum<N>`, binary as a run of
- * lower-case hex digits without separators, addresses in their usual form, text as it is.
+ * Prints a value without knowledge of its type in the schema: numbers in decimal, an enumeration as `enum<N>`, bits as
+ * `bits<X>` with a hex number, a C_XMLTAG as its node's name or `tag<N>` where no loaded module has that tag, binary as
+ * a run of lower-case hex digits without separators, addresses in their usual form, text as it is. Needs no memory.
  *
  * @param buf    receives the text, cut to fit and NUL-terminated when bufsiz is above 0
  * @param bufsiz the size of buf in octets
@@ -484,20 +492,23 @@ int confd_pp_value(char* buf, int bufsiz, const confd_value_t* v);
  *
  * Formats here and in every call that takes a keypath: `%d` (int), `%u` (unsigned int), `%hu` (unsigned short), `%s`
  * (text), `%x` (a `confd_value_t *`), `%*x` (an int n and a `confd_value_t *` to n values). `{key key}` picks a list
- * entry by its keys in the schema's order, `[%d]` the n-th entry from 0.
+ * entry by its keys in the schema's order, `[%d]` the n-th entry from 0, which CDB alone takes. `prefix:name` is the
+ * node of that name in that module; it tells apart two nodes of one name from two modules. A null or empty path is
+ * CONFD_ERR_BADPATH.
  *
  * @param buf    receives the text, cut to fit and NUL-terminated when bufsiz is above 0
  * @param bufsiz the size of buf in octets
  * @param fmt    the keypath's format
- * @return the length the whole path has, as snprintf counts; never negative
+ * @return the length the whole path has, as snprintf counts; CONFD_ERR with CONFD_ERR_MALLOC, and an empty text, when
+ *         out of memory
  */
 int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...);
 
 /**
- * The tag of a node's name.
+ * The tag of a node's name, or the number of a module's namespace.
  *
  * @param str the name, NUL-terminated
- * @return its hash
+ * @return its hash; 0 when no loaded module has such a name
  */
 uint32_t confd_str2hash(const char* str);
 

@@ -2,9 +2,11 @@
  * MAAPI: reads and writes in an open transaction. The transaction is named by the socket it was opened on and by its
  * handle; a write is seen by the later reads of the same transaction.
  *
- * Every call gives CONFD_OK or a number of 0 and above on success, and CONFD_ERR with `confd_errno` set on failure;
- * CONFD_ERR_NOTRANS says that the socket knows no such handle. Keypath formats are described at `confd_format_keypath`
- * in confd_lib.h. A path without a module prefix is looked up in the namespace set for the transaction.
+ * Every call gives CONFD_OK or a number of 0 and above on success, and CONFD_ERR with `confd_errno` set on failure:
+ * besides what each function says, CONFD_ERR_NOTRANS when the socket knows no such handle (the transaction has ended, too),
+ * CONFD_ERR_BADPATH for a path that is none or picks an entry by its position, CONFD_ERR_BADTYPE for a key that its type
+ * does not take, and CONFD_ERR_MALLOC when out of memory, after which a single write has changed nothing. Keypath formats
+ * are described at `confd_format_keypath` in confd_lib.h. A path without a module prefix is looked up in the namespace set for the transaction.
  */
 #pragma once
 
@@ -94,7 +96,7 @@ int maapi_get_enum_value_elem(int sock, int thandle, int32_t* rval, const char* 
 /* Writes ----------------------------------------------------------------------------------------------------------- */
 
 /**
- * Creates a list entry, a leaf-list entry or a presence container.
+ * Creates a list entry, a leaf-list entry, a presence container or a leaf of type empty.
  *
  * @param sock    the MAAPI socket
  * @param thandle the transaction's handle
@@ -115,7 +117,7 @@ int maapi_create(int sock, int thandle, const char* fmt, ...);
 int maapi_delete(int sock, int thandle, const char* fmt, ...);
 
 /**
- * Sets a leaf. Never creates the entry that the leaf belongs to.
+ * Sets a leaf, or all of a leaf-list as a C_LIST. Never creates the entry that it belongs to.
  *
  * @param sock    the MAAPI socket
  * @param thandle the transaction's handle
@@ -139,17 +141,21 @@ int maapi_set_elem2(int sock, int thandle, const char* strval, const char* fmt, 
 
 /**
  * Sets many leaves below a container, list entry or list from tagged values, taken in order. C_XMLBEGIN with the name
- * of a list opens an entry, whose keys follow first and which is created if it is not there; C_XMLEND closes it. When
- * the path is a list, the array begins with the keys. What the array leaves out stays as it is; C_NOEXISTS deletes a
- * leaf.
+ * of a list opens an entry, whose keys follow first and which is created if it is not there; C_XMLEND closes it.
+ * C_XMLBEGINDEL with the keys and C_XMLEND deletes an entry. C_XMLBEGIN of a container opens it, and creates one with
+ * presence, as the path does whose container it names. When the path is a list, the array begins with the keys. What
+ * the array leaves out stays as it is; C_NOEXISTS deletes a leaf, or a presence container with its content. A leaf-list
+ * is one C_LIST, a leaf of type empty a C_XMLTAG of its own name.
  *
  * @param sock    the MAAPI socket
  * @param thandle the transaction's handle
  * @param values  the array, copied
  * @param n       the number of tagged values
  * @param fmt     the keypath below which to write
- * @return CONFD_OK; CONFD_ERR with CONFD_ERR_BADTYPE when a type does not fit or a key is C_NOEXISTS. The rows before
- *         the failing one stay written
+ * @return CONFD_OK; CONFD_ERR with CONFD_ERR_BADTYPE when a type does not fit or a key is C_NOEXISTS, CONFD_ERR_BADPATH
+ *         when a tag does not belong where it stands, CONFD_ERR_NOEXISTS when an entry to delete is not there,
+ *         CONFD_ERR_PROTOUSAGE when a value does not fit its node. The rows before the failing one stay written. An
+ *         array with a missing or stray C_XMLEND is CONFD_ERR_PROTOUSAGE and writes nothing
  */
 int maapi_set_values(int sock, int thandle, const confd_tag_value_t* values, int n, const char* fmt, ...);
 
@@ -203,7 +209,7 @@ int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc, const char
  * cursor's place are met.
  *
  * @param mc the cursor; at the end its `n` is 0
- * @return CONFD_OK, at the end too, or CONFD_ERR
+ * @return CONFD_OK, at the end too, or CONFD_ERR, after which the cursor stands where it stood
  */
 int maapi_get_next(struct maapi_cursor* mc);
 

@@ -117,6 +117,50 @@ TEST_F(CdbConnection, ConnectedTwice_IsRefusedAndStaysConnected)
     EXPECT_EQ(cdb_start_session(sock, CDB_RUNNING), CONFD_OK);
 }
 
+// What close() alone gave back is another socket when its number comes again.
+TEST_F(CdbConnection, NumberThatWasClosedAndReused_IsAFreshSocket)
+{
+    const int sock = fresh_socket();
+    ASSERT_EQ(connect_to(sock), CONFD_OK);
+    ASSERT_EQ(cdb_start_session(sock, CDB_RUNNING), CONFD_OK);
+    ASSERT_EQ(close(sock), 0);
+    const std::string unknown = "socket " + std::to_string(sock) + " is not connected to a device";
+    EXPECT_TRUE(fails(cdb_exists(sock, "/depot"), CONFD_ERR_OS, "cdb_exists", "/depot: " + unknown));
+    ASSERT_EQ(fresh_socket(), sock) << "the lowest free number";
+    EXPECT_TRUE(fails(cdb_exists(sock, "/depot"), CONFD_ERR_OS, "cdb_exists", "/depot: " + unknown));
+    EXPECT_EQ(connect_to(sock), CONFD_OK);
+    EXPECT_EQ(device.open_things().cdb_sessions, 0U) << "the session was the other socket's";
+    EXPECT_EQ(cdb_start_session(sock, CDB_RUNNING), CONFD_OK);
+    EXPECT_EQ(cdb_exists(sock, "/depot"), 1);
+    EXPECT_EQ(cdb_close(sock), CONFD_OK);
+    expect_nothing_open();
+}
+
+TEST_F(CdbConnection, NumberOfADroppedTransaction_IsAFreshSocket)
+{
+    open();
+    const int maapi_before = maapi;
+    device.drop();
+    const int sock = fresh_socket();
+    ASSERT_EQ(sock, maapi_before) << "the lowest free number";
+    EXPECT_EQ(connect_to(sock), CONFD_OK);
+    EXPECT_EQ(cdb_start_session(sock, CDB_RUNNING), CONFD_OK);
+    open();
+    EXPECT_NE(maapi, sock);
+    EXPECT_EQ(cdb_exists(sock, "/depot"), 1);
+}
+
+// The upgrade's end must not close what has the number of a socket that the program closed itself.
+TEST_F(CdbConnection, EndOfTheUpgrade_LeavesOtherSocketsOpen)
+{
+    open();
+    ASSERT_EQ(close(maapi), 0);
+    const int sock = fresh_socket();
+    ASSERT_EQ(sock, maapi);
+    device.drop();
+    EXPECT_TRUE(is_open(sock));
+}
+
 TEST_F(CdbConnection, SecondSessionOnASocket_IsRefused)
 {
     const int sock = fresh_socket();
@@ -131,7 +175,7 @@ TEST_F(CdbConnection, EndWithoutASession_IsAnError)
 {
     const int sock = fresh_socket();
     ASSERT_EQ(connect_to(sock), CONFD_OK);
-    EXPECT_TRUE(fails(cdb_end_session(sock), CONFD_ERR_NOSESSION, "cdb_end_session", ""));
+    EXPECT_TRUE(fails(cdb_end_session(sock), CONFD_ERR_NOEXISTS, "cdb_end_session", "no session on the socket"));
     EXPECT_EQ(device.open_things().cdb_sockets, 1U);
 }
 

@@ -139,7 +139,7 @@ TEST_F(Keypath, Prefix_ChoosesTheModuleForItsElementAlone)
 
 TEST_F(Keypath, NameThatTwoModulesHave_NeedsPrefixOrNamespace)
 {
-    EXPECT_EQ(place("/shared/from-annex"), "bad path: there is no shared below the root");
+    EXPECT_EQ(place("/shared/from-annex"), "bad path: more than one module has a shared below the root");
     name_space = depot_schema()->module_by_uri("urn:test:annex");
     EXPECT_EQ(place("/shared/from-annex"), "/shared/from-annex");
     name_space = depot_schema()->module_by_uri("urn:test:depot");
@@ -161,6 +161,23 @@ TEST_F(Keypath, Position_PicksTheEntry)
     EXPECT_EQ(place("/depot/bay[%u]", 3U), "/depot/bay[3]");
     EXPECT_EQ(place("/depot/bay[0]/crate[%d]/id", 1), "/depot/bay[0]/crate[1]/id");
     EXPECT_EQ(place("/depot/bay[%d]", -1), "bad path: not a position: -1");
+}
+
+TEST_F(Keypath, Position_IsTakenByCdbAlone)
+{
+    stored(bay(1, "left", "<note>n</note>"));
+    open();
+    EXPECT_EQ(cdb_exists(cdb, "/depot/bay[%d]/note", 0), 1);
+    confd_value_t value = text("x");
+    const auto refused = [](int result, const char* function, const char* path) {
+        return fails(result, CONFD_ERR_BADPATH, function, std::string(path) + ": a position, which CDB alone takes");
+    };
+    EXPECT_TRUE(refused(maapi_exists(maapi, th, "/depot/bay[%d]/note", 0), "maapi_exists", "/depot/bay[0]/note"));
+    EXPECT_TRUE(refused(maapi_get_elem(maapi, th, &value, "/depot/bay[0]/crate{1}/id"), "maapi_get_elem",
+                        "/depot/bay[0]/crate{1}/id"));
+    EXPECT_TRUE(
+        refused(maapi_set_elem(maapi, th, &value, "/depot/bay[0]/note"), "maapi_set_elem", "/depot/bay[0]/note"));
+    EXPECT_TRUE(refused(maapi_delete(maapi, th, "%s", "/depot/bay[7]"), "maapi_delete", "/depot/bay[7]"));
 }
 
 TEST_F(Keypath, KeyOfAnotherType_IsBadType)
@@ -189,6 +206,9 @@ TEST_F(Keypath, WrongCountOfKeys_IsBadPath)
 TEST_F(Keypath, MalformedTemplate_IsBadPath)
 {
     EXPECT_EQ(place("depot"), "bad path: a keypath begins with a slash");
+    EXPECT_EQ(place(""), "bad path: an empty path");
+    EXPECT_EQ(place(nullptr), "bad path: an empty path");
+    EXPECT_EQ(place("%s", ""), "bad path: an empty path");
     EXPECT_EQ(place("/"), "bad path: a slash without a name behind it");
     EXPECT_EQ(place("/depot//label"), "bad path: a slash without a name behind it");
     EXPECT_EQ(place("/depot/shelf{a"), "bad path: a brace is not closed");

@@ -1,5 +1,6 @@
 // MAAPI reads: the transaction as it stands, and the handles that name it.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "capi_device.h"
 
@@ -99,11 +100,26 @@ TEST_F(MaapiRead, HandleOfADroppedTransaction_IsNotKnownAgain)
     EXPECT_EQ(maapi_num_instances(maapi, th, "/depot/bay"), 0);
 }
 
-TEST_F(MaapiRead, SocketOfADroppedTransaction_IsClosed)
+TEST_F(MaapiRead, TransactionThatEnded_IsNotKnownAnyMore)
+{
+    for (const bool committed : {false, true}) {
+        open();
+        maapi_cursor cursor;
+        ASSERT_EQ(maapi_init_cursor(maapi, th, &cursor, "/depot/bay"), CONFD_OK);
+        committed ? device.commit() : device.drop();
+        const std::string gone = "no transaction " + std::to_string(th) + " on the socket";
+        EXPECT_TRUE(fails(maapi_exists(maapi, th, "/depot"), CONFD_ERR_NOTRANS, "maapi_exists", "/depot: " + gone));
+        EXPECT_TRUE(fails(maapi_get_next(&cursor), CONFD_ERR_NOTRANS, "maapi_get_next", "/depot/bay: " + gone));
+        maapi_destroy_cursor(&cursor);
+    }
+}
+
+TEST_F(MaapiRead, SocketsOfADroppedTransaction_AreClosed)
 {
     open();
     device.drop();
-    EXPECT_TRUE(fails(maapi_exists(maapi, th, "/depot"), CONFD_ERR_OS, "maapi_exists",
+    EXPECT_EQ(close(maapi), -1);
+    EXPECT_TRUE(fails(cdb_exists(maapi, "/depot"), CONFD_ERR_OS, "cdb_exists",
                       "/depot: socket " + std::to_string(maapi) + " is not connected to a device"));
     EXPECT_TRUE(fails(cdb_exists(cdb, "/depot"), CONFD_ERR_OS, "cdb_exists",
                       "/depot: socket " + std::to_string(cdb) + " is not connected to a device"));

@@ -39,6 +39,52 @@ TEST_F(MaapiWrite, Create_MakesEntriesAndPresenceContainers)
     EXPECT_EQ(changes().size(), 6U);
 }
 
+TEST_F(MaapiWrite, LeafOfTypeEmpty_IsCreatedAndDeleted)
+{
+    open();
+    const char* const mark = "/depot/kinds/mark";
+    EXPECT_EQ(maapi_exists(maapi, th, mark), 0);
+    EXPECT_EQ(create(mark), CONFD_OK);
+    EXPECT_EQ(maapi_exists(maapi, th, mark), 1);
+    EXPECT_TRUE(fails(create(mark), CONFD_ERR_ALREADY_EXISTS, "maapi_create", mark));
+    confd_value_t value;
+    ASSERT_EQ(maapi_get_elem(maapi, th, &value, mark), CONFD_OK);
+    ASSERT_EQ(value.type, C_XMLTAG) << "C_EMPTY occurs within unions alone";
+    EXPECT_EQ(CONFD_GET_XMLTAG(&value), confd_str2hash("mark"));
+    EXPECT_EQ(remove(mark), CONFD_OK);
+    EXPECT_TRUE(fails(remove(mark), CONFD_ERR_NOEXISTS, "maapi_delete", mark));
+    EXPECT_EQ(set(mark, value), CONFD_OK);
+    EXPECT_EQ(leaf(mark), "mark");
+    CONFD_SET_EMPTY(&value);
+    EXPECT_TRUE(
+        fails(set(mark, value), CONFD_ERR_BADTYPE, "maapi_set_elem", std::string(mark) + ": the leaf is a empty"));
+}
+
+TEST_F(MaapiWrite, LeafList_IsSetAsAWhole)
+{
+    stored(bay(1, "left", "<tag>old</tag>"));
+    open();
+    confd_value_t tags[] = {text("b"), text("a")};
+    confd_value_t list;
+    CONFD_SET_LIST(&list, tags, 2);
+    EXPECT_EQ(set("/depot/bay{1 left}/tag", list), CONFD_OK) << confd_lasterr();
+    EXPECT_EQ(leaf("/depot/bay{1 left}/tag"), "[a b]");
+    const Lines written = changes();
+    EXPECT_EQ(set("/depot/bay{1 left}/tag", list), CONFD_OK) << "the same again";
+    EXPECT_EQ(changes(), written);
+    EXPECT_TRUE(
+        fails(set("/depot/bay{2 left}/tag", list), CONFD_ERR_NOEXISTS, "maapi_set_elem", "/depot/bay{2 left}/tag"));
+    EXPECT_TRUE(fails(set("/depot/bay{1 left}/tag", text("a")), CONFD_ERR_BADTYPE, "maapi_set_elem",
+                      "/depot/bay{1 left}/tag: tag is a leaf-list"));
+}
+
+TEST_F(MaapiWrite, SetOfNoText_IsBadType)
+{
+    open();
+    EXPECT_TRUE(
+        fails(set_text("/depot/label", nullptr), CONFD_ERR_BADTYPE, "maapi_set_elem2", "/depot/label: no text"));
+}
+
 TEST_F(MaapiWrite, CreateOfWhatIsThere_AlreadyExists)
 {
     stored("<free>7</free><alarm/>" + bay(1, "left"));
@@ -63,7 +109,7 @@ TEST_F(MaapiWrite, CreateOfOtherNodes_IsRefused)
 {
     stored(bay(1, "left"));
     open();
-    for (const char* path : {"/depot/label", "/depot/kinds", "/depot/bay", "/depot/bay[0]/note"}) {
+    for (const char* path : {"/depot/label", "/depot/kinds", "/depot/bay", "/depot/bay{1 left}/note"}) {
         EXPECT_TRUE(fails(create(path), CONFD_ERR_NOTCREATABLE, "maapi_create", path));
     }
 }
@@ -175,11 +221,13 @@ TEST_F(MaapiWrite, SetOfWhatIsNoLeaf_IsBadPath)
 {
     stored(bay(1, "left"));
     open();
-    for (const char* path : {"/depot/bay{1 left}", "/depot/kinds", "/depot/free"}) {
+    for (const char* path : {"/depot/bay{1 left}", "/depot/kinds", "/depot/free{1}"}) {
         EXPECT_TRUE(fails(set(path, u32(1)), CONFD_ERR_BADPATH, "maapi_set_elem", std::string(path) + ": not a leaf"));
         EXPECT_TRUE(
             fails(set_text(path, "1"), CONFD_ERR_BADPATH, "maapi_set_elem2", std::string(path) + ": not a leaf"));
     }
+    EXPECT_TRUE(fails(set_text("/depot/free", "1"), CONFD_ERR_BADPATH, "maapi_set_elem2", "/depot/free: not a leaf"))
+        << "as C_LIST alone";
 }
 
 TEST_F(MaapiWrite, SetFromText_IsReadByTheLeafsType)

@@ -58,7 +58,7 @@ TEST_F(Recorded, Reads_ShowPathAndResult)
               "cdb_get_list /depot/free -> 0\n"
               "cdb_exists /depot/bay{2 left} -> 0\n"
               "cdb_num_instances /depot/bay -> 1\n"
-              "cdb_get_objects /depot/bay 1 values of 1 entries from 0 -> 12\n"
+              "cdb_get_objects /depot/bay 1 values of 1 entries from 0 -> 11\n"
               "cdb_get_values /depot/bay[0] 1 values -> 0\n");
 }
 

@@ -295,27 +295,50 @@ TEST(SchemaRecords, Peer_HasItsEightKeysFirst)
     }
 }
 
-TEST(SchemaRecords, AccessListRule_StandsInABatchAsItsPositionsSay)
+TEST(SchemaRecords, AccessListRule_HasItsNodesWhereABatchReadExpectsThem)
 {
     const Node* const list = find(builtin(), {"DC-AALL-MIB", "aallPreAccessListTable", "aallPreAccessListEntry"});
     ASSERT_NE(list, nullptr);
-    EXPECT_THAT(names(list->entry->sequence),
+    EXPECT_THAT(names(list->children),
                 ElementsAre("aallPreAccessListListIndex", "aallPreAccessListRuleIndex", "aallPreAccessListAdminStatus",
                             "aallPreAccessListAddrType", "aallPreAccessListAddrPrefix", "aallPreAccessListAddrPrefLen",
                             "aallPreAccessListAddrPrefGe", "aallPreAccessListAddrPrefLe", "aallPreAccessListIncluded"));
 }
 
-TEST(SchemaRecords, ContainerInAnEntry_IsFollowedByItsNodes)
+TEST(SchemaRecords, ContainerInAnEntry_HasItsLeavesInTheEntrysRecord)
 {
     const Node* const bgp = find(builtin(), {"router", "bgp"});
     ASSERT_NE(bgp, nullptr);
-    EXPECT_THAT(names(bgp->entry->sequence), ElementsAre("as-number", "router-id", "as-size", "administrative-status",
-                                                         "bgp", "default-local-preference", "cluster-id", "vrf"));
+    EXPECT_THAT(names(bgp->children),
+                ElementsAre("as-number", "router-id", "as-size", "administrative-status", "bgp", "vrf"));
     EXPECT_THAT(names(bgp->entry->values), ElementsAre("as-number", "router-id", "as-size", "administrative-status",
                                                        "default-local-preference", "cluster-id"));
     EXPECT_THAT(names(bgp->entry->lists), ElementsAre("vrf"));
     EXPECT_EQ(bgp->child("bgp")->record, bgp->entry);
     EXPECT_EQ(bgp->child("bgp")->child("cluster-id")->slot, 5);
+}
+
+std::string list_of_keys(int count)
+{
+    std::string keys;
+    std::string leaves;
+    for (int i = 0; i < count; ++i) {
+        keys += " k" + std::to_string(i);
+        leaves += " leaf k" + std::to_string(i) + " { type uint32; }";
+    }
+    return "container c { list wide { key \"" + keys.substr(1) + "\";" + leaves + " } }";
+}
+
+TEST(SchemaRecords, ListOfMoreKeysThanACursorHolds_IsRefused)
+{
+    const auto widest = small(list_of_keys(MAXKEYLEN - 1));
+    EXPECT_EQ(find(*widest, {"c", "wide"})->entry->keys, MAXKEYLEN - 1);
+    try {
+        small(list_of_keys(MAXKEYLEN));
+        ADD_FAILURE() << "not refused";
+    } catch (const SchemaError& error) {
+        EXPECT_STREQ(error.what(), "/small:c/wide: a list of 32 keys is not supported: a cursor holds 31");
+    }
 }
 
 TEST(SchemaRecords, LeafList_IsAListOfOneValue)
@@ -378,7 +401,7 @@ TEST(SchemaTypes, Typedefs_BecomeTheirKindOfValue)
         {"number", BaseType::Int, C_INT16, "int16"},
         {"text", BaseType::Text, C_BUF, "string"},
         {"flag", BaseType::Bool, C_BOOL, "boolean"},
-        {"nothing", BaseType::Empty, C_EMPTY, "empty"},
+        {"nothing", BaseType::Empty, C_XMLTAG, "empty"},
         {"wide", BaseType::Uint, C_UINT64, "uint64"},
         {"byte", BaseType::Uint, C_UINT8, "uint8"},
     };

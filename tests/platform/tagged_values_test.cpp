@@ -25,6 +25,12 @@ public:
         CONFD_SET_TAG_XMLBEGIN(&rows_.back(), confd_str2hash(name), 0);
         return *this;
     }
+    Rows& begin_of_deletion(const char* name)
+    {
+        rows_.emplace_back();
+        CONFD_SET_TAG_XMLBEGINDEL(&rows_.back(), confd_str2hash(name), 0);
+        return *this;
+    }
     Rows& nth(const char* name, int position)
     {
         rows_.emplace_back();
@@ -149,7 +155,7 @@ TEST_F(ReadByTags, TagThatDoesNotBelong_IsAnErrorAndWhatCameBeforeIsFilled)
     rows.ask("note").ask("depth");
     EXPECT_TRUE(fails(read(rows, "/depot/bay{1 left}"), CONFD_ERR_BADPATH, "cdb_get_values",
                       "/depot/bay{1 left}: " + named("depth") + " does not belong below bay"));
-    EXPECT_EQ(rows.taken_leaves(), (Texts{"x", "no value"}));
+    EXPECT_EQ(rows.taken_leaves(), (Texts{"no value", "no value"}));
     Rows foreign;
     foreign.ask("note").name_space("urn:test:annex");
     EXPECT_EQ(read(foreign, "/depot/bay{1 left}"), CONFD_ERR);
@@ -158,6 +164,66 @@ TEST_F(ReadByTags, TagThatDoesNotBelong_IsAnErrorAndWhatCameBeforeIsFilled)
     own.ask("note").name_space(kDepotNamespace);
     EXPECT_EQ(read(own, "/depot/bay{1 left}"), CONFD_OK);
     EXPECT_EQ(own.taken_leaves(), Texts{"x"});
+}
+
+TEST_F(ReadByTags, KeysBehindTheBeginOfAList_PickItsEntry)
+{
+    stored(bay(1, "left", "<note>first</note>") +
+           bay(2, "right", "<note>second</note><crate><id>7</id><content>tea</content></crate>"));
+    open();
+    Rows rows;
+    rows.begin("bay")
+        .leaf("number", u32(2))
+        .leaf("side", enumeration(2))
+        .ask("note")
+        .begin("crate")
+        .leaf("id", u32(7))
+        .ask("content")
+        .end("crate")
+        .ask("height")
+        .end("bay");
+    EXPECT_EQ(read(rows, "/depot"), CONFD_OK) << confd_lasterr();
+    EXPECT_EQ(rows.taken_leaves(), (Texts{"2", "enum<2>", "second", "7", "tea", "40"}));
+    expect_nothing_open();
+}
+
+TEST_F(ReadByTags, KeysOfNoEntry_AreErrors)
+{
+    stored(bay(1, "left"));
+    open();
+    const auto refused = [this](Rows rows, int code, const std::string& why) {
+        return fails(read(rows, "/depot"), code, "cdb_get_values", "/depot: " + why);
+    };
+    EXPECT_TRUE(refused(Rows().begin("bay").leaf("number", u32(2)).leaf("side", enumeration(1)).end("bay"),
+                        CONFD_ERR_NOEXISTS, "bay{2 left}"));
+    EXPECT_TRUE(refused(Rows().begin("bay").leaf("number", u32(1)).end("bay"), CONFD_ERR_BADTYPE,
+                        "the key side of bay is missing"));
+    EXPECT_TRUE(refused(Rows().begin("bay").ask("number").leaf("side", enumeration(1)).end("bay"), CONFD_ERR_BADTYPE,
+                        "number is a uint32"));
+}
+
+TEST_F(ReadByTags, FailedRead_LeavesNothingToGiveBack)
+{
+    stored("<label>a label longer than fifteen</label>" + bay(1, "left", "<tag>a</tag><tag>b</tag>"));
+    open();
+    Rows rows;
+    rows.ask("label").nth("bay", 0).ask("tag").end("bay").nth("bay", 9).end("bay");
+    EXPECT_EQ(read(rows, "/depot"), CONFD_ERR);
+    expect_nothing_open();
+    EXPECT_EQ(rows.taken_leaves(), (Texts{"no value", "no value"})) << "requests again";
+}
+
+TEST_F(ReadByTags, LeafOfTypeEmpty_IsItsTag)
+{
+    stored("<kinds><mark/></kinds>");
+    open();
+    Rows rows;
+    rows.ask("mark");
+    EXPECT_EQ(read(rows, "/depot/kinds"), CONFD_OK);
+    const confd_value_t mark = rows.data()->v;
+    ASSERT_EQ(mark.type, C_XMLTAG);
+    EXPECT_EQ(CONFD_GET_XMLTAG(&mark), confd_str2hash("mark"));
+    EXPECT_EQ(CONFD_GET_XMLTAG_NS(&mark), confd_str2hash(kDepotNamespace));
 }
 
 TEST_F(ReadByTags, RequestThatDoesNotFitItsNode_IsAnError)
@@ -169,7 +235,7 @@ TEST_F(ReadByTags, RequestThatDoesNotFitItsNode_IsAnError)
                      std::string(path) + ": a request that does not fit " + named(node));
     };
     EXPECT_TRUE(refused(Rows().ask("bay"), "/depot", "bay"));
-    EXPECT_TRUE(refused(Rows().begin("bay").end("bay"), "/depot", "bay")) << "a list wants a position";
+    EXPECT_TRUE(refused(Rows().begin("label").end("label"), "/depot", "label"));
     EXPECT_TRUE(refused(Rows().nth("kinds", 0).end("kinds"), "/depot", "kinds"));
     EXPECT_TRUE(refused(Rows().leaf("label", u32(1)), "/depot", "label"));
 }
@@ -326,6 +392,137 @@ TEST_F(WriteByTags, EntriesAndContainers_Nest)
     EXPECT_EQ(device.validate(Datastore::Transaction), "");
 }
 
+TEST_F(WriteByTags, ContainerThatThePathNames_IsCreated)
+{
+    stored(bay(1, "left"));
+    open();
+    EXPECT_EQ(write(Rows().leaf("delay", u32(3)), "/depot/alarm"), CONFD_OK);
+    EXPECT_EQ(leaf("/depot/alarm/delay"), "3");
+    EXPECT_EQ(write(Rows(), "/depot/bay{1 left}/door/lock"), CONFD_OK);
+    EXPECT_EQ(maapi_exists(maapi, th, "/depot/bay{1 left}/door/lock"), 1);
+    EXPECT_EQ(write(Rows().leaf("width",
+                                [] {
+                                    confd_value_t width;
+                                    CONFD_SET_INT32(&width, 4);
+                                    return width;
+                                }()),
+                    "/depot/bay{1 left}/door"),
+              CONFD_OK);
+    EXPECT_EQ(leaf("/depot/bay{1 left}/door/width"), "4");
+}
+
+TEST_F(WriteByTags, NoValueForAPresenceContainer_DeletesItWithItsContent)
+{
+    stored("<alarm><delay>4</delay></alarm>" + bay(1, "left", "<door><lock><turns>3</turns></lock></door>"));
+    open();
+    EXPECT_EQ(write(Rows().ask("alarm").nth("bay", 0).end("bay"), "/depot"), CONFD_ERR) << "no positions in a write";
+    EXPECT_EQ(write(Rows().ask("alarm"), "/depot"), CONFD_OK);
+    EXPECT_EQ(maapi_exists(maapi, th, "/depot/alarm"), 0);
+    EXPECT_EQ(write(Rows().begin("door").ask("lock").begin("lock").end("lock").end("door"), "/depot/bay{1 left}"),
+              CONFD_OK);
+    EXPECT_EQ(leaf("/depot/bay{1 left}/door/lock/turns"), "2") << "made anew, with its default";
+    EXPECT_EQ(write(Rows().ask("alarm"), "/depot"), CONFD_OK) << "none there";
+}
+
+TEST_F(WriteByTags, List_IsAllOfALeafList)
+{
+    stored(bay(1, "left", "<tag>old</tag><tag>b</tag>"));
+    open();
+    confd_value_t tags[] = {text("new"), text("b"), text("a")};
+    confd_value_t list;
+    CONFD_SET_LIST(&list, tags, 3);
+    EXPECT_EQ(write(Rows().leaf("tag", list), "/depot/bay{1 left}"), CONFD_OK) << confd_lasterr();
+    EXPECT_EQ(leaf("/depot/bay{1 left}/tag"), "[a b new]");
+    CONFD_SET_LIST(&list, tags, 0);
+    EXPECT_EQ(write(Rows().leaf("tag", list), "/depot/bay{1 left}"), CONFD_OK);
+    EXPECT_EQ(leaf("/depot/bay{1 left}/tag"), "-");
+    tags[2] = tags[1];
+    CONFD_SET_LIST(&list, tags, 3);
+    EXPECT_TRUE(fails(write(Rows().leaf("tag", list), "/depot/bay{1 left}"), CONFD_ERR_ALREADY_EXISTS,
+                      "maapi_set_values", "/depot/bay{1 left}: tag is given a value twice"));
+    tags[2] = u32(3);
+    EXPECT_TRUE(fails(write(Rows().leaf("tag", list), "/depot/bay{1 left}"), CONFD_ERR_BADTYPE, "maapi_set_values",
+                      "/depot/bay{1 left}: tag has entries of string"));
+    EXPECT_TRUE(fails(write(Rows().leaf("tag", text("a")), "/depot/bay{1 left}"), CONFD_ERR_PROTOUSAGE,
+                      "maapi_set_values", "/depot/bay{1 left}: a value that does not fit " + named("tag")));
+}
+
+TEST_F(WriteByTags, LeafOfTypeEmpty_IsSetByItsTag)
+{
+    open();
+    confd_value_t mark;
+    CONFD_SET_XMLTAG(&mark, confd_str2hash("mark"), 0);
+    EXPECT_EQ(write(Rows().leaf("mark", mark), "/depot/kinds"), CONFD_OK);
+    EXPECT_EQ(leaf("/depot/kinds/mark"), "mark");
+    EXPECT_EQ(write(Rows().ask("mark"), "/depot/kinds"), CONFD_OK);
+    EXPECT_EQ(leaf("/depot/kinds/mark"), "-");
+    CONFD_SET_XMLTAG(&mark, confd_str2hash("u8"), 0);
+    EXPECT_TRUE(fails(write(Rows().leaf("mark", mark), "/depot/kinds"), CONFD_ERR_BADTYPE, "maapi_set_values",
+                      "/depot/kinds: mark is a empty"))
+        << "another leaf's tag";
+}
+
+TEST_F(WriteByTags, BeginOfADeletion_DeletesTheEntryOfItsKeys)
+{
+    stored("<shelf><name>a</name></shelf><shelf><name>b</name></shelf>" +
+           bay(1, "left", "<crate><id>7</id></crate><crate><id>8</id></crate>"));
+    open();
+    EXPECT_EQ(write(Rows()
+                        .begin_of_deletion("shelf")
+                        .leaf("name", text("a"))
+                        .end("shelf")
+                        .begin("bay")
+                        .leaf("number", u32(1))
+                        .leaf("side", enumeration(1))
+                        .begin_of_deletion("crate")
+                        .leaf("id", u32(7))
+                        .end("crate")
+                        .leaf("note", text("one crate less"))
+                        .end("bay"),
+                    "/depot"),
+              CONFD_OK)
+        << confd_lasterr();
+    EXPECT_EQ(maapi_exists(maapi, th, "/depot/shelf{a}"), 0);
+    EXPECT_EQ(maapi_exists(maapi, th, "/depot/shelf{b}"), 1);
+    EXPECT_EQ(maapi_exists(maapi, th, "/depot/bay{1 left}/crate{7}"), 0);
+    EXPECT_EQ(maapi_exists(maapi, th, "/depot/bay{1 left}/crate{8}"), 1);
+    EXPECT_EQ(leaf("/depot/bay{1 left}/note"), "one crate less");
+    EXPECT_TRUE(fails(write(Rows().begin_of_deletion("shelf").leaf("name", text("a")).end("shelf"), "/depot"),
+                      CONFD_ERR_NOEXISTS, "maapi_set_values", "/depot: /depot/shelf{a}"));
+    EXPECT_TRUE(fails(
+        write(Rows().begin_of_deletion("shelf").leaf("name", text("b")).leaf("depth", u32(1)).end("shelf"), "/depot"),
+        CONFD_ERR_PROTOUSAGE, "maapi_set_values", "/depot: more than the keys of what is deleted: " + named("depth")));
+    EXPECT_TRUE(fails(write(Rows().begin_of_deletion("alarm").end("alarm"), "/depot"), CONFD_ERR_PROTOUSAGE,
+                      "maapi_set_values", "/depot: a value that does not fit " + named("alarm")));
+}
+
+TEST_F(WriteByTags, EndThatIsMissingOrStray_WritesNothing)
+{
+    open();
+    const Rows shelf = Rows().leaf("label", text("x")).begin("shelf").leaf("name", text("a")).end("shelf");
+    EXPECT_TRUE(fails(write(Rows(shelf).end("shelf"), "/depot"), CONFD_ERR_PROTOUSAGE, "maapi_set_values",
+                      "/depot: an end without its begin: " + named("shelf")));
+    EXPECT_TRUE(fails(write(Rows(shelf).begin("shelf").leaf("name", text("b")), "/depot"), CONFD_ERR_PROTOUSAGE,
+                      "maapi_set_values", "/depot: " + named("shelf") + " is not closed"));
+    EXPECT_TRUE(fails(write(Rows(shelf).begin("kinds").begin("bay").end("kinds").end("bay"), "/depot"),
+                      CONFD_ERR_PROTOUSAGE, "maapi_set_values", "/depot: " + named("bay") + " is not closed"));
+    EXPECT_TRUE(fails(write(Rows(shelf).begin_of_deletion("shelf").leaf("name", text("a")), "/depot"),
+                      CONFD_ERR_PROTOUSAGE, "maapi_set_values", "/depot: " + named("shelf") + " is not closed"));
+    EXPECT_EQ(leaf("/depot/label"), "-");
+    EXPECT_EQ(maapi_exists(maapi, th, "/depot/shelf"), 0);
+}
+
+// Its values are checked before it is created.
+TEST_F(WriteByTags, EntryThatFails_IsNotCreated)
+{
+    open();
+    EXPECT_TRUE(fails(write(Rows().leaf("number", u32(1)), "/depot/bay{2 left}"), CONFD_ERR_NOT_WRITABLE,
+                      "maapi_set_values", "/depot/bay{2 left}"));
+    EXPECT_TRUE(fails(write(Rows().leaf("note", u32(1)), "/depot/bay{2 left}"), CONFD_ERR_BADTYPE, "maapi_set_values",
+                      "/depot/bay{2 left}: note is a string"));
+    EXPECT_EQ(maapi_exists(maapi, th, "/depot/bay"), 0);
+}
+
 TEST_F(WriteByTags, RowsBeforeTheFailingOne_StayWritten)
 {
     open();
@@ -370,7 +567,7 @@ TEST_F(WriteByTags, MalformedArrays_AreErrors)
     EXPECT_TRUE(fails(write(Rows().leaf("kinds", u32(1)), "/depot"), CONFD_ERR_PROTOUSAGE, "maapi_set_values",
                       "/depot: a value that does not fit " + named("kinds")));
     EXPECT_TRUE(fails(write(Rows().begin("kinds"), "/depot"), CONFD_ERR_PROTOUSAGE, "maapi_set_values",
-                      "/depot: kinds is not closed"));
+                      "/depot: " + named("kinds") + " is not closed"));
     EXPECT_TRUE(fails(write(Rows().end("kinds"), "/depot"), CONFD_ERR_PROTOUSAGE, "maapi_set_values",
                       "/depot: an end without its begin: " + named("kinds")));
     EXPECT_TRUE(fails(write(Rows(), "/depot/label"), CONFD_ERR_BADPATH, "maapi_set_values",

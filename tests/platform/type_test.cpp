@@ -47,7 +47,7 @@ const Type kIpv4 = type_of(BaseType::Ipv4, C_IPV4);
 const Type kIpv6 = type_of(BaseType::Ipv6, C_IPV6);
 const Type kIp = type_of(BaseType::Ip, C_UNION);
 const Type kPrefix = type_of(BaseType::Ipv4Prefix, C_IPV4PREFIX);
-const Type kEmpty = type_of(BaseType::Empty, C_EMPTY);
+const Type kEmpty = type_of(BaseType::Empty, C_XMLTAG);
 const Type kUint32 = type_of(BaseType::Uint, C_UINT32);
 const Type kInt32 = type_of(BaseType::Int, C_INT32);
 
@@ -374,7 +374,7 @@ TEST(TypeEmpty, OnlyTheEmptyText_IsTaken)
     EXPECT_EQ(why(kEmpty, "x"), "\"x\" stands in a leaf that takes no text");
     confd_value_t confd;
     kEmpty.to_confd(value, &confd);
-    EXPECT_EQ(confd.type, C_EMPTY);
+    EXPECT_EQ(confd.type, C_XMLTAG);
     Value back;
     EXPECT_TRUE(kEmpty.from_confd(confd, &back));
     EXPECT_EQ(back, value);

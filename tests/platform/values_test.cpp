@@ -85,8 +85,7 @@ TEST(PrintedValue, OtherTypes_SayWhatTheyAre)
     EXPECT_EQ(PRINTED(CONFD_SET_BOOL, &value, 1), "true");
     EXPECT_EQ(PRINTED(CONFD_SET_BOOL, &value, 0), "false");
     EXPECT_EQ(PRINTED(CONFD_SET_NOEXISTS, &value), "no value");
-    EXPECT_EQ(PRINTED(CONFD_SET_XMLTAG, &value, 17, 0), "<17>");
-    EXPECT_EQ(PRINTED(CONFD_SET_BIT32, &value, 5), "value of type 29");
+    EXPECT_EQ(PRINTED(CONFD_SET_DEFAULT, &value), "value of type 42");
     confd_value_t entries[] = {u32(1), text("x")};
     EXPECT_EQ(PRINTED(CONFD_SET_LIST, &value, entries, 2), "[1 x]");
     EXPECT_EQ(PRINTED(CONFD_SET_LIST, &value, entries, 0), "[]");
@@ -216,12 +215,38 @@ TEST(CopiedValue, MemoryOfTheProgram_IsFreedToo)
     EXPECT_EQ(live_owned_values(), before);
 }
 
-TEST(Tags, AreTheHashesOfNames)
+TEST(PrintedValue, Tag_IsItsNodesNameWhereTheModulesHaveOne)
 {
-    EXPECT_EQ(confd_str2hash("foo"), 161968632U);
-    EXPECT_EQ(confd_str2hash("bad"), 1265139696U);
-    EXPECT_EQ(confd_str2hash("tiny"), 1046642021U);
-    EXPECT_EQ(confd_str2hash("http://tail-f.com/ns/blaster"), 670579579U);
+    confd_value_t tag;
+    CONFD_SET_XMLTAG(&tag, 0x6553535E, 0);
+    EXPECT_EQ(printed(tag), "tag<1699959646>") << "no device, no modules";
+    const Device device(depot_options());
+    EXPECT_EQ(printed(tag), "bgpRmEntIndex");
+    CONFD_SET_XMLTAG(&tag, 17, 0);
+    EXPECT_EQ(printed(tag), "tag<17>");
+}
+
+TEST(PrintedValue, Bits_AreAHexNumber)
+{
+    confd_value_t bits;
+    CONFD_SET_BIT32(&bits, 0xA5U);
+    EXPECT_EQ(printed(bits), "bits<a5>");
+    CONFD_SET_BIT64(&bits, 0x1000000000ULL);
+    EXPECT_EQ(printed(bits), "bits<1000000000>");
+    CONFD_SET_BIT32(&bits, 0);
+    EXPECT_EQ(printed(bits), "bits<0>");
+    unsigned char many[] = {0xA5, 0x01, 0x00};  // the lowest bits first
+    CONFD_SET_BUF(&bits, many, sizeof many);
+    bits.type = C_BITBIG;
+    EXPECT_EQ(printed(bits), "bits<0001a5>");
+}
+
+TEST(Tags, AreTheHashesOfNamesThatTheModulesHave)
+{
+    EXPECT_EQ(confd_str2hash("bgpRmEntIndex"), 0U) << "no device, no modules";
+    const Device device(depot_options());
+    EXPECT_EQ(confd_str2hash("foo"), 0U) << "no node is called that";
+    EXPECT_EQ(confd_str2hash(""), 0U);
     EXPECT_EQ(confd_str2hash("bgpRmEntIndex"), 0x6553535EU);
     EXPECT_EQ(confd_str2hash("bgpRmEntLocalIdentifier"), 0x037C186DU);
     EXPECT_EQ(confd_str2hash("bgpPeerAfiSafiEntry"), 633450320U);

@@ -1,8 +1,12 @@
 #include "calls/recorder.h"
 
+#include <new>
+
 namespace bgp_platform::capi {
 
 namespace {
+
+constexpr std::size_t kFirstRoom = 64;  // calls
 
 std::size_t sum_of(const std::array<std::size_t, kFunctions>& counts, Effect effect) noexcept
 {
@@ -28,6 +32,31 @@ std::string RecordedCall::text() const
         text.append(" (").append(confd_strerror(error)).append(")");
     }
     return text;
+}
+
+void Recorder::make_room()
+{
+    if (calls_.size() == calls_.capacity()) {
+        calls_.reserve(calls_.empty() ? kFirstRoom : 2 * calls_.size());
+    }
+}
+
+void Recorder::add(RecordedCall call) noexcept
+{
+    if (calls_.size() < calls_.capacity()) {
+        calls_.push_back(std::move(call));
+    }
+}
+
+void CallCounts::keep(Function function, int error, const char* message) noexcept
+{
+    if (failed_writes.size() == kKept) {
+        return;
+    }
+    try {
+        failed_writes.push_back({function, error, message});
+    } catch (const std::bad_alloc&) {  // it is counted all the same
+    }
 }
 
 std::size_t CallCounts::reads() const noexcept

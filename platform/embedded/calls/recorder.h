@@ -33,7 +33,8 @@ public:
     void start() noexcept { on_ = true; }
     void stop() noexcept { on_ = false; }
     bool on() const noexcept { return on_; }
-    void add(RecordedCall call) { calls_.push_back(std::move(call)); }
+    void make_room();  // for one more call, which add() then needs no memory for
+    void add(RecordedCall call) noexcept;
     void clear() noexcept { calls_.clear(); }
     const std::vector<RecordedCall>& calls() const noexcept { return calls_; }
 
@@ -57,7 +58,9 @@ struct CallCounts {
 
     std::array<std::size_t, kFunctions> calls{};
     std::array<std::size_t, kFunctions> failures{};
-    std::vector<FailedCall> failed_writes;  // at most kKept
+    std::vector<FailedCall> failed_writes;  // at most kKept, as far as there is memory
+
+    void keep(Function function, int error, const char* message) noexcept;
 
     std::size_t of(Function function) const noexcept { return calls[static_cast<std::size_t>(function)]; }
     std::size_t reads() const noexcept;

@@ -1,19 +1,11 @@
 #include "capi/call.h"
 
+#include <algorithm>
 #include <cerrno>
-
-int confd_errno = CONFD_OK;
 
 namespace bgp_platform::capi {
 
 namespace {
-
-// The text of the last error; the API hands out a pointer to it.
-std::string& last_error()
-{
-    static auto* const text = new std::string;
-    return *text;
-}
 
 int code_of(store::Result result)
 {
@@ -36,6 +28,12 @@ int code_of(store::Result result)
     return CONFD_ERR_INTERNAL;
 }
 
+bool picks_by_position(const store::Path& path)
+{
+    return std::any_of(path.entries.begin(), path.entries.end(),
+                       [](const store::Selector& selector) { return selector.position >= 0; });
+}
+
 // The list of functions has CDB's in one run, from the one to the other.
 constexpr bool is_cdb(Function function)
 {
@@ -43,19 +41,6 @@ constexpr bool is_cdb(Function function)
 }
 
 }  // namespace
-
-int fail_call(Function function, int code, std::string_view path, std::string_view detail)
-{
-    confd_errno = code;
-    std::string& text = last_error();
-    text.assign(name_of(function)).append(": ").append(confd_strerror(code));
-    for (const std::string_view part : {path, detail}) {
-        if (!part.empty()) {
-            text.append(": ").append(part);
-        }
-    }
-    return CONFD_ERR;
-}
 
 const store::Configuration& Call::view() const noexcept
 {
@@ -66,13 +51,25 @@ bool Call::begin()
 {
     auto& endpoints = Registry::instance().endpoints;
     const auto found = endpoints.find(handle_.socket);
-    if (found == endpoints.end()) {
+    if (found == endpoints.end() || !is_the_same(found->second)) {
         errno = EBADF;
         fail(CONFD_ERR_OS, "socket " + std::to_string(handle_.socket) + " is not connected to a device");
         return false;
     }
     endpoint_ = &found->second;
+    if (recorded()) {
+        device().recorder.make_room();
+        path();  // now, as the work may write where the arguments point to
+    }
     return check_socket();
+}
+
+// A socket that the program may have closed without a word, so that its number is another's: one that it connected
+// itself, and that of a transaction, which is closed with it.
+bool Call::is_the_same(const Endpoint& endpoint) const noexcept
+{
+    const bool may_differ = endpoint.private_socket || (endpoint.kind == Endpoint::Kind::Maapi && is_cdb(function_));
+    return !may_differ || endpoint.socket == socket_behind(handle_.socket);
 }
 
 bool Call::check_socket()
@@ -94,7 +91,7 @@ bool Call::check_socket()
     return true;
 }
 
-void Call::name_path(const char* format, va_list arguments)
+void Call::name_path(const char* format, va_list arguments) noexcept
 {
     format_ = format;
     va_copy(format_arguments_, arguments);
@@ -109,12 +106,13 @@ Call::~Call()
 
 bool Call::locate(const char* format, va_list arguments, store::Path* path)
 {
-    if (recorded()) {
-        this->path();  // now, as the work may write where the arguments point to
-    }
     const PathError error = device().keypaths.resolve(format, arguments, endpoint_->name_space, path);
     if (error) {
         fail(error.code, error.detail);
+        return false;
+    }
+    if (endpoint_->kind == Endpoint::Kind::Maapi && picks_by_position(*path)) {
+        fail(CONFD_ERR_BADPATH, "a position, which CDB alone takes");
         return false;
     }
     return true;
@@ -122,7 +120,9 @@ bool Call::locate(const char* format, va_list arguments, store::Path* path)
 
 const std::string& Call::path() const
 {
-    if (path_.empty() && format_ != nullptr) {
+    if (path_.empty() && format_ == nullptr) {
+        path_ = named_;
+    } else if (path_.empty()) {
         va_list arguments;
         va_copy(arguments, format_arguments_);  // NOLINT(clang-analyzer-valist.Uninitialized): begun by name_path()
         path_ = format_template(format_, arguments, endpoint_ == nullptr ? nullptr : &device().keypaths);
@@ -149,7 +149,14 @@ bool Call::planned_failure(int* result)
 int Call::fail(int code, std::string_view detail)
 {
     error_ = code;
-    return fail_call(function_, code, path(), detail);
+    return fail_call(name_of(function_), code, path(), detail);
+}
+
+int Call::fail_for_memory() noexcept
+{
+    error_ = CONFD_ERR_MALLOC;
+    const auto with_path = [this] { return fail(CONFD_ERR_MALLOC); };
+    return unless_memory_ends(with_path, [this] { return fail_call(name_of(function_), CONFD_ERR_MALLOC, {}, {}); });
 }
 
 int Call::fail(store::Result result)
@@ -165,7 +172,7 @@ void Call::argument(const schema::Node* leaf, const confd_value_t& value)
     schema::Value typed;
     if (leaf != nullptr && is_secret(*leaf)) {
         arguments_ = kMasked;
-    } else if (leaf != nullptr && leaf->type != nullptr && leaf->type->from_confd(value, &typed)) {
+    } else if (leaf != nullptr && leaf->type != nullptr && schema::from_confd(*leaf, value, &typed)) {
         arguments_ = leaf->type->text(typed);
     } else {
         char text[256];
@@ -174,23 +181,14 @@ void Call::argument(const schema::Node* leaf, const confd_value_t& value)
     }
 }
 
-int Call::finish(int result)
+int Call::finish(int result) noexcept
 {
     if (endpoint_ == nullptr) {
         return result;
     }
-    CallCounts& counts = device().calls;
-    const auto slot = static_cast<std::size_t>(function_);
-    ++counts.calls[slot];
-    if (result < 0) {
-        ++counts.failures[slot];
-        if (effect_of(function_) == Effect::Write && counts.failed_writes.size() < CallCounts::kKept) {
-            counts.failed_writes.push_back({function_, error_, last_error()});
-        }
-    }
+    count(result);
     if (recorded()) {
-        device().recorder.add(
-            {function_, path(), std::move(arguments_), result, result < 0 ? error_ : CONFD_OK, std::move(values_)});
+        record(result);
     }
     if (device().recorder.after_call) {
         device().recorder.after_call();
@@ -198,9 +196,24 @@ int Call::finish(int result)
     return result;
 }
 
-}  // namespace bgp_platform::capi
-
-char* confd_lasterr(void)
+void Call::count(int result) noexcept
 {
-    return bgp_platform::capi::last_error().data();
+    CallCounts& counts = device().calls;
+    const auto slot = static_cast<std::size_t>(function_);
+    ++counts.calls[slot];
+    if (result >= 0) {
+        return;
+    }
+    ++counts.failures[slot];
+    if (effect_of(function_) == Effect::Write) {
+        counts.keep(function_, error_, confd_lasterr());
+    }
 }
+
+void Call::record(int result) noexcept
+{
+    const int error = result < 0 ? error_ : CONFD_OK;
+    device().recorder.add({function_, std::move(path_), std::move(arguments_), result, error, std::move(values_)});
+}
+
+}  // namespace bgp_platform::capi

@@ -10,15 +10,12 @@
 #include <string_view>
 
 #include "calls/function.h"
+#include "capi/errors.h"
 #include "keypath/keypath.h"
 #include "registry.h"
 #include "store/configuration.h"
 
 namespace bgp_platform::capi {
-
-// Fails a call: sets confd_errno, and confd_lasterr() to function, code, path and detail, the last two where there are
-// any. Returns CONFD_ERR. For calls that have no device to go to; others fail through their Call.
-int fail_call(Function function, int code, std::string_view path, std::string_view detail);
 
 // The socket a call came on, and the transaction handle that a MAAPI call brought along.
 struct Handle {
@@ -46,6 +43,7 @@ public:
     // Fails the call: the work returns what this returns.
     int fail(int code, std::string_view detail = {});
     int fail(store::Result result);  // CONFD_OK for Result::Ok
+    int fail_for_memory() noexcept;
 
     // Tells the recorder the call's other arguments; costs nothing while it is off.
     bool recorded() const noexcept { return device().recorder.on(); }
@@ -53,21 +51,25 @@ public:
     void argument(const schema::Node* leaf, const confd_value_t& value);
     void values(std::string text) { values_ = std::move(text); }
 
-    // The three stages of a call; finish() must follow begin() whatever comes between.
+    // The stages of a call; finish() ends it whatever came of the others.
     bool begin();  // finds and checks the socket
     bool locate(const char* format, va_list arguments, store::Path* path);
-    void name_path(const std::string& path) { path_ = path; }
-    void name_path(const char* format, va_list arguments);  // made into text when somebody asks for it
+    void name_path(std::string_view path) noexcept { named_ = path; }
+    void name_path(const char* format, va_list arguments) noexcept;  // made into text when somebody asks for it
     bool planned_failure(int* result);
-    int finish(int result);
+    int finish(int result) noexcept;
 
 private:
+    bool is_the_same(const Endpoint& endpoint) const noexcept;
     bool check_socket();
+    void count(int result) noexcept;
+    void record(int result) noexcept;
 
     Function function_;
     Handle handle_;
     Endpoint* endpoint_ = nullptr;
-    const char* format_ = nullptr;        // with its arguments, until the path is made of them
+    std::string_view named_;              // the path, where its text is known
+    const char* format_ = nullptr;        // else, with its arguments
     mutable va_list format_arguments_{};  // only copied, but va_copy takes no const one
     mutable std::string path_;            // made only when somebody will see it
     std::string arguments_;
@@ -77,15 +79,15 @@ private:
 
 // A call without a keypath template, or on a place that is known by its path's text.
 template <typename Work>
-int run_call(Function function, Handle handle, const std::string& path, Work&& work)
+int run_call(Function function, Handle handle, std::string_view path, Work&& work)
 {
     Call call(function, handle);
     call.name_path(path);
-    int result = CONFD_ERR;
-    if (call.begin() && !call.planned_failure(&result)) {
-        result = work(call);
-    }
-    return call.finish(result);
+    const auto attempt = [&] {
+        int result = CONFD_ERR;
+        return call.begin() && !call.planned_failure(&result) ? work(call) : result;
+    };
+    return call.finish(unless_memory_ends(attempt, [&call] { return call.fail_for_memory(); }));
 }
 
 // A call on the place that a keypath names.
@@ -94,12 +96,13 @@ int run_call(Function function, Handle handle, const char* format, va_list argum
 {
     Call call(function, handle);
     call.name_path(format, arguments);
-    store::Path path;
-    int result = CONFD_ERR;
-    if (call.begin() && call.locate(format, arguments, &path) && !call.planned_failure(&result)) {
-        result = work(call, path);
-    }
-    return call.finish(result);
+    const auto attempt = [&] {
+        store::Path path;
+        int result = CONFD_ERR;
+        const bool goes = call.begin() && call.locate(format, arguments, &path) && !call.planned_failure(&result);
+        return goes ? work(call, path) : result;
+    };
+    return call.finish(unless_memory_ends(attempt, [&call] { return call.fail_for_memory(); }));
 }
 
 // The body of an entry point whose last parameters are (const char* fmt, ...).

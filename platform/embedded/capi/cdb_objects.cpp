@@ -9,24 +9,51 @@ using namespace bgp_platform::capi;
 
 namespace {
 
-// Fills up to `room` values with the entry's nodes in schema order; returns how many the entry has.
-int read_entry(const store::Row& row, confd_value_t* values, int room)
-{
-    int count = 0;
-    for (const schema::Node* node : row.record().sequence) {
-        const int position = count++;
-        if (position >= room) {
-            continue;
-        }
-        const bool there = node->kind != schema::NodeKind::Presence || row.value(node->slot);
-        if (node->is_container() && there) {
-            CONFD_SET_XMLTAG(&values[position], node->tag, node->module->hash);
-        } else {
-            read_slot(row, *node, &values[position]);
+// Fills an entry's room with its nodes in schema order, as far as it reaches, and counts them all.
+class EntryReader {
+public:
+    EntryReader(const store::Row& row, confd_value_t* values, int room, FilledValues* filled)
+        : row_(row), values_(values), room_(room), filled_(*filled)
+    {
+    }
+
+    int read()
+    {
+        read_nodes(row_.record().owner->children);
+        return count_;
+    }
+
+private:
+    void read_nodes(const std::vector<const schema::Node*>& nodes)
+    {
+        for (const schema::Node* const node : nodes) {
+            read_node(*node);
         }
     }
-    return count;
-}
+
+    void read_node(const schema::Node& node)
+    {
+        const bool there = node.kind != schema::NodeKind::Presence || row_.value(node.slot);
+        if (count_ < room_) {
+            confd_value_t& value = filled_.add(&values_[count_]);
+            if (node.is_container() && there) {
+                CONFD_SET_XMLTAG(&value, node.tag, node.module->hash);
+            } else {
+                read_slot(row_, node, &value);
+            }
+        }
+        ++count_;
+        if (node.is_container() && there) {
+            read_nodes(node.children);
+        }
+    }
+
+    const store::Row& row_;
+    confd_value_t* values_;
+    int room_;
+    FilledValues& filled_;
+    int count_ = 0;
+};
 
 }  // namespace
 
@@ -45,11 +72,13 @@ int cdb_get_objects(int sock, confd_value_t* values, int n, int ix, int nobj, co
             return call.fail(CONFD_ERR_NOEXISTS, "the list has " + std::to_string(entries) + " entries");
         }
         const store::List* const list = call.view().find_list(path);
+        FilledValues filled;
         int most = 0;
         for (int i = 0; i < nobj; ++i) {
             const store::Row& row = *list->at(static_cast<std::size_t>(ix) + static_cast<std::size_t>(i));
-            most = std::max(most, read_entry(row, values + static_cast<std::ptrdiff_t>(i) * n, n));
+            most = std::max(most, EntryReader(row, values + static_cast<std::ptrdiff_t>(i) * n, n, &filled).read());
         }
+        filled.keep();
         return most;
     });
 }

@@ -1,8 +1,7 @@
 // CDB reads of single leaves, leaf-lists and lists.
-#include <cstdlib>
-
 #include "capi/read.h"
 #include "confd_cdb.h"
+#include "values/owned_values.h"
 
 using namespace bgp_platform;
 using namespace bgp_platform::capi;
@@ -40,13 +39,11 @@ int cdb_get_list(int sock, confd_value_t** values, int* n, const char* fmt, ...)
         if (list == nullptr || count == 0) {
             return call.fail(CONFD_ERR_NOEXISTS);
         }
-        // The caller gives the array back with free(), so it is not one of the owned values.
-        *values = static_cast<confd_value_t*>(std::calloc(static_cast<std::size_t>(count), sizeof(confd_value_t)));
-        if (*values == nullptr) {
-            return call.fail(CONFD_ERR_MALLOC);
-        }
-        fill_leaf_list(*path.node, *list, *values);
+        confd_value_t read;
+        read_leaf_list(*path.node, *list, &read);
+        *values = CONFD_GET_LIST(&read);
         *n = count;
+        bgp_platform::values::forget(*values);  // the caller gives the array back with free()
         return CONFD_OK;
     });
 }

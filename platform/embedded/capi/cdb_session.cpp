@@ -33,9 +33,35 @@ bool is_stream_socket(int descriptor)
     return getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &size) == 0 && type == SOCK_STREAM;
 }
 
-int fail_connect(int code, const std::string& detail)
+int fail_connect(int code, std::string_view detail)
 {
-    return fail_call(Function::cdb_connect, code, {}, detail);
+    return fail_call(name_of(Function::cdb_connect), code, {}, detail);
+}
+
+int connect(int sock, bool data, const sockaddr* address, int size)
+{
+    auto& endpoints = Registry::instance().endpoints;
+    if (!data) {
+        return fail_connect(CONFD_ERR_PROTOUSAGE, "only data sockets are done");
+    }
+    if (!is_stream_socket(sock)) {
+        return fail_connect(CONFD_ERR_OS, "descriptor " + std::to_string(sock) + " is no stream socket");
+    }
+    const auto known = endpoints.find(sock);
+    if (known != endpoints.end() && known->second.socket == socket_behind(sock)) {
+        return fail_connect(CONFD_ERR_PROTOUSAGE, "socket " + std::to_string(sock) + " is connected already");
+    }
+    DeviceState* const device = device_at(address, size);
+    if (device == nullptr) {
+        errno = ECONNREFUSED;
+        return fail_connect(CONFD_ERR_OS, std::strerror(ECONNREFUSED));
+    }
+    endpoints.insert_or_assign(sock, Endpoint{Endpoint::Kind::Cdb, device, true, socket_behind(sock)});
+    const int result = run_call(Function::cdb_connect, {sock}, {}, [](Call&) { return CONFD_OK; });
+    if (result != CONFD_OK) {
+        endpoints.erase(sock);
+    }
+    return result;
 }
 
 }  // namespace
@@ -45,27 +71,9 @@ int fail_connect(int code, const std::string& detail)
 
 BGP_PLATFORM_ANY_NUMBER int cdb_connect(int sock, enum cdb_sock_type type, const struct sockaddr* srv, int srv_sz)
 {
-    auto& endpoints = Registry::instance().endpoints;
-    if (type != CDB_DATA_SOCKET) {
-        return fail_connect(CONFD_ERR_PROTOUSAGE, "only data sockets are done");
-    }
-    if (!is_stream_socket(sock)) {
-        return fail_connect(CONFD_ERR_OS, "descriptor " + std::to_string(sock) + " is no stream socket");
-    }
-    if (endpoints.count(sock) != 0) {
-        return fail_connect(CONFD_ERR_PROTOUSAGE, "socket " + std::to_string(sock) + " is connected already");
-    }
-    DeviceState* const device = device_at(srv, srv_sz);
-    if (device == nullptr) {
-        errno = ECONNREFUSED;
-        return fail_connect(CONFD_ERR_OS, std::strerror(ECONNREFUSED));
-    }
-    endpoints.insert_or_assign(sock, Endpoint{Endpoint::Kind::Cdb, device, true});
-    const int result = run_call(Function::cdb_connect, {sock}, {}, [](Call&) { return CONFD_OK; });
-    if (result != CONFD_OK) {
-        endpoints.erase(sock);
-    }
-    return result;
+    const bool data = type == CDB_DATA_SOCKET;
+    return unless_memory_ends([=] { return connect(sock, data, srv, srv_sz); },
+                              [] { return fail_connect(CONFD_ERR_MALLOC, {}); });
 }
 
 BGP_PLATFORM_ANY_NUMBER int cdb_start_session(int sock, enum cdb_db_type db)
@@ -86,7 +94,7 @@ int cdb_end_session(int sock)
 {
     return run_call(Function::cdb_end_session, {sock}, {}, [](Call& call) {
         if (!call.endpoint().session) {
-            return call.fail(CONFD_ERR_NOSESSION);
+            return call.fail(CONFD_ERR_NOEXISTS, "no session on the socket");
         }
         call.endpoint().session = false;
         return CONFD_OK;

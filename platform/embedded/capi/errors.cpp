@@ -1,9 +1,52 @@
-// confd_strerror: the codes by name.
+// confd_errno, confd_lasterr and confd_strerror.
+#include "capi/errors.h"
+
+#include <cstdio>
 #include <string>
 
 #include "confd_lib.h"
 
+int confd_errno = CONFD_OK;
+
 namespace {
+
+// The text of the last error; the API hands out a pointer to it.
+class LastError {
+public:
+    // One for the process, which outlives every static object that may still call the API.
+    static LastError& instance() noexcept
+    {
+        alignas(LastError) static unsigned char memory[sizeof(LastError)];
+        static auto* const error = new (memory) LastError;
+        return *error;
+    }
+
+    void say(std::string_view function, int code, std::string_view path, std::string_view detail) noexcept
+    {
+        try {
+            text_.assign(function).append(": ").append(confd_strerror(code));
+            for (const std::string_view part : {path, detail}) {
+                if (!part.empty()) {
+                    text_.append(": ").append(part);
+                }
+            }
+            shown_ = text_.data();
+        } catch (const std::exception&) {
+            std::snprintf(short_, sizeof short_, "%.*s: %s", static_cast<int>(function.size()), function.data(),
+                          confd_strerror(code));
+            shown_ = short_;
+        }
+    }
+
+    char* text() const noexcept { return shown_; }
+
+private:
+    LastError() = default;
+
+    std::string text_;
+    char short_[128] = "";  // where there is no memory for the whole
+    char* shown_ = short_;
+};
 
 const char* text_of(int code)
 {
@@ -68,7 +111,20 @@ char* confd_strerror(int code)
     if (const char* const text = text_of(code)) {
         return const_cast<char*>(text);  // the interface's type; programs only read it
     }
-    static std::string unknown;
-    unknown = "unknown error " + std::to_string(code);
-    return unknown.data();
+    static char unknown[32];
+    std::snprintf(unknown, sizeof unknown, "unknown error %d", code);
+    return unknown;
+}
+
+char* confd_lasterr(void)
+{
+    return LastError::instance().text();
+}
+
+int bgp_platform::capi::fail_call(std::string_view function, int code, std::string_view path,
+                                  std::string_view detail) noexcept
+{
+    confd_errno = code;
+    LastError::instance().say(function, code, path, detail);
+    return CONFD_ERR;
 }

@@ -1,5 +1,7 @@
 // MAAPI cursors: a walk of a list by its keys, in the transaction as it is at each step.
+#include <algorithm>
 #include <memory>
+#include <new>
 
 #include "capi/call.h"
 #include "confd_maapi.h"
@@ -31,30 +33,44 @@ Position* position_of(const maapi_cursor& cursor)
     return static_cast<Position*>(cursor.position);
 }
 
+void release(confd_value_t* keys, std::size_t count)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        confd_free_value(&keys[i]);
+    }
+}
+
 void release_keys(maapi_cursor* cursor)
 {
-    for (int i = 0; i < cursor->n; ++i) {
-        confd_free_value(&cursor->keys[i]);
-    }
+    release(cursor->keys, static_cast<std::size_t>(cursor->n));
     cursor->n = 0;
 }
 
-// Hands out the row's key, or no key at the end.
+// Hands out the row's key, or no key at the end; no schema has a list of more keys than a cursor holds. Without memory
+// for them the cursor stays where it is.
 int arrive(maapi_cursor* cursor, Position* position, const store::Row* row)
 {
+    const std::size_t count = row == nullptr ? 0 : row->record().keys;
+    confd_value_t keys[MAXKEYLEN];
+    std::size_t made = 0;
+    try {
+        for (; made < count; ++made) {
+            row->record().values[made]->type->to_confd(row->keys()[made], &keys[made]);
+        }
+    } catch (const std::bad_alloc&) {
+        release(keys, made);
+        position->entry = {};  // the next step looks for its place anew
+        throw;
+    }
     release_keys(cursor);
+    std::copy_n(keys, count, cursor->keys);
+    cursor->n = static_cast<int>(count);
     position->started = true;
     position->ended = row == nullptr;
-    position->keys.clear();
-    if (row == nullptr) {
-        return CONFD_OK;
+    position->keys.clear();  // which keeps the room that it has had from the beginning
+    if (row != nullptr) {
+        position->keys.assign(row->keys(), row->keys() + count);
     }
-    const schema::Record& record = row->record();
-    position->keys.assign(row->keys(), row->keys() + record.keys);
-    for (std::size_t i = 0; i < record.keys; ++i) {
-        record.values[i]->type->to_confd(row->value(static_cast<uint16_t>(i)), &cursor->keys[i]);
-    }
-    cursor->n = record.keys;
     return CONFD_OK;
 }
 
@@ -101,7 +117,7 @@ int cursor_call(Function function, maapi_cursor* cursor, Work&& work)
 {
     Position* const position = position_of(*cursor);
     if (position == nullptr) {
-        return fail_call(function, CONFD_ERR_PROTOUSAGE, {}, "the cursor is not initialised");
+        return fail_call(name_of(function), CONFD_ERR_PROTOUSAGE, {}, "the cursor is not initialised");
     }
     return run_call(function, {cursor->sock, cursor->thandle}, position->path,
                     [&](Call& call) { return work(call, position); });
@@ -122,6 +138,7 @@ int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc, const char
         position->device = &call.device();
         position->list = path;
         position->path = call.path();
+        position->keys.reserve(path.node->entry->keys);
         mc->position = position.release();
         ++call.device().cursors;
         return CONFD_OK;

@@ -1,9 +1,28 @@
 // MAAPI writes of entries and leaves.
-#include "capi/call.h"
+#include "capi/write.h"
 #include "confd_maapi.h"
 
 using namespace bgp_platform;
 using namespace bgp_platform::capi;
+
+int bgp_platform::capi::read_entries(Call& call, const schema::Node& leaf_list, const confd_value_t& given,
+                                     store::List* entries)
+{
+    if (given.type != C_LIST) {
+        return call.fail(CONFD_ERR_BADTYPE, leaf_list.name + " is a leaf-list");
+    }
+    for (unsigned int i = 0; i < given.val.list.size; ++i) {
+        store::RowRef entry(*leaf_list.entry);
+        schema::Value& value = entry.edit().value(0);
+        if (!schema::from_confd(leaf_list, given.val.list.ptr[i], &value)) {
+            return call.fail(CONFD_ERR_BADTYPE, leaf_list.name + " has entries of " + leaf_list.type->name);
+        }
+        if (!entries->insert(std::move(entry))) {
+            return call.fail(CONFD_ERR_ALREADY_EXISTS, leaf_list.name + " is given a value twice");
+        }
+    }
+    return CONFD_OK;
+}
 
 namespace {
 
@@ -17,14 +36,29 @@ bool is_leaf(const store::Path& path)
     return path.node != nullptr && path.node->kind == schema::NodeKind::Leaf;
 }
 
+bool is_leaf_list(const store::Path& path)
+{
+    return path.node != nullptr && path.node->kind == schema::NodeKind::LeafList && !path.names_entry();
+}
+
+int set_leaf_list(Call& call, const store::Path& path, const confd_value_t& given)
+{
+    store::NodeValue entries{path.node, {}};
+    const int result = read_entries(call, *path.node, given, &entries.entries);
+    return result == CONFD_OK ? call.fail(call.transaction().set_all(path, {std::move(entries)})) : result;
+}
+
 int set_elem(Call& call, const store::Path& path, const confd_value_t& given)
 {
     call.argument(path.node, given);
+    if (is_leaf_list(path)) {
+        return set_leaf_list(call, path, given);
+    }
     if (!is_leaf(path)) {
         return call.fail(CONFD_ERR_BADPATH, "not a leaf");
     }
     schema::Value value;
-    if (!path.node->type->from_confd(given, &value)) {
+    if (!schema::from_confd(*path.node, given, &value)) {
         return call.fail(CONFD_ERR_BADTYPE, "the leaf is a " + path.node->type->name);
     }
     return set_leaf(call, path, std::move(value));
@@ -37,6 +71,9 @@ int set_text(Call& call, const store::Path& path, const char* text)
     call.argument(path.node, as_text);
     if (!is_leaf(path)) {
         return call.fail(CONFD_ERR_BADPATH, "not a leaf");
+    }
+    if (text == nullptr) {
+        return call.fail(CONFD_ERR_BADTYPE, "no text");
     }
     schema::Value value;
     std::string why;

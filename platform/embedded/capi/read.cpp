@@ -14,18 +14,33 @@ bool is_value(const store::Path& path)
            (path.node->kind == schema::NodeKind::Leaf || path.node->kind == schema::NodeKind::LeafList);
 }
 
-void set_list(const schema::Node& node, const store::List& list, confd_value_t* value)
-{
-    confd_value_t* const entries = values::own_array(list.size());
-    fill_leaf_list(node, list, entries);
-    CONFD_SET_LIST(value, entries, list.size());
-}
-
 }  // namespace
 
-void fill_leaf_list(const schema::Node& node, const store::List& list, confd_value_t* values)
+FilledValues::~FilledValues()
 {
-    list.for_each([&node, &values](const store::Row& row) { node.type->to_confd(row.value(0), values++); });
+    for (confd_value_t* const value : values_) {
+        confd_free_value(value);
+        CONFD_SET_NOEXISTS(value);
+    }
+}
+
+confd_value_t& FilledValues::add(confd_value_t* value)
+{
+    values_.push_back(value);
+    CONFD_SET_NOEXISTS(value);
+    return *value;
+}
+
+void read_leaf_list(const schema::Node& node, const store::List& list, confd_value_t* value)
+{
+    confd_value_t made;
+    FilledValues filled;
+    filled.add(&made);
+    confd_value_t* entry = values::own_array(list.size());
+    CONFD_SET_LIST(&made, entry, list.size());
+    list.for_each([&](const store::Row& row) { schema::to_confd(node, row.value(0), entry++); });
+    filled.keep();
+    *value = made;
 }
 
 int read_value(Call& call, const store::Path& path, confd_value_t* value)
@@ -38,14 +53,14 @@ int read_value(Call& call, const store::Path& path, confd_value_t* value)
         if (stored.absent()) {
             return call.fail(CONFD_ERR_NOEXISTS);
         }
-        path.node->type->to_confd(stored, value);
+        schema::to_confd(*path.node, stored, value);
         return CONFD_OK;
     }
     const store::List* const list = call.view().find_list(path);
     if (list == nullptr || list->empty()) {
         return call.fail(CONFD_ERR_NOEXISTS);
     }
-    set_list(*path.node, *list, value);
+    read_leaf_list(*path.node, *list, value);
     return CONFD_OK;
 }
 
@@ -89,9 +104,9 @@ void read_slot(const store::Row& row, const schema::Node& node, confd_value_t* v
     }
     if (node.kind == schema::NodeKind::Leaf) {
         const schema::Value& stored = row.value(node.slot);
-        node.type->to_confd(stored.absent() ? node.default_value : stored, value);
+        schema::to_confd(node, stored.absent() ? node.default_value : stored, value);
     } else if (node.kind == schema::NodeKind::LeafList && !row.list(node.slot).empty()) {
-        set_list(node, row.list(node.slot), value);
+        read_leaf_list(node, row.list(node.slot), value);
     }
 }
 

@@ -28,8 +28,24 @@ auto typed_read(Number* result, Member member)
 int read_exists(Call& call, const store::Path& path);  // 1, 0
 int read_count(Call& call, const store::Path& path);   // entries of a list or leaf-list
 
-// The values of a leaf-list, in order, into an array of its size.
-void fill_leaf_list(const schema::Node& node, const store::List& list, confd_value_t* values);
+// The values that a batch read has filled so far. A batch that fails gives them back: of it the program has nothing to
+// release.
+class FilledValues {
+public:
+    FilledValues() = default;
+    ~FilledValues();
+    FilledValues(const FilledValues&) = delete;
+    FilledValues& operator=(const FilledValues&) = delete;
+
+    confd_value_t& add(confd_value_t* value);  // about to be filled; C_NOEXISTS until then
+    void keep() noexcept { values_.clear(); }  // the batch succeeded
+
+private:
+    std::vector<confd_value_t*> values_;
+};
+
+// The values of a leaf-list, in order, as a C_LIST.
+void read_leaf_list(const schema::Node& node, const store::List& list, confd_value_t* value);
 
 // Whether a node's place in a row is there: no presence container around the node is missing.
 bool place_is_there(const store::Row& row, const schema::Node& node);

@@ -1,6 +1,9 @@
 // Arrays of tagged values: walking them against the schema.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "capi/call.h"
 
 namespace bgp_platform::capi {
@@ -25,14 +28,30 @@ public:
     // The node that the element at hand names among the children of `parent`; null when there is none.
     const schema::Node* node_below(const schema::Node& parent) const noexcept
     {
-        const schema::Node* const node = parent.child(at_->tag.tag);
-        return node != nullptr && (at_->tag.ns == 0 || at_->tag.ns == node->module->hash) ? node : nullptr;
+        return parent.child(at_->tag.tag, at_->tag.ns);
     }
 
 private:
     Value* at_;
     Value* end_;
 };
+
+// Takes the keys of an entry of the list, which stand at hand in the schema's order.
+template <typename Value>
+PathError take_keys(const schema::Node& list, TagCursor<Value>* at, std::vector<schema::Value>* keys)
+{
+    for (std::size_t i = 0; i < list.entry->keys; ++i, at->next()) {
+        const schema::Node& key = *list.entry->values[i];
+        if (at->at_end() || at->node_below(list) != &key) {
+            return {CONFD_ERR_BADTYPE, "the key " + key.name + " of " + list.name + " is missing"};
+        }
+        keys->emplace_back();
+        if (!schema::from_confd(key, (*at)->v, &keys->back())) {
+            return {CONFD_ERR_BADTYPE, key.name + " is a " + key.type->name};
+        }
+    }
+    return {};
+}
 
 // "tag 123 (bgpRmEntIndex)", for messages.
 std::string tag_text(const schema::Schema& schema, const xml_tag& tag);

@@ -23,6 +23,9 @@ public:
         if (result == CONFD_OK && !at_.at_end()) {
             return call_.fail(CONFD_ERR_PROTOUSAGE, "an end without its begin: " + tag());
         }
+        if (result == CONFD_OK) {
+            filled_.keep();
+        }
         return result;
     }
 
@@ -53,32 +56,50 @@ private:
                 if (!leaf) {
                     break;
                 }
-                read_slot(row, node, &at_->v);
+                read_slot(row, node, &filled_.add(&at_->v));
                 at_.next();
                 return CONFD_OK;
             case C_XMLBEGIN:
-                if (!node.is_container()) {
-                    break;
+                if (node.is_container()) {
+                    return read_container(row, node);
                 }
-                return read_container(row, node);
+                if (node.kind == schema::NodeKind::List) {
+                    return read_entry_of_keys(row, node);
+                }
+                break;
             case C_CDBBEGIN:
-                if (node.kind != schema::NodeKind::List) {
-                    break;
+                if (node.kind == schema::NodeKind::List) {
+                    return read_nth_entry(row, node);
                 }
-                return read_entry(row, node);
+                break;
             default:
                 break;
         }
         return call_.fail(CONFD_ERR_PROTOUSAGE, "a request that does not fit " + tag());
     }
 
-    int read_entry(const store::Row& row, const schema::Node& list)
+    int read_nth_entry(const store::Row& row, const schema::Node& list)
     {
         const int position = at_->v.val.cdbbegin.instance;
         const store::Row* const entry =
             position < 0 ? nullptr : row.list(list.slot).at(static_cast<std::size_t>(position));
         if (entry == nullptr) {
             return call_.fail(CONFD_ERR_NOEXISTS, list.name + "[" + std::to_string(position) + "]");
+        }
+        at_.next();
+        return read_inside(*entry, list);
+    }
+
+    int read_entry_of_keys(const store::Row& row, const schema::Node& list)
+    {
+        at_.next();
+        std::vector<schema::Value> keys;
+        if (const PathError error = take_keys(list, &at_, &keys)) {
+            return call_.fail(error.code, error.detail);
+        }
+        const store::Row* const entry = row.list(list.slot).find(keys.data(), keys.size());
+        if (entry == nullptr) {
+            return call_.fail(CONFD_ERR_NOEXISTS, list.name + key_tuple_text(list, keys));
         }
         return read_inside(*entry, list);
     }
@@ -88,12 +109,12 @@ private:
         if (node.kind == schema::NodeKind::Presence && row.value(node.slot).absent()) {
             return call_.fail(CONFD_ERR_NOEXISTS, node.name);
         }
+        at_.next();
         return read_inside(row, node);
     }
 
     int read_inside(const store::Row& row, const schema::Node& node)
     {
-        at_.next();
         const int result = read_level(row, node);
         if (result != CONFD_OK) {
             return result;
@@ -107,6 +128,7 @@ private:
 
     Call& call_;
     TagCursor<confd_tag_value_t> at_;
+    FilledValues filled_;
 };
 
 int get_values(Call& call, const store::Path& path, confd_tag_value_t* values, int n)

@@ -2,15 +2,23 @@
 //
 // An entry is written as one thing: its leaves are checked first, and only when all of them fit is the entry created
 // (when it is not there) and are they set. Entries are written in the order of the array; those before a failing one
-// stay.
+// stay. An array whose begins and ends do not match writes nothing.
 #include <utility>
 
 #include "capi/tagged.h"
+#include "capi/write.h"
 #include "confd_maapi.h"
 
 namespace bgp_platform::capi {
 
 namespace {
+
+// One container or entry that is being written: what its leaves get, and whether it has been written yet.
+struct Pending {
+    const store::Path& path;
+    std::vector<store::NodeValue> values;
+    bool written = false;
+};
 
 class TaggedWriter {
 public:
@@ -18,131 +26,195 @@ public:
 
     int write(const store::Path& path)
     {
-        const bool whole_list = path.node->kind == schema::NodeKind::List && !path.names_entry();
-        const int result = whole_list ? write_entry(path) : write_row(path);
-        if (result == CONFD_OK && !at_.at_end()) {
-            return call_.fail(CONFD_ERR_PROTOUSAGE, "an end without its begin: " + tag());
+        const int nested = check_nesting();
+        if (nested != CONFD_OK) {
+            return nested;
         }
-        return result;
+        const bool whole_list = path.node->kind == schema::NodeKind::List && !path.names_entry();
+        return whole_list ? write_entry(path) : write_row(path);
     }
 
 private:
-    std::string tag() const { return tag_text(*call_.device().schema, at_->tag); }
+    const schema::Schema& schema() const { return *call_.device().schema; }
+    std::string tag() const { return tag_text(schema(), at_->tag); }
+
+    // Every begin must have its end: a malformed array writes nothing.
+    int check_nesting()
+    {
+        std::vector<xml_tag> open;
+        for (auto at = at_; !at.at_end(); at.next()) {
+            if (at->v.type == C_XMLBEGIN || at->v.type == C_XMLBEGINDEL) {
+                open.push_back(at->tag);
+            } else if (at->v.type == C_XMLEND && open.empty()) {
+                return call_.fail(CONFD_ERR_PROTOUSAGE, "an end without its begin: " + tag_text(schema(), at->tag));
+            } else if (at->v.type == C_XMLEND) {
+                if (at->tag.tag != open.back().tag) {
+                    break;
+                }
+                open.pop_back();
+            }
+        }
+        return open.empty() ? CONFD_OK
+                            : call_.fail(CONFD_ERR_PROTOUSAGE, tag_text(schema(), open.back()) + " is not closed");
+    }
 
     // An entry of the list at `path`: its keys, then its content.
     int write_entry(store::Path path)
     {
-        const schema::Node& list = *path.node;
-        store::Selector selector{&list, {}};
-        for (std::size_t i = 0; i < list.entry->keys; ++i, at_.next()) {
-            const schema::Node& key = *list.entry->values[i];
-            const schema::Node* const given = at_.at_end() ? nullptr : at_.node_below(list);
-            if (given == nullptr || given != &key) {
-                return call_.fail(CONFD_ERR_BADTYPE, "the key " + key.name + " of " + list.name + " is missing");
-            }
-            selector.keys.emplace_back();
-            if (!key.type->from_confd(at_->v, &selector.keys.back())) {
-                return bad_type(key);
-            }
+        const int result = add_keys(&path);
+        return result == CONFD_OK ? write_row(path) : result;
+    }
+
+    // Makes the path of a list that of the entry whose keys are at hand.
+    int add_keys(store::Path* path)
+    {
+        store::Selector selector{path->node, {}};
+        if (const PathError error = take_keys(*path->node, &at_, &selector.keys)) {
+            return call_.fail(error.code, error.detail);
         }
-        path.entries.push_back(std::move(selector));
-        return write_row(path);
+        path->entries.push_back(std::move(selector));
+        return CONFD_OK;
     }
 
     // The content of the container or entry at `path`.
     int write_row(const store::Path& path)
     {
-        std::vector<store::NodeValue> writes;
-        bool written = false;
-        const int result = write_level(path, *path.node, &writes, &written);
-        return result == CONFD_OK && !written ? flush(path, &writes) : result;
+        Pending row{path, {}};
+        const int result = write_inside(*path.node, &row);
+        const bool complete = row.written && row.values.empty();
+        return result == CONFD_OK && !complete ? flush(&row) : result;
     }
 
     // Elements up to the end of the array or an end tag, which is left for the caller. Leaves are gathered; an entry
     // below needs the row around it, so that is written first.
-    int write_level(const store::Path& row, const schema::Node& below, std::vector<store::NodeValue>* writes,
-                    bool* written)
+    int write_inside(const schema::Node& around, Pending* row)
     {
+        if (around.kind == schema::NodeKind::Presence) {
+            row->values.push_back({&around, schema::Value::present()});
+        }
         while (!at_.at_end() && at_->v.type != C_XMLEND) {
-            const schema::Node* const node = at_.node_below(below);
+            const schema::Node* const node = at_.node_below(around);
             if (node == nullptr) {
-                return call_.fail(CONFD_ERR_BADPATH, tag() + " does not belong below " + below.name);
+                return call_.fail(CONFD_ERR_BADPATH, tag() + " does not belong below " + around.name);
             }
-            const int result = node->kind == schema::NodeKind::Leaf ? gather(*node, writes)
-                               : at_->v.type != C_XMLBEGIN
-                                   ? call_.fail(CONFD_ERR_PROTOUSAGE, "a value that does not fit " + tag())
-                               : node->is_container() ? write_container(row, *node, writes, written)
-                                                      : write_below(row, *node, writes, written);
+            const int result = write_element(*node, row);
             if (result != CONFD_OK) {
                 return result;
             }
+            at_.next();
         }
-        return *written && !writes->empty() ? flush(row, writes) : CONFD_OK;
-    }
-
-    int gather(const schema::Node& leaf, std::vector<store::NodeValue>* writes)
-    {
-        schema::Value value;
-        const bool deletes = at_->v.type == C_NOEXISTS && !leaf.key;
-        if (!deletes && !leaf.type->from_confd(at_->v, &value)) {
-            return bad_type(leaf);
-        }
-        writes->push_back({&leaf, std::move(value)});
-        at_.next();
         return CONFD_OK;
     }
 
-    int write_container(const store::Path& row, const schema::Node& node, std::vector<store::NodeValue>* writes,
-                        bool* written)
+    // The element at hand; stands at its last value afterwards.
+    int write_element(const schema::Node& node, Pending* row)
     {
-        if (node.kind == schema::NodeKind::Presence) {
-            writes->push_back({&node, schema::Value::present()});
+        const confd_vtype type = at_->v.type;
+        switch (node.kind) {
+            case schema::NodeKind::Leaf:
+                return gather(node, row);
+            case schema::NodeKind::LeafList:
+                if (type == C_LIST) {
+                    return gather_entries(node, row);
+                }
+                break;
+            case schema::NodeKind::Presence:
+                if (type == C_NOEXISTS) {
+                    row->values.push_back({&node, schema::Value()});
+                    return CONFD_OK;
+                }
+                [[fallthrough]];
+            case schema::NodeKind::Container:
+                if (type == C_XMLBEGIN) {
+                    at_.next();
+                    return write_inside(node, row);
+                }
+                break;
+            case schema::NodeKind::List:
+                if (type == C_XMLBEGIN) {
+                    return write_below(node, row);
+                }
+                if (type == C_XMLBEGINDEL) {
+                    return delete_below(node, row);
+                }
+                break;
         }
-        at_.next();
-        const int result = write_level(row, node, writes, written);
-        return result == CONFD_OK ? close(node) : result;
+        return call_.fail(CONFD_ERR_PROTOUSAGE, "a value that does not fit " + tag());
     }
 
-    int write_below(const store::Path& row, const schema::Node& list, std::vector<store::NodeValue>* writes,
-                    bool* written)
+    int gather(const schema::Node& leaf, Pending* row)
     {
-        int result = flush(row, writes);
-        *written = true;
+        schema::Value value;
+        const bool deletes = at_->v.type == C_NOEXISTS && !leaf.key;
+        if (!deletes && !schema::from_confd(leaf, at_->v, &value)) {
+            return call_.fail(CONFD_ERR_BADTYPE, leaf.name + " is a " + leaf.type->name);
+        }
+        if (leaf.key) {
+            return value == row->path.entries.back().keys[leaf.slot] ? CONFD_OK : call_.fail(CONFD_ERR_NOT_WRITABLE);
+        }
+        row->values.push_back({&leaf, std::move(value)});
+        return CONFD_OK;
+    }
+
+    int gather_entries(const schema::Node& leaf_list, Pending* row)
+    {
+        store::NodeValue given{&leaf_list, {}};
+        const int result = read_entries(call_, leaf_list, at_->v, &given.entries);
+        if (result == CONFD_OK) {
+            row->values.push_back(std::move(given));
+        }
+        return result;
+    }
+
+    int write_below(const schema::Node& list, Pending* row)
+    {
+        const int result = flush(row);
         if (result != CONFD_OK) {
             return result;
         }
         at_.next();
-        store::Path entry = row;
-        entry.node = &list;
-        result = write_entry(std::move(entry));
-        return result == CONFD_OK ? close(list) : result;
+        return write_entry(path_below(list, *row));
     }
 
-    int close(const schema::Node& node)
+    int delete_below(const schema::Node& list, Pending* row)
     {
-        if (!at_.closes(node)) {
-            return call_.fail(CONFD_ERR_PROTOUSAGE, node.name + " is not closed");
+        int result = row->values.empty() ? CONFD_OK : flush(row);
+        store::Path entry = path_below(list, *row);
+        if (result == CONFD_OK) {
+            at_.next();
+            result = add_keys(&entry);
         }
-        at_.next();
-        return CONFD_OK;
+        if (result != CONFD_OK) {
+            return result;
+        }
+        if (at_->v.type != C_XMLEND) {
+            return call_.fail(CONFD_ERR_PROTOUSAGE, "more than the keys of what is deleted: " + tag());
+        }
+        row->written = true;
+        const store::Result removed = call_.transaction().remove(entry);
+        return removed == store::Result::NotFound ? call_.fail(CONFD_ERR_NOEXISTS, keypath_text(entry))
+                                                  : call_.fail(removed);
     }
 
-    // Creates the entry where it is not there, and sets the gathered leaves.
-    int flush(const store::Path& path, std::vector<store::NodeValue>* writes)
+    static store::Path path_below(const schema::Node& list, const Pending& row)
     {
+        store::Path path = row.path;
+        path.node = &list;
+        return path;
+    }
+
+    // Creates the entry where it is not there, and gives it what was gathered.
+    int flush(Pending* row)
+    {
+        row->written = true;
         store::Configuration& transaction = call_.transaction();
-        if (path.names_entry() && transaction.find_row(path) == nullptr) {
-            const store::Result created = transaction.create(path);
+        if (row->path.names_entry() && transaction.find_row(row->path) == nullptr) {
+            const store::Result created = transaction.create(row->path);
             if (created != store::Result::Ok) {
                 return call_.fail(created);
             }
         }
-        return call_.fail(transaction.set_all(path, std::exchange(*writes, {})));
-    }
-
-    int bad_type(const schema::Node& leaf)
-    {
-        return call_.fail(CONFD_ERR_BADTYPE, leaf.name + " is a " + leaf.type->name);
+        return call_.fail(transaction.set_all(row->path, std::exchange(row->values, {})));
     }
 
     Call& call_;

@@ -1,8 +1,15 @@
 // Values, keypaths and tags as text.
 #include <arpa/inet.h>
 
-#include <string>
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <string_view>
 
+#include "capi/errors.h"
 #include "keypath/keypath.h"
 #include "registry.h"
 #include "schema/name_hash.h"
@@ -11,123 +18,226 @@ using namespace bgp_platform;
 
 namespace {
 
-std::string hex_digits(const confd_buf_t& octets)
-{
-    static constexpr char kDigits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * octets.size);
-    for (unsigned int i = 0; i < octets.size; ++i) {
-        text += kDigits[octets.ptr[i] >> 4];
-        text += kDigits[octets.ptr[i] & 0xF];
+// A text cut to its buffer as snprintf cuts it; needs no memory.
+class Printer {
+public:
+    Printer(char* buffer, int size) : buffer_(buffer), room_(size > 0 ? static_cast<std::size_t>(size) : 0) { end(); }
+
+    Printer& operator<<(std::string_view text)
+    {
+        if (length_ < room_) {
+            text.copy(buffer_ + length_, room_ - 1 - length_);
+        }
+        length_ += text.size();
+        end();
+        return *this;
     }
-    return text;
+    template <typename Number>
+    Printer& digits(Number number, int base = 10)
+    {
+        char text[24];
+        const char* const behind = std::to_chars(text, text + sizeof text, number, base).ptr;
+        return *this << std::string_view(text, static_cast<std::size_t>(behind - text));
+    }
+
+    // The length of the whole.
+    int length() const { return static_cast<int>(std::min<std::size_t>(length_, INT_MAX)); }
+
+private:
+    void end()
+    {
+        if (room_ > 0) {
+            buffer_[std::min(length_, room_ - 1)] = '\0';
+        }
+    }
+
+    char* buffer_;
+    std::size_t room_;
+    std::size_t length_ = 0;
+};
+
+const char* name_of(uint32_t tag)
+{
+    const DeviceState* const device = Registry::instance().current();
+    return device == nullptr ? nullptr : device->schema->name_of(tag);
 }
 
-std::string address_text(int family, const void* address)
+void print_octet(unsigned char octet, Printer* out)
+{
+    static constexpr char kDigits[] = "0123456789abcdef";
+    const char pair[] = {kDigits[octet >> 4], kDigits[octet & 0xF]};
+    *out << std::string_view(pair, sizeof pair);
+}
+
+void print_hex(const confd_buf_t& octets, Printer* out)
+{
+    for (unsigned int i = 0; i < octets.size; ++i) {
+        print_octet(octets.ptr[i], out);
+    }
+}
+
+// The octet of the lowest bits stands first in memory, and last in the number.
+void print_bits(const confd_buf_t& octets, Printer* out)
+{
+    *out << "bits<";
+    for (unsigned int i = octets.size; i > 0; --i) {
+        print_octet(octets.ptr[i - 1], out);
+    }
+    *out << ">";
+}
+
+void print_double(double number, Printer* out)
+{
+    char text[std::numeric_limits<double>::max_exponent10 + 16];
+    *out << std::string_view(text, static_cast<std::size_t>(std::snprintf(text, sizeof text, "%f", number)));
+}
+
+Printer& print_address(int family, const void* address, Printer* out)
 {
     char text[INET6_ADDRSTRLEN] = "";
     inet_ntop(family, address, text, sizeof text);
-    return text;
+    return *out << text;
 }
 
-std::string text_of(const confd_value_t& value);
-
-std::string list_text(const confd_list& list)
+void print_tag(const xml_tag& tag, Printer* out)
 {
-    std::string text = "[";
-    for (unsigned int i = 0; i < list.size; ++i) {
-        text += i == 0 ? "" : " ";
-        text += text_of(list.ptr[i]);
+    if (const char* const name = name_of(tag.tag)) {
+        *out << name;
+    } else {
+        (*out << "tag<").digits(tag.tag) << ">";
     }
-    return text + "]";
 }
 
-std::string text_of(const confd_value_t& value)
+void print_value(const confd_value_t& value, Printer* out);
+
+void print_list(const confd_list& list, Printer* out)
+{
+    *out << "[";
+    for (unsigned int i = 0; i < list.size; ++i) {
+        *out << (i == 0 ? "" : " ");
+        print_value(list.ptr[i], out);
+    }
+    *out << "]";
+}
+
+void print_value(const confd_value_t& value, Printer* out)
 {
     switch (value.type) {
         case C_STR:
-            return value.val.s;
+            *out << (value.val.s == nullptr ? "" : value.val.s);
+            break;
         case C_BUF:
-            return {reinterpret_cast<const char*>(value.val.buf.ptr), value.val.buf.size};
+            *out << std::string_view(reinterpret_cast<const char*>(value.val.buf.ptr), value.val.buf.size);
+            break;
         case C_BINARY:
         case C_HEXSTR:
-            return hex_digits(value.val.buf);
+            print_hex(value.val.buf, out);
+            break;
         case C_INT8:
-            return std::to_string(value.val.i8);
+            out->digits(value.val.i8);
+            break;
         case C_INT16:
-            return std::to_string(value.val.i16);
+            out->digits(value.val.i16);
+            break;
         case C_INT32:
-            return std::to_string(value.val.i32);
+            out->digits(value.val.i32);
+            break;
         case C_INT64:
-            return std::to_string(value.val.i64);
+            out->digits(value.val.i64);
+            break;
         case C_UINT8:
-            return std::to_string(value.val.u8);
+            out->digits(value.val.u8);
+            break;
         case C_UINT16:
-            return std::to_string(value.val.u16);
+            out->digits(value.val.u16);
+            break;
         case C_UINT32:
-            return std::to_string(value.val.u32);
+            out->digits(value.val.u32);
+            break;
         case C_UINT64:
-            return std::to_string(value.val.u64);
+            out->digits(value.val.u64);
+            break;
         case C_DOUBLE:
-            return std::to_string(value.val.d);
+            print_double(value.val.d, out);
+            break;
         case C_BOOL:
-            return value.val.boolean != 0 ? "true" : "false";
+            *out << (value.val.boolean != 0 ? "true" : "false");
+            break;
         case C_ENUM_VALUE:
-            return "enum<" + std::to_string(value.val.enumvalue) + ">";
+            (*out << "enum<").digits(value.val.enumvalue) << ">";
+            break;
+        case C_BIT32:
+            (*out << "bits<").digits(value.val.b32, 16) << ">";
+            break;
+        case C_BIT64:
+            (*out << "bits<").digits(value.val.b64, 16) << ">";
+            break;
+        case C_BITBIG:
+            print_bits(value.val.buf, out);
+            break;
         case C_IPV4:
-            return address_text(AF_INET, &value.val.ip);
+            print_address(AF_INET, &value.val.ip, out);
+            break;
         case C_IPV6:
-            return address_text(AF_INET6, &value.val.ip6);
+            print_address(AF_INET6, &value.val.ip6, out);
+            break;
         case C_IPV4PREFIX:
-            return address_text(AF_INET, &value.val.ipv4prefix.ip) + "/" + std::to_string(value.val.ipv4prefix.len);
+            (print_address(AF_INET, &value.val.ipv4prefix.ip, out) << "/").digits(value.val.ipv4prefix.len);
+            break;
         case C_IPV6PREFIX:
-            return address_text(AF_INET6, &value.val.ipv6prefix.ip6) + "/" + std::to_string(value.val.ipv6prefix.len);
+            (print_address(AF_INET6, &value.val.ipv6prefix.ip6, out) << "/").digits(value.val.ipv6prefix.len);
+            break;
         case C_LIST:
-            return list_text(value.val.list);
+            print_list(value.val.list, out);
+            break;
         case C_XMLTAG:
         case C_XMLBEGIN:
+        case C_XMLBEGINDEL:
         case C_XMLEND:
-            return "<" + std::to_string(value.val.xmltag.tag) + ">";
+            print_tag(value.val.xmltag, out);
+            break;
         case C_NOEXISTS:
-            return "no value";
+            *out << "no value";
+            break;
         default:
-            return "value of type " + std::to_string(static_cast<int>(value.type));
+            (*out << "value of type ").digits(static_cast<int>(value.type));
+            break;
     }
-}
-
-// Cut to the buffer as snprintf does; the length of the whole.
-int print(char* buffer, int size, const std::string& text)
-{
-    if (size > 0) {
-        buffer[text.copy(buffer, static_cast<std::size_t>(size) - 1)] = '\0';
-    }
-    return static_cast<int>(text.size());
 }
 
 }  // namespace
 
 int confd_pp_value(char* buf, int bufsiz, const confd_value_t* v)
 {
-    return print(buf, bufsiz, text_of(*v));
+    Printer out(buf, bufsiz);
+    print_value(*v, &out);
+    return out.length();
 }
 
 int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...)
 {
-    DeviceState* const device = Registry::instance().current();
+    Printer out(buf, bufsiz);
     va_list arguments;
     va_start(arguments, fmt);
-    const std::string text = capi::format_template(fmt, arguments, device == nullptr ? nullptr : &device->keypaths);
+    const auto format = [&] {
+        DeviceState* const device = Registry::instance().current();
+        out << capi::format_template(fmt, arguments, device == nullptr ? nullptr : &device->keypaths);
+        return out.length();
+    };
+    const int length = capi::unless_memory_ends(
+        format, [] { return capi::fail_call("confd_format_keypath", CONFD_ERR_MALLOC, {}, {}); });
     va_end(arguments);
-    return print(buf, bufsiz, text);
+    return length;
 }
 
 uint32_t confd_str2hash(const char* str)
 {
-    return schema::name_hash(str);
+    const uint32_t hash = schema::name_hash(str);
+    const char* const known = name_of(hash);
+    return known != nullptr && std::strcmp(known, str) == 0 ? hash : 0;
 }
 
 char* confd_hash2str(uint32_t hash)
 {
-    const DeviceState* const device = Registry::instance().current();
-    return device == nullptr ? nullptr : const_cast<char*>(device->schema->name_of(hash));
+    return const_cast<char*>(name_of(hash));
 }

@@ -1,6 +1,5 @@
 // Values of the program: copied and released.
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
 #include "values/owned_values.h"
@@ -48,18 +47,6 @@ void release(confd_value_t* value, void (*release_entry)(confd_value_t*))
     }
 }
 
-void* tracked_copy(const void* bytes, std::size_t size)
-{
-    auto* const copy = static_cast<unsigned char*>(std::malloc(size + 1));
-    if (copy == nullptr) {
-        throw std::bad_alloc();
-    }
-    std::memcpy(copy, bytes, size);
-    copy[size] = 0;
-    values::track(copy);
-    return copy;
-}
-
 // At every moment *to owns all that it points to, so that it can be released when memory runs out. It may be the
 // original itself.
 void copy_content(const confd_value_t from, confd_value_t* to)
@@ -67,11 +54,11 @@ void copy_content(const confd_value_t from, confd_value_t* to)
     CONFD_SET_NOEXISTS(to);
     if (has_octets(from)) {
         const confd_buf_t& octets = from.val.buf;
-        void* const copy = tracked_copy(octets.ptr == nullptr ? static_cast<const void*>("") : octets.ptr, octets.size);
+        void* const copy = values::own_bytes({reinterpret_cast<const char*>(octets.ptr), octets.size});
         CONFD_SET_BUF(to, copy, octets.size);
         to->type = from.type;
     } else if (from.type == C_STR) {
-        void* const copy = tracked_copy(from.val.s, std::strlen(from.val.s));
+        void* const copy = values::own_bytes(from.val.s);
         CONFD_SET_STR(to, copy);
     } else if (from.type == C_LIST) {
         confd_value_t* const entries = values::own_array(from.val.list.size);

@@ -92,11 +92,21 @@ private:
             return fail(CONFD_ERR_BADPATH, "no key for the list " + parent->name);
         }
         if (child == nullptr) {
-            return fail(CONFD_ERR_BADPATH, "there is no " + std::string(name) + " below " +
-                                               (parent == nullptr ? std::string("the root") : parent->path()));
+            return fail(CONFD_ERR_BADPATH, no_child(name));
         }
         path_.node = child;
         return true;
+    }
+
+    std::string no_child(std::string_view name) const
+    {
+        const schema::Node* const parent = path_.node;
+        const auto& children = parent == nullptr ? schema_.top_nodes() : parent->children;
+        const bool several = std::any_of(children.begin(), children.end(), [name](const schema::Node* node) {
+            return node->has_namesake && node->name == name;
+        });
+        const std::string below = parent == nullptr ? "the root" : parent->path();
+        return (several ? "more than one module has a " : "there is no ") + std::string(name) + " below " + below;
     }
 
     // Opens a selector of the list at hand.
@@ -343,8 +353,7 @@ const schema::Node* find_child(const schema::Schema& schema, std::string_view pr
         return nullptr;
     }
     if (parent != nullptr) {
-        const schema::Node* const found = parent->child(name);
-        return found != nullptr && (module == nullptr || found->module == module) ? found : nullptr;
+        return parent->child(name, module);
     }
     const schema::Node* const own =
         module == nullptr && name_space != nullptr ? schema.top_node(name, name_space) : nullptr;
@@ -403,7 +412,9 @@ PathError KeypathCache::resolve(const char* format, va_list arguments, const sch
     Arguments taken;
     va_copy(taken.list, arguments);
     Resolver resolver(schema_, this, name_space, path);
-    resolver.walk(plan_of(format), &taken);
+    if (resolver.walk(plan_of(format), &taken) && path->node == nullptr) {
+        resolver.error = {CONFD_ERR_BADPATH, "an empty path"};
+    }
     va_end(taken.list);
     return std::move(resolver.error);
 }

@@ -116,14 +116,25 @@ bool parse_value(const Node& leaf, std::string_view text, Value* value, std::str
     return leaf.type->parse(text, value);
 }
 
-const Node* Node::child(std::string_view child_name) const noexcept
+const Node* Node::child(std::string_view child_name, const Module* in) const noexcept
 {
-    return first_node(children, [=](const Node* node) { return node->name == child_name; });
+    const Node* const found = first_node(
+        children, [=](const Node* node) { return node->name == child_name && (in == nullptr || node->module == in); });
+    return found != nullptr && found->has_namesake && in == nullptr ? nullptr : found;
 }
 
-const Node* Node::child(uint32_t child_tag) const noexcept
+const Node* Node::child(uint32_t child_tag, uint32_t name_space) const noexcept
 {
-    return first_node(children, [=](const Node* node) { return node->tag == child_tag; });
+    const uint32_t wanted = name_space == 0 ? module->hash : name_space;
+    const Node* const found = first_node(children, [=](const Node* node) { return node->tag == child_tag; });
+    if (found == nullptr || found->module->hash == wanted) {
+        return found;
+    }
+    if (!found->has_namesake) {
+        return name_space == 0 ? found : nullptr;
+    }
+    return first_node(children,
+                      [=](const Node* node) { return node->tag == child_tag && node->module->hash == wanted; });
 }
 
 std::string Node::path() const

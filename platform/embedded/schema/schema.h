@@ -30,12 +30,10 @@ enum class NodeKind : uint8_t { Container, Presence, List, Leaf, LeafList };
 struct Node;
 
 struct Record {
-    const Node* owner = nullptr;        // the list or leaf-list; null for the root
-    uint16_t keys = 0;                  // the first `keys` value slots are the key, in key order
-    std::vector<const Node*> values;    // leaves and presence containers by slot
-    std::vector<const Node*> lists;     // lists and leaf-lists by slot
-    std::vector<const Node*> sequence;  // what a batch read of an entry hands out, in order: leaves, lists, leaf-lists,
-                                        // and each container followed by its nodes
+    const Node* owner = nullptr;      // the list or leaf-list; null for the root
+    uint16_t keys = 0;                // the first `keys` value slots are the key, in key order
+    std::vector<const Node*> values;  // leaves and presence containers by slot
+    std::vector<const Node*> lists;   // lists and leaf-lists by slot
 };
 
 struct Node {
@@ -43,21 +41,28 @@ struct Node {
     const Module* module = nullptr;
     uint32_t tag = 0;  // hash of the name
     NodeKind kind = NodeKind::Container;
-    const Node* parent = nullptr;        // null for a top node
-    std::vector<const Node*> children;   // in schema order; empty for leaf and leaf-list
-    const Type* type = nullptr;          // leaf, leaf-list
-    Value default_value;                 // leaf; absent when it has none
-    const Record* record = nullptr;      // the record whose slot this is (containers: the record around them)
-    uint16_t slot = 0;                   // leaf, presence: in Record::values; list, leaf-list: in Record::lists
-    const Record* entry = nullptr;       // list, leaf-list: the shape of its entries
-    bool key = false;                    // a key leaf of the list around it
-    bool state = false;                  // config false
-    bool secret = false;                 // is_secret() of its name
+    const Node* parent = nullptr;       // null for a top node
+    std::vector<const Node*> children;  // in schema order; empty for leaf and leaf-list
+    const Type* type = nullptr;         // leaf, leaf-list
+    Value default_value;                // leaf; absent when it has none
+    const Record* record = nullptr;     // the record whose slot this is (containers: the record around them)
+    uint16_t slot = 0;                  // leaf, presence: in Record::values; list, leaf-list: in Record::lists
+    const Record* entry = nullptr;      // list, leaf-list: the shape of its entries
+    bool key = false;                   // a key leaf of the list around it
+    bool state = false;                 // config false
+    bool secret = false;                // is_secret() of its name
+    bool has_namesake = false;          // another module has a node of the same name beside it
 
     bool is_list() const noexcept { return kind == NodeKind::List || kind == NodeKind::LeafList; }
     bool is_container() const noexcept { return kind == NodeKind::Container || kind == NodeKind::Presence; }
-    const Node* child(std::string_view child_name) const noexcept;  // null when there is none
-    const Node* child(uint32_t child_tag) const noexcept;
+
+    // The child of that name in that module; null when there is none. Without a module there must be just one.
+    const Node* child(std::string_view child_name, const Module* in = nullptr) const noexcept;
+
+    // The child of that tag in the namespace of that hash. Namespace 0 is this node's own, where no child of it has the
+    // tag any other, if just one has.
+    const Node* child(uint32_t child_tag, uint32_t name_space = 0) const noexcept;
+
     std::string path() const;  // "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", without keys and prefixes
 };
 
@@ -70,6 +75,11 @@ inline bool is_secret(const Node& leaf)
 
 // Type::parse() for a value of the leaf. What it says about a text that is none never shows a secret one.
 bool parse_value(const Node& leaf, std::string_view text, Value* value, std::string* why);
+
+// Type::from_confd() and to_confd() for a value of the leaf or leaf-list. A leaf of type empty is a C_XMLTAG of its own
+// name, which its type does not know.
+bool from_confd(const Node& leaf, const confd_value_t& confd, Value* value);
+void to_confd(const Node& leaf, const Value& value, confd_value_t* confd);
 
 // A YANG module as text.
 struct ModuleText {
@@ -91,7 +101,7 @@ public:
     // does not do.
     static std::shared_ptr<const Schema> from_modules(const std::vector<ModuleText>& modules);
     static std::shared_ptr<const Schema> from_folder(const std::string& folder);  // every *.yang in it
-    static std::shared_ptr<const Schema> builtin();                               // one for the process, made at first use
+    static std::shared_ptr<const Schema> builtin();  // one for the process, made at first use
 
     ~Schema();
     Schema(const Schema&) = delete;

@@ -121,6 +121,7 @@ std::shared_ptr<const Schema> SchemaReader::read(const std::vector<ModuleText>& 
         const lys_module* const loaded = ly_ctx_get_module_implemented(context, std::string(module.name).c_str());
         reader.add_children(loaded->compiled->data, nullptr, reader.root_);
     }
+    reader.mark_namesakes();
     return schema;
 }
 
@@ -175,7 +176,6 @@ Node& SchemaReader::add_node(const lysc_node& compiled, Node* parent, Record* re
     node.secret = is_secret(node.name);
     add_name(node.name);
     (parent != nullptr ? parent->children : schema_->top_).push_back(&node);
-    record->sequence.push_back(&node);
     return node;
 }
 
@@ -195,7 +195,13 @@ void SchemaReader::add_list(const lysc_node& compiled, Node* node, Record* recor
     if (ordered_by_user(compiled)) {
         refuse(compiled, "a list ordered by the user is not supported");
     }
-    add_children(lysc_node_child(&compiled), node, &add_entry_record(node, record));
+    Record& entry = add_entry_record(node, record);
+    add_children(lysc_node_child(&compiled), node, &entry);
+    if (entry.keys >= MAXKEYLEN) {  // one place is the end marker's
+        const std::string why = "a list of " + std::to_string(entry.keys) + " keys is not supported: a cursor holds " +
+                                std::to_string(MAXKEYLEN - 1);
+        refuse(compiled, why.c_str());
+    }
 }
 
 void SchemaReader::add_leaf(const lysc_node& compiled, Node* node, Record* record)
@@ -221,7 +227,6 @@ void SchemaReader::add_leaf_list(const lysc_node& compiled, Node* node, Record* 
     Record& entry = add_entry_record(node, record);
     entry.keys = 1;
     entry.values.push_back(node);
-    entry.sequence.push_back(node);
 }
 
 Record& SchemaReader::add_entry_record(Node* list, Record* around)
@@ -240,6 +245,17 @@ void SchemaReader::add_name(const std::string& name)
     if (!added && *at->second != name) {
         throw SchemaError("the names " + *at->second + " and " + name + " have the same tag " + std::to_string(hash) +
                           "; rename one of them");
+    }
+}
+
+void SchemaReader::mark_namesakes()
+{
+    std::map<std::pair<const Node*, std::string_view>, Node*> known;
+    for (Node& node : storage_.nodes) {
+        const auto [at, first] = known.emplace(std::pair(node.parent, std::string_view(node.name)), &node);
+        if (!first) {
+            at->second->has_namesake = node.has_namesake = true;
+        }
     }
 }
 

@@ -27,6 +27,7 @@ private:
     void add_leaf_list(const lysc_node& compiled, Node* node, Record* record);
     Record& add_entry_record(Node* list, Record* around);
     void add_name(const std::string& name);
+    void mark_namesakes();
     const Module* module_of(const lysc_node& compiled) const;
 
     Schema* schema_;

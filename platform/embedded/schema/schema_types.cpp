@@ -148,7 +148,7 @@ std::optional<Type> plain_type(const lysc_type& compiled)
         case LY_TYPE_EMPTY: {
             Type type;
             type.base = BaseType::Empty;
-            type.vtype = C_EMPTY;
+            type.vtype = C_XMLTAG;
             return type;
         }
         default:

@@ -43,7 +43,8 @@ public:
     // enumeration number that the type does not have. C_STR is taken where C_BUF is.
     bool from_confd(const confd_value_t& confd, Value* value) const;
 
-    // Fills *confd with a value the program will own (values/owned_values.h); for an absent value C_NOEXISTS.
+    // Fills *confd with a value the program will own (values/owned_values.h); for an absent value C_NOEXISTS, for one of
+    // type empty a C_XMLTAG without a name.
     void to_confd(const Value& value, confd_value_t* confd) const;
 
     const EnumName* find_enum(int32_t number) const noexcept;

@@ -1,5 +1,5 @@
 // Values of a leaf from and to the C API's form.
-#include "schema/type.h"
+#include "schema/schema.h"
 #include "values/owned_values.h"
 
 #include <utility>
@@ -79,7 +79,7 @@ Value base_from_confd(const Type& type, const confd_value_t& confd)
         case BaseType::Ipv4Prefix:
             return confd.type == C_IPV4PREFIX ? prefix_from_confd(confd.val.ipv4prefix) : Value();
         case BaseType::Empty:
-            return confd.type == C_EMPTY ? Value::present() : Value();
+            return confd.type == C_XMLTAG ? Value::present() : Value();
     }
     return {};
 }
@@ -139,7 +139,7 @@ void Type::to_confd(const Value& value, confd_value_t* confd) const
             CONFD_SET_NOEXISTS(confd);
             break;
         case Value::Kind::Present:
-            CONFD_SET_EMPTY(confd);
+            CONFD_SET_XMLTAG(confd, 0, 0);
             break;
         case Value::Kind::Int:
             int_to_confd(vtype, value.as_int(), confd);
@@ -172,6 +172,22 @@ void Type::to_confd(const Value& value, confd_value_t* confd) const
         case Value::Kind::LongOctets:
             values::own_octets(confd, value.bytes());
             break;
+    }
+}
+
+bool from_confd(const Node& leaf, const confd_value_t& confd, Value* value)
+{
+    const xml_tag& name = confd.val.xmltag;
+    const bool named =
+        confd.type != C_XMLTAG || (name.tag == leaf.tag && (name.ns == 0 || name.ns == leaf.module->hash));
+    return named && leaf.type->from_confd(confd, value);
+}
+
+void to_confd(const Node& leaf, const Value& value, confd_value_t* confd)
+{
+    leaf.type->to_confd(value, confd);
+    if (value.kind() == Value::Kind::Present) {
+        CONFD_SET_XMLTAG(confd, leaf.tag, leaf.module->hash);
     }
 }
 

@@ -1,7 +1,6 @@
 #include "values/owned_values.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
 #include "values/pointer_set.h"
@@ -16,38 +15,47 @@ PointerSet& live()
     return *set;
 }
 
-unsigned char* owned_copy(std::string_view bytes)
+// Into the live set; what finds no place there is freed.
+template <typename T>
+T* tracked(void* memory)
 {
-    auto* const copy = static_cast<unsigned char*>(std::malloc(bytes.size() + 1));
-    if (copy == nullptr) {
+    if (memory == nullptr) {
         throw std::bad_alloc();
     }
-    std::memcpy(copy, bytes.data(), bytes.size());
-    copy[bytes.size()] = 0;
-    track(copy);
-    return copy;
+    try {
+        track(memory);
+    } catch (const std::bad_alloc&) {
+        std::free(memory);
+        throw;
+    }
+    return static_cast<T*>(memory);
 }
 
 }  // namespace
 
+unsigned char* own_bytes(std::string_view bytes)
+{
+    auto* const copy = tracked<unsigned char>(std::malloc(bytes.size() + 1));
+    bytes.copy(reinterpret_cast<char*>(copy), bytes.size());
+    copy[bytes.size()] = 0;
+    return copy;
+}
+
 void own_text(confd_value_t* value, std::string_view text)
 {
-    CONFD_SET_BUF(value, owned_copy(text), static_cast<unsigned int>(text.size()));
+    unsigned char* const copy = own_bytes(text);
+    CONFD_SET_BUF(value, copy, text.size());
 }
 
 void own_octets(confd_value_t* value, std::string_view octets)
 {
-    CONFD_SET_BINARY(value, owned_copy(octets), static_cast<unsigned int>(octets.size()));
+    unsigned char* const copy = own_bytes(octets);
+    CONFD_SET_BINARY(value, copy, octets.size());
 }
 
 confd_value_t* own_array(std::size_t count)
 {
-    auto* const array = static_cast<confd_value_t*>(std::calloc(count == 0 ? 1 : count, sizeof(confd_value_t)));
-    if (array == nullptr) {
-        throw std::bad_alloc();
-    }
-    track(array);
-    return array;
+    return tracked<confd_value_t>(std::calloc(count == 0 ? 1 : count, sizeof(confd_value_t)));
 }
 
 void track(void* memory)

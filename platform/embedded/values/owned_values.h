@@ -12,6 +12,11 @@
 
 namespace bgp_platform::values {
 
+// What asks for memory here throws std::bad_alloc when there is none, and leaves *value alone then.
+
+// An owned copy of the bytes.
+unsigned char* own_bytes(std::string_view bytes);
+
 // Fill *value with an owned copy of the bytes: C_BUF, and C_BINARY.
 void own_text(confd_value_t* value, std::string_view text);
 void own_octets(confd_value_t* value, std::string_view octets);

@@ -128,10 +128,7 @@ const Node* ConfigLoader::look_up(const Node* parent, const char* name, const ch
     if (module == nullptr) {
         return nullptr;
     }
-    const auto& nodes = parent == nullptr ? schema_.top_nodes() : parent->children;
-    const auto at = std::find_if(nodes.begin(), nodes.end(),
-                                 [&](const Node* node) { return node->module == module && node->name == name; });
-    return at != nodes.end() ? *at : nullptr;
+    return parent == nullptr ? schema_.top_node(name, module) : parent->child(name, module);
 }
 
 void ConfigLoader::end_element()
