@@ -19,13 +19,16 @@ constexpr int kPrintedSize = 8192;  // of a value printed for the log
 
 }  // namespace
 
-// Reads an address of the entity, held as a hex list, as dotted text. `path` takes the entity's position.
-static int read_dotted_address(int32_t cdb_socket, confd_value_t* text, const char* path, int entry)
+// Reads an address of the entity, held as a hex list, as dotted text, and prints that for the log. `path` takes the
+// entity's position.
+static int read_dotted_address(int32_t cdb_socket, confd_value_t* text, char (&printed)[kPrintedSize], const char* path,
+                               int entry)
 {
     confd::Value address;
     const int result = cdb_get(cdb_socket, &address, path, entry);
     if (result == CONFD_OK) {
         HexlistTOipv4str(&address, text);
+        confd_pp_value(printed, kPrintedSize, text);
     }
     return result;
 }
@@ -37,13 +40,12 @@ static int32_t create_bgp_router_id(int32_t maapi_socket, int32_t cdb_socket, in
 
     nzmw_log_debug(log, "Will create bgp router-id ");
     confd::Value val_ipv4;
-    if (read_dotted_address(cdb_socket, &val_ipv4,
+    char printed[kPrintedSize];
+    if (read_dotted_address(cdb_socket, &val_ipv4, printed,
                             "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntLocalIdentifier", entry) != CONFD_OK) {
         nzmw_log_debug(log, "Failed to get bgpRmEntLocalIdentifier, err: %s", confd_lasterr());
         return 0;
     }
-    char printed[kPrintedSize];
-    confd_pp_value(printed, kPrintedSize, &val_ipv4);
     BGP_REQUIRE_TYPE(59, &val_ipv4, C_BUF);
     if (transaction.set_text(CONFD_GET_CBUFPTR(&val_ipv4), "/router/bgp{%u}/router-id", as) != CONFD_OK) {
         nzmw_log_debug(log, "Failed to configure router-id: %s, err: %s", printed, confd_lasterr());
@@ -125,13 +127,12 @@ static int32_t create_bgp_cluster_id(int32_t maapi_socket, int32_t cdb_socket, i
 
     nzmw_log_debug(log, "Will create bgp cluster-id");
     confd::Value val_cluster_id;
-    if (read_dotted_address(cdb_socket, &val_cluster_id,
+    char printed[kPrintedSize];
+    if (read_dotted_address(cdb_socket, &val_cluster_id, printed,
                             "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntClusterId", entry) != CONFD_OK) {
         nzmw_log_debug(log, "Failed to get bgpRmEntClusterId, err: %s", confd_lasterr());
         return 0;
     }
-    char printed[kPrintedSize];
-    confd_pp_value(printed, kPrintedSize, &val_cluster_id);
     BGP_REQUIRE_TYPE(203, &val_cluster_id, C_BUF);
     if (transaction.set_text(CONFD_GET_CBUFPTR(&val_cluster_id), "/router/bgp{%u}/bgp/cluster-id", as) != CONFD_OK) {
         nzmw_log_debug(log, "Failed to configure bgp cluster-id: %s, err: %s", printed, confd_lasterr());
