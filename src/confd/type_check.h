@@ -1,6 +1,16 @@
 // The type check: before a value read is used, its type tag must be the expected one. Another tag is a failed
 // assertion, in release builds too, which names the expression, the source path without extension, a fixed line and the
 // signature of the function in which the check stands.
+//
+// Reported positions, of checks as of faults and trace lines: a source path, a line and a function. The source path is
+// the kSource of the file, one for all files that write one class or one step. A line is of one of two kinds:
+// - Fixed, a number in the source, where readers of reports know it. It stays when the code moves, and stands once in
+//   its source path.
+// - The place's own, __LINE__, everywhere else. It tells the place in one release only; code that works for a function
+//   of another file tells the line at which it was called.
+// As several files may share a source path, it is the function that finds the file: each that reports is told under a
+// name that no other of its source path has, and gives one of its own where __func__ would be shared. Overloads have one
+// name and stand in one file.
 #pragma once
 
 #include <cstddef>

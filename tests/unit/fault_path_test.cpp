@@ -15,7 +15,7 @@
 
 static constexpr char kSource[] = "src/somewhere/a_source";
 
-extern "C" int entry_point(std::size_t count)
+static int entry_point(std::size_t count)
 try {
     return static_cast<int>(std::vector<int>(count).size());
 }
