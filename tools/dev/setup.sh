@@ -5,13 +5,15 @@ build_packages=(
     g++ cmake ninja-build pkg-config
     libyang2-dev libxml2-dev libcli11-dev libfmt-dev nlohmann-json3-dev
     libgtest-dev libgmock-dev librapidcheck-dev
-    libyang2-tools binutils
-    clang-14 libclang-rt-14-dev
 )
-coverage_packages=(gcovr)
 
-# What ./check needs besides; make for the builds against a device SDK, which take CMake's default generator.
-check_packages=(make abigail-tools clang-tidy-14 cppcheck valgrind)
+# What the tests run; make for the builds against a device SDK, which take CMake's default generator.
+test_packages=(make binutils libyang2-tools python3)
+
+# What ./check --all needs besides.
+all_packages=(clang-14 libclang-rt-14-dev clang-tidy-14 cppcheck abigail-tools valgrind)
+
+coverage_packages=(gcovr)
 
 # For bench/run only.
 bench_packages=(python3 python3-lxml xsltproc libxml2-utils libyang2-tools)
