@@ -95,7 +95,7 @@ struct CallSite {
 class CallSites {
 public:
     template <std::size_t count>
-    constexpr CallSites(const CallSite (&sites)[count])  // NOLINT(google-explicit-constructor): it is the array
+    constexpr CallSites(const CallSite (&sites)[count])
         : begin_(sites), end_(sites + count)
     {
     }

@@ -1,4 +1,4 @@
-// The arrows between the rooms of platform and command: the includes against the drawing in ARCHITECTURE.md.
+// The arrows between the rooms of platform and command, and of the contract: the includes against the drawing in ARCHITECTURE.md.
 #include <gtest/gtest.h>
 #include <regex.h>
 
@@ -20,6 +20,9 @@ const fs::path kHome = BGP_SOURCE_DIR;
 // Whose files are checked. A folder in one of these is a room; so is a file that stands beside the folders, with its
 // header.
 const std::vector<std::string> kChecked = {"platform/embedded", "tools/bgp-rehearse"};
+
+// Checked as one room.
+const std::string kContract = "contract";
 
 // Where an include is looked for after its file's own folder.
 const std::vector<std::string> kRoots = {
@@ -93,7 +96,9 @@ void add_includes(const fs::path& file, Includes* includes)
 Includes all_includes()
 {
     Includes includes;
-    for (const std::string& home : kChecked) {
+    std::vector<std::string> homes = kChecked;
+    homes.push_back(kContract);
+    for (const std::string& home : homes) {
         for (const fs::directory_entry& entry : fs::recursive_directory_iterator(kHome / home)) {
             const fs::path extension = entry.path().extension();
             if (extension == ".h" || extension == ".cpp") {
