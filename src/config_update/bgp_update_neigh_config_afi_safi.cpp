@@ -120,8 +120,10 @@ static void complete_neighbor(const confd::Transaction& transaction, const maapi
     create_disabled_entry(transaction, keys, log);
 }
 
-static void check_neigh_config_entry(const confd::Transaction& transaction, maapi_cursor& mc, nzmw_log_t* log)
+static void check_neigh_config_entry(int32_t maapi_socket, int32_t thandle, maapi_cursor& mc, nzmw_log_t* log)
 {
+    const confd::Transaction transaction{maapi_socket, thandle};
+
     nzmw_log_debug(log, "enter %s\n", __func__);
     BGP_REQUIRE_TYPE(__LINE__, &mc.keys[8], C_ENUM_VALUE);
     const bool ipv4 = CONFD_GET_ENUM_VALUE(&mc.keys[8]) == mib::kIpv4;
@@ -139,8 +141,10 @@ static void check_neigh_config_entry(const confd::Transaction& transaction, maap
 }
 
 // The walk meets the rows that it creates itself as well; they are disabled and gain no partner.
-static int32_t update_neigh_config_unused_AFs(const confd::Transaction& transaction, nzmw_log_t* log, int rows)
+static int32_t update_neigh_config_unused_AFs(int32_t maapi_socket, int32_t thandle, nzmw_log_t* log, int rows)
 {
+    const confd::Transaction transaction{maapi_socket, thandle};
+
     nzmw_log_debug(log, "enter %s\n", __func__);
     nzmw_log_debug(log, "Will process '%d' neighbor entries\n", rows);
     confd::Cursor entries = transaction.cursor("/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry");
@@ -156,7 +160,7 @@ static int32_t update_neigh_config_unused_AFs(const confd::Transaction& transact
         BGP_REQUIRE_TYPE(__LINE__, &mc.keys[8], C_ENUM_VALUE);
         const int32_t afi = CONFD_GET_ENUM_VALUE(&mc.keys[8]);
         if (afi == mib::kIpv4 || afi == mib::kIpv6) {
-            check_neigh_config_entry(transaction, mc, log);
+            check_neigh_config_entry(maapi_socket, thandle, mc, log);
         }
     }
     nzmw_log_debug(log, "exit %s\n", __func__);
@@ -176,7 +180,7 @@ try {
     if (rows == 0) {
         nzmw_log_debug(log, "No afi table entries to update\n");
     } else {
-        update_neigh_config_unused_AFs({maapi_socket, thandle}, log, rows);
+        update_neigh_config_unused_AFs(maapi_socket, thandle, log, rows);
     }
     nzmw_log_debug(log, "exit %s\n", __func__);
     return 0;

@@ -140,23 +140,24 @@ void rewrite(const Table& table, confd_tag_value_t* begin, const std::optional<u
 }  // namespace
 
 // The router entity's new index, told apart from "none needed" (0) and "the local AS cannot be read" (-1) by 1.
-static int get_rm_index(const confd::Handles& upgrade, nzmw_log_t* log, uint32_t* rm_index)
+static int get_rm_index(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, nzmw_log_t* log, uint32_t* rm_index)
 {
+    const confd::Transaction transaction{maapi_socket, thandle};
+
     confd::Value temp;
-    if (cdb_get(upgrade.cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntLocalAs", 0) !=
-        CONFD_OK) {
+    if (cdb_get(cdb_socket, &temp, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[%d]/bgpRmEntLocalAs", 0) != CONFD_OK) {
         nzmw_log_debug(log, "Failed to get local as number, err: %s\n", confd_lasterr());
         return -1;
     }
     BGP_REQUIRE_TYPE(__LINE__, &temp, C_UINT32);
     const uint32_t local_as = CONFD_GET_UINT32(&temp);
-    if (cdb_exists(upgrade.cdb_socket, "/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx{%u}", mib::kGlobalVrf, local_as) == 1) {
+    if (cdb_exists(cdb_socket, "/bgp-internal/bgp-vrf{%u}/as-to-bgp-idx{%u}", mib::kGlobalVrf, local_as) == 1) {
         return 0;
     }
     const uint32_t component = libvrfid::VrfId::ComponentFromVrf(mib::kGlobalVrf);
     *rm_index = kNoRmIndex;
     for (const uint32_t candidate : {component, component + 1}) {
-        if (upgrade.transaction().exists("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{%u}", candidate) == 1) {
+        if (transaction.exists("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{%u}", candidate) == 1) {
             *rm_index = candidate;
             break;
         }
@@ -169,7 +170,7 @@ static int get_rm_index(const confd::Handles& upgrade, nzmw_log_t* log, uint32_t
 static std::optional<uint32_t> new_rm_index(const confd::Handles& upgrade, nzmw_log_t* log)
 {
     uint32_t rm_index = kNoRmIndex;
-    const bool rekeyed = get_rm_index(upgrade, log, &rm_index) == 1;
+    const bool rekeyed = get_rm_index(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket, log, &rm_index) == 1;
     return rekeyed ? std::optional(rm_index) : std::nullopt;
 }
 

@@ -363,7 +363,7 @@ TEST_F(NeighConfigAfiSafiDeath, FlagOfAnotherType_FailsTheAssertion)
 {
     leafHasType("DC-BGP-MIB", "bgpPeerAfiSafiDisable", "uint32");
     stored(table(row("ipv4", "unicast", "2")));
-    expectAssertion("check_neigh_config_entry\\(const confd::Transaction&, maapi_cursor&, nzmw_log_t\\*\\)",
+    expectAssertion("check_neigh_config_entry\\(int32_t, int32_t, maapi_cursor&, nzmw_log_t\\*\\)",
                     "\\(&afi_disabled\\)->type == C_ENUM_VALUE");
 }
 

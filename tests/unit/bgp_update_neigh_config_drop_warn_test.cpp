@@ -416,7 +416,7 @@ TEST_F(NeighConfigDropWarnDeath, LocalAsOfAnotherType_FailsTheAssertion)
     const bgp_platform::UpgradeHandles handles = open();
     EXPECT_DEATH(update_neigh_config_drop_warn(handles.maapi_socket, handles.thandle, handles.cdb_socket, 1),
                  "src/config_update/bgp_update_neigh_config_drop_warn:[0-9]+: "
-                 "int get_rm_index\\(const confd::Handles&, nzmw_log_t\\*, uint32_t\\*\\): "
+                 "int get_rm_index\\(int32_t, int32_t, int32_t, nzmw_log_t\\*, uint32_t\\*\\): "
                  "Assertion `\\(&temp\\)->type == C_UINT32' failed\\.");
 }
 
