@@ -181,7 +181,7 @@ public:
 
     CommandResult run_test() const { return run_command({file("bin/step_test")}); }
 
-    // Those of the lists and of the exported symbols, which look at the folder that they run in.
+    // Those of the lists, the reported positions and the exported symbols, which look at the folder that they run in.
     CommandResult run_checks() const { return run_command({"env", "-C", root(), BGP_STEP_CHECKS}); }
 
     // With the command as it is, or as it was built here.
