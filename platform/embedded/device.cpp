@@ -173,6 +173,16 @@ void Device::set_interfaces(std::vector<in_addr> addresses)
     state_.settings.interfaces = std::move(addresses);
 }
 
+std::vector<capi::MetReading> Device::readings() const
+{
+    capi::Readings all = state_.readings;
+    const Registry& registry = Registry::instance();
+    for (std::size_t i = 0; i < registry.refused(); ++i) {
+        all.meet(capi::Reading::OneThreadOneDevice, [&registry] { return std::string(registry.first_refused()); });
+    }
+    return all.met();
+}
+
 OpenThings Device::open_things() const
 {
     OpenThings open;

@@ -108,6 +108,9 @@ public:
     capi::FaultPlan& fault_plan() noexcept { return state_.fault_plan; }
     const capi::CallCounts& calls() const noexcept { return state_.calls; }
 
+    // Of the questions that the published pages leave open (calls/readings.h), those that calls depended on, by number.
+    std::vector<capi::MetReading> readings() const;
+
     OpenThings open_things() const;
 
 private:

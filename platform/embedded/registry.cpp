@@ -29,6 +29,28 @@ void Registry::remove(DeviceState* device) noexcept
     for (auto endpoint = endpoints.begin(); endpoint != endpoints.end();) {
         endpoint = endpoint->second.device == device ? endpoints.erase(endpoint) : std::next(endpoint);
     }
+    if (devices_.empty()) {
+        owner_ = std::thread::id();
+        refused_ = 0;
+        first_refused_ = nullptr;
+    }
+}
+
+bool Registry::admits_this_thread() noexcept
+{
+    const std::thread::id self = std::this_thread::get_id();
+    std::thread::id owner = owner_.load(std::memory_order_relaxed);
+    if (owner != std::thread::id()) {
+        return owner == self;
+    }
+    return devices_.empty() || owner_.compare_exchange_strong(owner, self) || owner == self;
+}
+
+void Registry::note_refused(const char* function) noexcept
+{
+    const char* none = nullptr;
+    first_refused_.compare_exchange_strong(none, function);
+    ++refused_;
 }
 
 bool Registry::lives(const DeviceState* device) const noexcept

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "calls/fault_plan.h"
+#include "calls/readings.h"
 #include "calls/recorder.h"
 #include "keypath/keypath.h"
 #include "store/configuration.h"
@@ -94,6 +95,7 @@ struct DeviceState {
     capi::Recorder recorder;
     capi::FaultPlan fault_plan;
     capi::CallCounts calls;
+    capi::Readings readings;  // of the open questions, those that calls depended on
     capi::KeypathCache keypaths;
     std::size_t cursors = 0;  // initialised and not destroyed
     int data_timeout = -1;    // seconds last set, -1 when never

@@ -120,4 +120,17 @@ TEST(InterfaceTable, EveryFunction_StandsInThePlatformsTable)
     }
 }
 
+TEST(InterfaceTable, EveryFunction_FollowsAManualPage)
+{
+    std::ifstream file(BGP_SOURCE_DIR "/platform/README.md");
+    std::size_t rows = 0;
+    for (std::string line; std::getline(file, line);) {
+        if (line.rfind("| `cdb_", 0) == 0 || line.rfind("| `maapi_", 0) == 0 || line.rfind("| `confd_", 0) == 0) {
+            ++rows;
+            EXPECT_NE(line.find("| `confd_lib_"), std::string::npos) << line;
+        }
+    }
+    EXPECT_GT(rows, 20U);
+}
+
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 
 namespace bgp_platform::capi {
 
@@ -42,6 +43,18 @@ constexpr bool is_cdb(Function function)
 
 }  // namespace
 
+bool admitted(const char* function) noexcept
+{
+    Registry& registry = Registry::instance();
+    if (registry.admits_this_thread()) {
+        return true;
+    }
+    registry.note_refused(function);
+    fail_call(function, CONFD_ERR_PROTOUSAGE, {}, "another thread has the platform, one at a time may call");
+    std::fprintf(stderr, "%s\n", confd_lasterr());
+    return false;
+}
+
 const store::Configuration& Call::view() const noexcept
 {
     return endpoint_->kind == Endpoint::Kind::Cdb ? device().stored : *device().transaction;
@@ -49,6 +62,9 @@ const store::Configuration& Call::view() const noexcept
 
 bool Call::begin()
 {
+    if (!admitted(name_of(function_))) {
+        return false;
+    }
     auto& endpoints = Registry::instance().endpoints;
     const auto found = endpoints.find(handle_.socket);
     if (found == endpoints.end() || !is_the_same(found->second)) {
@@ -57,6 +73,9 @@ bool Call::begin()
         return false;
     }
     endpoint_ = &found->second;
+    if (Registry::instance().several()) {
+        meet(Reading::OneThreadOneDevice);
+    }
     if (recorded()) {
         device().recorder.make_room();
         path();  // now, as the work may write where the arguments point to
@@ -107,6 +126,7 @@ Call::~Call()
 bool Call::locate(const char* format, va_list arguments, store::Path* path)
 {
     const PathError error = device().keypaths.resolve(format, arguments, endpoint_->name_space, path);
+    device().readings.meet_all(device().keypaths.met(), [this] { return place(); });
     if (error) {
         fail(error.code, error.detail);
         return false;
@@ -116,6 +136,23 @@ bool Call::locate(const char* format, va_list arguments, store::Path* path)
         return false;
     }
     return true;
+}
+
+void Call::meet(Reading reading) noexcept
+{
+    device().readings.meet(reading, [this] { return place(); });
+}
+
+void Call::meet_missing_entry(store::Result set, const store::Path& path) noexcept
+{
+    if (set == store::Result::NotFound && transaction().find_row(path) == nullptr) {
+        meet(Reading::SetBelowMissingEntryFails);
+    }
+}
+
+std::string Call::place() const
+{
+    return path().empty() ? name_of(function_) : path();
 }
 
 const std::string& Call::path() const
@@ -176,7 +213,7 @@ void Call::argument(const schema::Node* leaf, const confd_value_t& value)
         arguments_ = leaf->type->text(typed);
     } else {
         char text[256];
-        confd_pp_value(text, sizeof text, &value);
+        plain_value_text(text, sizeof text, value);
         arguments_ = text;
     }
 }

@@ -10,12 +10,16 @@
 #include <string_view>
 
 #include "calls/function.h"
+#include "calls/readings.h"
 #include "capi/errors.h"
 #include "keypath/keypath.h"
 #include "registry.h"
 #include "store/configuration.h"
 
 namespace bgp_platform::capi {
+
+// Whether the calling thread may call; if not, the call has failed, and stderr got a line that names the function.
+bool admitted(const char* function) noexcept;
 
 // The socket a call came on, and the transaction handle that a MAAPI call brought along.
 struct Handle {
@@ -45,6 +49,16 @@ public:
     int fail(store::Result result);  // CONFD_OK for Result::Ok
     int fail_for_memory() noexcept;
 
+    // Notes that the call depends on a reading of an open question.
+    void meet(Reading reading) noexcept;
+    void meet_missing_entry(store::Result set, const store::Path& path) noexcept;  // by a set
+    void meet_host_bits(const schema::Value& value) noexcept                       // of a prefix that goes in or out
+    {
+        if (value.has_host_bits()) {
+            meet(Reading::HostBitsOfPrefixAreKept);
+        }
+    }
+
     // Tells the recorder the call's other arguments; costs nothing while it is off.
     bool recorded() const noexcept { return device().recorder.on(); }
     void arguments(std::string text) { arguments_ = std::move(text); }
@@ -62,6 +76,7 @@ public:
 private:
     bool is_the_same(const Endpoint& endpoint) const noexcept;
     bool check_socket();
+    std::string place() const;  // the path, or the function where there is none
     void count(int result) noexcept;
     void record(int result) noexcept;
 

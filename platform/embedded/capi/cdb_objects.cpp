@@ -12,8 +12,8 @@ namespace {
 // Fills an entry's room with its nodes in schema order, as far as it reaches, and counts them all.
 class EntryReader {
 public:
-    EntryReader(const store::Row& row, confd_value_t* values, int room, FilledValues* filled)
-        : row_(row), values_(values), room_(room), filled_(*filled)
+    EntryReader(Call& call, const store::Row& row, confd_value_t* values, int room, FilledValues* filled)
+        : call_(call), row_(row), values_(values), room_(room), filled_(*filled)
     {
     }
 
@@ -39,7 +39,7 @@ private:
             if (node.is_container() && there) {
                 CONFD_SET_XMLTAG(&value, node.tag, node.module->hash);
             } else {
-                read_slot(row_, node, &value);
+                read_slot(call_, row_, node, &value);
             }
         }
         ++count_;
@@ -48,6 +48,7 @@ private:
         }
     }
 
+    Call& call_;
     const store::Row& row_;
     confd_value_t* values_;
     int room_;
@@ -76,7 +77,8 @@ int cdb_get_objects(int sock, confd_value_t* values, int n, int ix, int nobj, co
         int most = 0;
         for (int i = 0; i < nobj; ++i) {
             const store::Row& row = *list->at(static_cast<std::size_t>(ix) + static_cast<std::size_t>(i));
-            most = std::max(most, EntryReader(row, values + static_cast<std::ptrdiff_t>(i) * n, n, &filled).read());
+            most =
+                std::max(most, EntryReader(call, row, values + static_cast<std::ptrdiff_t>(i) * n, n, &filled).read());
         }
         filled.keep();
         return most;

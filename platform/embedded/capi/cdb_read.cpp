@@ -37,7 +37,7 @@ int cdb_get_list(int sock, confd_value_t** values, int* n, const char* fmt, ...)
         }
         const store::List* const list = call.view().find_list(path);
         if (list == nullptr || count == 0) {
-            return call.fail(CONFD_ERR_NOEXISTS);
+            return fail_no_entries(call, list);
         }
         confd_value_t read;
         read_leaf_list(*path.node, *list, &read);

@@ -40,6 +40,9 @@ int fail_connect(int code, std::string_view detail)
 
 int connect(int sock, bool data, const sockaddr* address, int size)
 {
+    if (!admitted("cdb_connect")) {
+        return CONFD_ERR;
+    }
     auto& endpoints = Registry::instance().endpoints;
     if (!data) {
         return fail_connect(CONFD_ERR_PROTOUSAGE, "only data sockets are done");
@@ -101,9 +104,13 @@ int cdb_end_session(int sock)
     });
 }
 
-// The descriptor is closed whatever the call reports, one that was never connected included.
+// The descriptor is closed whatever the call reports, one that was never connected included; but not for a thread that
+// is refused, which may not touch what is another's.
 int cdb_close(int sock)
 {
+    if (!admitted("cdb_close")) {
+        return CONFD_ERR;
+    }
     const int result = run_call(Function::cdb_close, {sock}, {}, [](Call&) { return CONFD_OK; });
     Registry::instance().endpoints.erase(sock);
     close(sock);

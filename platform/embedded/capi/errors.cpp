@@ -5,6 +5,7 @@
 #include <string>
 
 #include "confd_lib.h"
+#include "registry.h"
 
 int confd_errno = CONFD_OK;
 
@@ -13,9 +14,14 @@ namespace {
 // The text of the last error; the API hands out a pointer to it.
 class LastError {
 public:
-    // One for the process, which outlives every static object that may still call the API.
+    // One for the process, which outlives every static object that may still call the API. A thread that is refused has
+    // one of its own.
     static LastError& instance() noexcept
     {
+        if (!bgp_platform::Registry::instance().admits_this_thread()) {
+            thread_local LastError of_the_refused;
+            return of_the_refused;
+        }
         alignas(LastError) static unsigned char memory[sizeof(LastError)];
         static auto* const error = new (memory) LastError;
         return *error;

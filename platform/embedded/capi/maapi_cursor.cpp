@@ -134,6 +134,12 @@ int maapi_init_cursor(int sock, int thandle, struct maapi_cursor* mc, const char
         if (path.node == nullptr || !path.node->is_list() || path.names_entry()) {
             return call.fail(CONFD_ERR_BADPATH, "not a list");
         }
+        if (call.transaction().hangs(path)) {
+            call.meet(Reading::ListBelowMissingEntryIsEmpty);
+        }
+        if (path.node->entry->keys > kPublishedKeys) {
+            call.meet(Reading::KeyOfMoreThanEightIsTaken);
+        }
         auto position = std::make_unique<Position>();
         position->device = &call.device();
         position->list = path;
@@ -160,6 +166,9 @@ int maapi_find_next(struct maapi_cursor* mc, enum confd_find_next_type type, con
 
 void maapi_destroy_cursor(struct maapi_cursor* mc)
 {
+    if (!admitted("maapi_destroy_cursor")) {
+        return;
+    }
     const std::unique_ptr<Position> position(position_of(*mc));
     if (position == nullptr) {
         return;

@@ -28,7 +28,10 @@ namespace {
 
 int set_leaf(Call& call, const store::Path& path, schema::Value value)
 {
-    return call.fail(call.transaction().set(path, std::move(value)));
+    call.meet_host_bits(value);
+    const store::Result result = call.transaction().set(path, std::move(value));
+    call.meet_missing_entry(result, path);
+    return call.fail(result);
 }
 
 bool is_leaf(const store::Path& path)
@@ -45,7 +48,12 @@ int set_leaf_list(Call& call, const store::Path& path, const confd_value_t& give
 {
     store::NodeValue entries{path.node, {}};
     const int result = read_entries(call, *path.node, given, &entries.entries);
-    return result == CONFD_OK ? call.fail(call.transaction().set_all(path, {std::move(entries)})) : result;
+    if (result != CONFD_OK) {
+        return result;
+    }
+    const store::Result set = call.transaction().set_all(path, {std::move(entries)});
+    call.meet_missing_entry(set, path);
+    return call.fail(set);
 }
 
 int set_elem(Call& call, const store::Path& path, const confd_value_t& given)
@@ -83,6 +91,23 @@ int set_text(Call& call, const store::Path& path, const char* text)
     return set_leaf(call, path, std::move(value));
 }
 
+// Whether a node is deleted as a whole: a list, a container without presence, a leaf-list or an entry of it.
+bool is_whole(const store::Path& path)
+{
+    const schema::NodeKind kind = path.node->kind;
+    return kind == schema::NodeKind::Container || kind == schema::NodeKind::LeafList ||
+           (kind == schema::NodeKind::List && !path.names_entry());
+}
+
+int remove(Call& call, const store::Path& path)
+{
+    const store::Result result = call.transaction().remove(path);
+    if (result == store::Result::Ok && is_whole(path)) {
+        call.meet(Reading::WholeListOrContainerIsDeleted);
+    }
+    return call.fail(result);
+}
+
 int move_entry(Call& call, const store::Path& path, const confd_value_t* tokey, int n)
 {
     if (!path.names_entry() || path.node->kind != schema::NodeKind::List) {
@@ -100,7 +125,11 @@ int move_entry(Call& call, const store::Path& path, const confd_value_t* tokey, 
         to.entries.back() = {path.node, keys};
         call.arguments("to " + keypath_text(to));
     }
-    return call.fail(call.transaction().move(path, keys));
+    const store::Result result = call.transaction().move(path, keys);
+    if (result == store::Result::Ok && keys == path.entries.back().keys) {
+        call.meet(Reading::MoveOntoOwnKeysSucceeds);
+    }
+    return call.fail(result);
 }
 
 }  // namespace
@@ -114,9 +143,8 @@ int maapi_create(int sock, int thandle, const char* fmt, ...)
 
 int maapi_delete(int sock, int thandle, const char* fmt, ...)
 {
-    BGP_PLATFORM_PATH_CALL(maapi_delete, (Handle{sock, thandle}), fmt, [](Call& call, const store::Path& path) {
-        return call.fail(call.transaction().remove(path));
-    });
+    BGP_PLATFORM_PATH_CALL(maapi_delete, (Handle{sock, thandle}), fmt,
+                           [](Call& call, const store::Path& path) { return remove(call, path); });
 }
 
 int maapi_set_elem(int sock, int thandle, confd_value_t* v, const char* fmt, ...)

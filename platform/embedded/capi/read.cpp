@@ -53,12 +53,13 @@ int read_value(Call& call, const store::Path& path, confd_value_t* value)
         if (stored.absent()) {
             return call.fail(CONFD_ERR_NOEXISTS);
         }
+        call.meet_host_bits(stored);
         schema::to_confd(*path.node, stored, value);
         return CONFD_OK;
     }
     const store::List* const list = call.view().find_list(path);
     if (list == nullptr || list->empty()) {
-        return call.fail(CONFD_ERR_NOEXISTS);
+        return fail_no_entries(call, list);
     }
     read_leaf_list(*path.node, *list, value);
     return CONFD_OK;
@@ -72,9 +73,28 @@ int read_typed(Call& call, const store::Path& path, confd_vtype type, confd_valu
     return read_value(call, path, value);
 }
 
+int fail_no_entries(Call& call, const store::List* leaf_list)
+{
+    if (leaf_list != nullptr) {
+        call.meet(Reading::EmptyLeafListIsAbsent);
+    }
+    return call.fail(CONFD_ERR_NOEXISTS);
+}
+
 int read_exists(Call& call, const store::Path& path)
 {
-    return call.view().exists(path) ? 1 : 0;
+    const store::Configuration& view = call.view();
+    if (!view.exists(path)) {
+        if (view.hangs(path)) {
+            call.meet(Reading::ListBelowMissingEntryIsEmpty);
+        }
+        return 0;
+    }
+    if (path.node->kind == schema::NodeKind::Leaf && path.node->default_value &&
+        view.find_row(path)->value(path.node->slot).absent()) {
+        call.meet(Reading::EmptyPathIsBadDefaultExists);
+    }
+    return 1;
 }
 
 int read_count(Call& call, const store::Path& path)
@@ -83,6 +103,9 @@ int read_count(Call& call, const store::Path& path)
         return call.fail(CONFD_ERR_BADPATH, "neither a list nor a leaf-list");
     }
     const std::size_t count = call.view().count(path);
+    if (count == 0 && call.view().hangs(path)) {
+        call.meet(Reading::ListBelowMissingEntryIsEmpty);
+    }
     return count > INT_MAX ? call.fail(CONFD_ERR_INTERNAL, "more entries than an int counts") : static_cast<int>(count);
 }
 
@@ -96,7 +119,7 @@ bool place_is_there(const store::Row& row, const schema::Node& node)
     return true;
 }
 
-void read_slot(const store::Row& row, const schema::Node& node, confd_value_t* value)
+void read_slot(Call& call, const store::Row& row, const schema::Node& node, confd_value_t* value)
 {
     CONFD_SET_NOEXISTS(value);
     if (!place_is_there(row, node)) {
@@ -104,8 +127,11 @@ void read_slot(const store::Row& row, const schema::Node& node, confd_value_t* v
     }
     if (node.kind == schema::NodeKind::Leaf) {
         const schema::Value& stored = row.value(node.slot);
+        call.meet_host_bits(stored);
         schema::to_confd(node, stored.absent() ? node.default_value : stored, value);
-    } else if (node.kind == schema::NodeKind::LeafList && !row.list(node.slot).empty()) {
+    } else if (node.kind == schema::NodeKind::LeafList && row.list(node.slot).empty()) {
+        call.meet(Reading::EmptyLeafListIsAbsent);
+    } else if (node.kind == schema::NodeKind::LeafList) {
         read_leaf_list(node, row.list(node.slot), value);
     }
 }

@@ -25,6 +25,9 @@ auto typed_read(Number* result, Member member)
     };
 }
 
+// Fails a read of a leaf-list without entries; null: an entry on the way to it is not there.
+int fail_no_entries(Call& call, const store::List* leaf_list);
+
 int read_exists(Call& call, const store::Path& path);  // 1, 0
 int read_count(Call& call, const store::Path& path);   // entries of a list or leaf-list
 
@@ -51,6 +54,6 @@ void read_leaf_list(const schema::Node& node, const store::List& list, confd_val
 bool place_is_there(const store::Row& row, const schema::Node& node);
 
 // A leaf or leaf-list of a row as a batch read hands it out: its value or default, C_LIST, else C_NOEXISTS.
-void read_slot(const store::Row& row, const schema::Node& node, confd_value_t* value);
+void read_slot(Call& call, const store::Row& row, const schema::Node& node, confd_value_t* value);
 
 }  // namespace bgp_platform::capi

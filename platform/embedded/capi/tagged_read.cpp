@@ -56,7 +56,7 @@ private:
                 if (!leaf) {
                     break;
                 }
-                read_slot(row, node, &filled_.add(&at_->v));
+                read_slot(call_, row, node, &filled_.add(&at_->v));
                 at_.next();
                 return CONFD_OK;
             case C_XMLBEGIN:

@@ -152,6 +152,7 @@ private:
         if (leaf.key) {
             return value == row->path.entries.back().keys[leaf.slot] ? CONFD_OK : call_.fail(CONFD_ERR_NOT_WRITABLE);
         }
+        call_.meet_host_bits(value);
         row->values.push_back({&leaf, std::move(value)});
         return CONFD_OK;
     }
@@ -211,10 +212,13 @@ private:
         if (row->path.names_entry() && transaction.find_row(row->path) == nullptr) {
             const store::Result created = transaction.create(row->path);
             if (created != store::Result::Ok) {
+                call_.meet_missing_entry(created, row->path);
                 return call_.fail(created);
             }
         }
-        return call_.fail(transaction.set_all(row->path, std::exchange(row->values, {})));
+        const store::Result result = transaction.set_all(row->path, std::exchange(row->values, {}));
+        call_.meet_missing_entry(result, row->path);
+        return call_.fail(result);
     }
 
     Call& call_;
@@ -229,7 +233,7 @@ std::string values_text(const schema::Schema& schema, const confd_tag_value_t* v
         const char* const known = schema.name_of(values[i].tag.tag);
         const std::string name = known == nullptr ? std::to_string(values[i].tag.tag) : known;
         char value[256];
-        confd_pp_value(value, sizeof value, &values[i].v);
+        plain_value_text(value, sizeof value, values[i].v);
         text.append(i == 0 ? "" : " ").append(name).append("=").append(schema::is_secret(name) ? kMasked : value);
     }
     return text;
@@ -245,7 +249,12 @@ int set_values(Call& call, const store::Path& path, const confd_tag_value_t* val
     if (!rows) {
         return call.fail(CONFD_ERR_BADPATH, "neither a container nor a list");
     }
-    return TaggedWriter(call, values, n).write(path);
+    const uint64_t openings = call.transaction().openings();
+    const int result = TaggedWriter(call, values, n).write(path);
+    if (result != CONFD_OK && call.transaction().openings() != openings) {
+        call.meet(Reading::RowsBeforeTheFailingOneStay);
+    }
+    return result;
 }
 
 }  // namespace

@@ -207,11 +207,20 @@ void print_value(const confd_value_t& value, Printer* out)
 
 }  // namespace
 
+int bgp_platform::capi::plain_value_text(char* buffer, int size, const confd_value_t& value)
+{
+    Printer out(buffer, size);
+    print_value(value, &out);
+    return out.length();
+}
+
 int confd_pp_value(char* buf, int bufsiz, const confd_value_t* v)
 {
-    Printer out(buf, bufsiz);
-    print_value(*v, &out);
-    return out.length();
+    DeviceState* const device = Registry::instance().current();
+    if (device != nullptr && capi::shows_letters(*v)) {
+        device->readings.meet(capi::Reading::OctetsAreInLowerCase, [] { return std::string("confd_pp_value"); });
+    }
+    return capi::plain_value_text(buf, bufsiz, *v);
 }
 
 int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...)
@@ -221,7 +230,11 @@ int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...)
     va_start(arguments, fmt);
     const auto format = [&] {
         DeviceState* const device = Registry::instance().current();
-        out << capi::format_template(fmt, arguments, device == nullptr ? nullptr : &device->keypaths);
+        const std::string text = capi::format_template(fmt, arguments, device == nullptr ? nullptr : &device->keypaths);
+        if (device != nullptr) {
+            device->readings.meet_all(device->keypaths.met(), [&text] { return text; });
+        }
+        out << text;
         return out.length();
     };
     const int length = capi::unless_memory_ends(

@@ -1,8 +1,10 @@
 // Templates and their arguments as text.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
 
+#include "calls/readings.h"
 #include "keypath/keypath.h"
 #include "store/changes.h"
 
@@ -13,12 +15,12 @@ namespace {
 std::string plain_text(const confd_value_t* value)
 {
     std::array<char, 256> small{};
-    const int length = value == nullptr ? 0 : confd_pp_value(small.data(), static_cast<int>(small.size()), value);
+    const int length = value == nullptr ? 0 : plain_value_text(small.data(), static_cast<int>(small.size()), *value);
     if (static_cast<std::size_t>(length) < small.size()) {
         return {small.data(), static_cast<std::size_t>(length)};
     }
     std::string text(static_cast<std::size_t>(length) + 1, '\0');
-    confd_pp_value(text.data(), length + 1, value);
+    plain_value_text(text.data(), length + 1, *value);
     text.pop_back();
     return text;
 }
@@ -30,6 +32,12 @@ std::string quoted(std::string_view text)
     std::string out;
     store::append_key(kText, schema::Value::of_text(text), &out);
     return out;
+}
+
+bool octets_show_letters(const confd_buf_t& octets)
+{
+    return std::any_of(octets.ptr, octets.ptr + octets.size,
+                       [](unsigned char octet) { return octet >> 4 > 9 || (octet & 0xF) > 9; });
 }
 
 class Formatter {
@@ -52,6 +60,9 @@ public:
             } else if (text_.size() != before) {
                 key_starts_ = false;
             }
+        }
+        if (keypaths_ != nullptr) {
+            keypaths_->note(met_);
         }
         return std::move(text_);
     }
@@ -110,7 +121,7 @@ private:
             text_ += std::to_string(static_cast<unsigned short>(va_arg(arguments_, int)));
         } else if (take("%s")) {
             const char* const text = va_arg(arguments_, const char*);
-            text_ += in_key_ ? quoted(text == nullptr ? "" : text) : text == nullptr ? "" : text;
+            add_text(text == nullptr ? "" : text);
         } else if (take("%x")) {
             key(va_arg(arguments_, const confd_value_t*));
         } else if (take("%*x")) {
@@ -139,10 +150,20 @@ private:
         schema::Value typed;
         if (value != nullptr && record_ != nullptr && keys_ < record_->keys &&
             record_->values[keys_]->type->from_confd(*value, &typed)) {
+            const std::size_t start = text_.size();
             store::append_key(*record_->values[keys_]->type, typed, &text_);
+            met_ |= text_.compare(start, 1, "\"") == 0 ? bit(Reading::KeyIsQuotedBlanksAreTaken) : 0;
         } else {
-            text_ += in_key_ ? quoted(plain_text(value)) : plain_text(value);
+            add_text(plain_text(value));
         }
+        met_ |= value != nullptr && shows_letters(*value) ? bit(Reading::OctetsAreInLowerCase) : 0;
+    }
+
+    void add_text(std::string_view text)
+    {
+        const std::string key = in_key_ ? quoted(text) : std::string(text);
+        met_ |= key != text ? bit(Reading::KeyIsQuotedBlanksAreTaken) : 0;
+        text_ += key;
     }
 
     bool take(std::string_view expected)
@@ -163,11 +184,26 @@ private:
     bool in_key_ = false;      // between braces
     bool key_starts_ = false;  // behind the brace or a blank
     bool in_quotes_ = false;
+    uint32_t met_ = 0;      // readings that the text depends on, as bits
     std::size_t keys_ = 0;  // of the brace that is open: keys written before the one at hand
     const schema::Record* record_ = nullptr;
 };
 
 }  // namespace
+
+bool shows_letters(const confd_value_t& value)
+{
+    switch (value.type) {
+        case C_BINARY:
+        case C_HEXSTR:
+            return octets_show_letters(value.val.buf);
+        case C_LIST:
+            return std::any_of(value.val.list.ptr, value.val.list.ptr + value.val.list.size,
+                               [](const confd_value_t& entry) { return shows_letters(entry); });
+        default:
+            return false;
+    }
+}
 
 std::string key_tuple_text(const schema::Node& list, const std::vector<schema::Value>& keys)
 {

@@ -17,6 +17,8 @@
 
 namespace bgp_platform::capi {
 
+constexpr std::size_t kPublishedKeys = 8;  // of a list, at most; a longer key is a reading (calls/readings.h)
+
 // Where one key of "{...}", or the number of "[...]", comes from.
 struct KeySource {
     enum class Kind { Literal, Int, Unsigned, Short, Text, Value, Tuple };
@@ -45,7 +47,8 @@ struct Step {
 
 struct Plan {
     std::vector<Step> steps;
-    std::string error;  // what is wrong with the template; empty when nothing is
+    uint32_t readings = 0;  // of open questions that the template depends on (calls/readings.h), as bits
+    std::string error;      // what is wrong with the template; empty when nothing is
 };
 
 Plan parse_template(std::string_view format);
@@ -73,6 +76,10 @@ public:
 
     // Resolves a template with its arguments; `name_space` is that of the session, or null.
     PathError resolve(const char* format, va_list arguments, const schema::Module* name_space, store::Path* path);
+
+    // The readings that the path resolved or formatted last depends on, as bits.
+    uint32_t met() const noexcept { return met_; }
+    void note(uint32_t readings) noexcept { met_ = readings; }
 
     // The node that the names of an absolute path lead to, whatever keys stand between them; null when there is none.
     const schema::Node* node_of(std::string_view path, const schema::Module* name_space);
@@ -106,8 +113,15 @@ private:
     Named last_;
     std::unordered_map<std::string, Plan> plans_;
     std::array<Recent, kRecent> recent_{};
+    uint32_t met_ = 0;
     std::string lookup_;  // reused, so that finding a plan allocates nothing
 };
+
+// What confd_pp_value does, for the platform's own texts: no reading is noted.
+int plain_value_text(char* buffer, int size, const confd_value_t& value);
+
+// Whether the text of a value shows octets with letters.
+bool shows_letters(const confd_value_t& value);
 
 // The template as text, its arguments filled in. With a device's keypaths, a %x key of an absolute path whose nodes its
 // schema knows is printed as its type prints it; without, and elsewhere, as confd_pp_value does. Consumes the arguments.

@@ -43,7 +43,9 @@ private:
 Plan parse_template(std::string_view format)
 {
     PlanMaker maker;
-    maker.plan.error = KeypathParser(format, true, &maker).parse();
+    KeypathParser parser(format, true, &maker);
+    maker.plan.error = parser.parse();
+    maker.plan.readings = parser.readings();
     return std::move(maker.plan);
 }
 

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <utility>
 
+#include "calls/readings.h"
 #include "keypath/keypath.h"
 
 namespace bgp_platform::capi {
@@ -35,6 +36,9 @@ public:
         return std::move(error_);
     }
 
+    // The readings of open questions that the text depends on, as bits, when it has been parsed.
+    uint32_t readings() const noexcept { return readings_; }
+
 private:
     bool at_end() const { return at_ == text_.size(); }
     char peek() const { return at_end() ? '\0' : text_[at_]; }
@@ -48,12 +52,15 @@ private:
     }
     bool conversion_here() const { return conversions_ && peek() == '%'; }
     void fail(std::string what) { error_ = std::move(what); }
-    void skip_blanks()
+    bool skip_blanks()
     {
+        const std::size_t start = at_;
         while (peek() == ' ') {
             ++at_;
         }
+        return at_ != start;
     }
+    void meet(Reading reading) { readings_ |= bit(reading); }
 
     void parse_piece()
     {
@@ -75,6 +82,7 @@ private:
     void parse_child()
     {
         if (peek() == '{') {  // "/prefix-list/{name}": the slash stands for nothing
+            meet(Reading::KeyIsQuotedBlanksAreTaken);
             return;
         }
         if (conversion_here() && take("%s")) {
@@ -104,7 +112,10 @@ private:
     void parse_keys()
     {
         taker_.begin_keys();
-        skip_blanks();
+        bool blank = skip_blanks();
+        if (blank) {
+            meet(Reading::KeyIsQuotedBlanksAreTaken);
+        }
         while (error_.empty() && peek() != '}') {
             if (at_end()) {
                 fail("a brace is not closed");
@@ -114,7 +125,10 @@ private:
             if (!at_end() && peek() != ' ' && peek() != '}' && error_.empty()) {
                 fail("a key is made of two pieces");
             }
-            skip_blanks();
+            blank = skip_blanks();
+        }
+        if (blank) {
+            meet(Reading::KeyIsQuotedBlanksAreTaken);
         }
         take("}");
         taker_.end_keys();
@@ -127,6 +141,7 @@ private:
             return;
         }
         if (take("\"")) {
+            meet(Reading::KeyIsQuotedBlanksAreTaken);
             parse_quoted();
             return;
         }
@@ -167,6 +182,9 @@ private:
                             {"%x", KeySource::Kind::Value},  {"%*x", KeySource::Kind::Tuple}};
         for (const auto& conversion : kConversions) {
             if (take(conversion.text)) {
+                if (conversion.kind == KeySource::Kind::Short) {
+                    meet(Reading::ShortNumberInPathIsTaken);
+                }
                 return conversion.kind;
             }
         }
@@ -199,6 +217,7 @@ private:
     PieceTaker& taker_;
     std::size_t at_ = 0;
     std::string error_;
+    uint32_t readings_ = 0;
 };
 
 }  // namespace bgp_platform::capi

@@ -53,6 +53,7 @@ public:
         if (!plan.error.empty()) {
             return fail(CONFD_ERR_BADPATH, plan.error);
         }
+        met = plan.readings;
         for (const Step& step : plan.steps) {
             const bool done = step.kind == Step::Kind::Child   ? child(step)
                               : step.kind == Step::Kind::Keys  ? keys(step, arguments)
@@ -66,6 +67,7 @@ public:
     }
 
     PathError error;
+    uint32_t met = 0;  // readings that the path depends on, as bits
 
 private:
     bool fail(int code, std::string detail)
@@ -139,6 +141,9 @@ private:
             return false;
         }
         path_.entries.back().keys.reserve(path_.node->entry->keys);
+        if (path_.node->entry->keys > kPublishedKeys) {
+            met |= bit(Reading::KeyOfMoreThanEightIsTaken);
+        }
         return true;
     }
 
@@ -216,8 +221,7 @@ private:
         if (!leaf->type->parse(text, &value, &why)) {
             return fail(CONFD_ERR_BADTYPE, "key " + leaf->name + ": " + why);
         }
-        path_.entries.back().keys.push_back(std::move(value));
-        return true;
+        return take_key(std::move(value));
     }
 
     bool key_value(const confd_value_t* confd)
@@ -229,6 +233,14 @@ private:
         schema::Value value;
         if (confd == nullptr || !leaf->type->from_confd(*confd, &value)) {
             return fail(CONFD_ERR_BADTYPE, "key " + leaf->name + " is no " + leaf->type->name);
+        }
+        return take_key(std::move(value));
+    }
+
+    bool take_key(schema::Value value)
+    {
+        if (value.has_host_bits()) {
+            met |= bit(Reading::HostBitsOfPrefixAreKept);
         }
         path_.entries.back().keys.push_back(std::move(value));
         return true;
@@ -269,7 +281,9 @@ private:
             text.remove_prefix(walk_front(text));
         }
         TextWalk walk(*this);
-        std::string wrong = KeypathParser(text, false, &walk).parse();
+        KeypathParser parser(text, false, &walk);
+        std::string wrong = parser.parse();
+        met |= parser.readings();
         return wrong.empty() ? !error : fail(CONFD_ERR_BADPATH, std::move(wrong));
     }
 
@@ -413,9 +427,11 @@ PathError KeypathCache::resolve(const char* format, va_list arguments, const sch
     va_copy(taken.list, arguments);
     Resolver resolver(schema_, this, name_space, path);
     if (resolver.walk(plan_of(format), &taken) && path->node == nullptr) {
+        resolver.met |= bit(Reading::EmptyPathIsBadDefaultExists);
         resolver.error = {CONFD_ERR_BADPATH, "an empty path"};
     }
     va_end(taken.list);
+    met_ = resolver.met;
     return std::move(resolver.error);
 }
 

@@ -91,6 +91,13 @@ public:
     in_addr as_ipv4() const noexcept { return load<in_addr>(); }  // of an Ipv4Prefix too
     in6_addr as_ipv6() const noexcept;
     uint8_t prefix_length() const noexcept { return bytes_[sizeof(in_addr)]; }
+
+    // Whether it is an Ipv4Prefix with bits set that do not belong to the prefix.
+    bool has_host_bits() const noexcept
+    {
+        return kind() == Kind::Ipv4Prefix &&
+               (static_cast<uint64_t>(be32toh(as_ipv4().s_addr)) << prefix_length() & 0xFFFFFFFFU) != 0;
+    }
     std::string_view bytes()
         const noexcept;  // of text and octets; valid while a copy of this value lives and stays put
 

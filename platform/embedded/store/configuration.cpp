@@ -168,6 +168,13 @@ std::size_t Configuration::count(const Path& list) const noexcept
     return entries == nullptr ? 0 : entries->size();
 }
 
+bool Configuration::hangs(const Path& path) const noexcept
+{
+    const bool whole_list = path.node != nullptr && path.node->is_list() && !path.names_entry();
+    const std::size_t innermost = path.entries.size() - (whole_list || path.entries.empty() ? 0 : 1);
+    return follow(*root_, path.entries, innermost) == nullptr;
+}
+
 bool Configuration::exists(const Path& path) const noexcept
 {
     if (path.names_entry()) {

@@ -69,6 +69,9 @@ public:
     const List* find_list(const Path& list) const noexcept;
     std::size_t count(const Path& list) const noexcept;  // 0 below an entry that is not there
 
+    // Whether the list that a path names, or the innermost it goes through, lies below an entry that is not there.
+    bool hangs(const Path& path) const noexcept;
+
     // An entry; a leaf that is set or has a default; a presence container; a container whose row is there; a list or
     // leaf-list with at least one entry.
     bool exists(const Path& path) const noexcept;
