@@ -236,7 +236,7 @@ typedef struct confd_tag_value {
 } confd_tag_value_t;
 
 /** The most elements of a hashed keypath. */
-#define MAXDEPTH 60
+#define MAXDEPTH 20
 /**
  * The most keys of a list entry, its end marker included. The published number is 9; the data model has a list of ten
  * keys. A list of more keys is refused when its module is loaded.
@@ -248,8 +248,8 @@ typedef struct confd_tag_value {
  * ends with C_NOEXISTS: a single C_XMLTAG for a name, or the keys of a list entry.
  */
 typedef struct confd_hkeypath {
-    confd_value_t v[MAXDEPTH][MAXKEYLEN];
     int len;
+    confd_value_t v[MAXDEPTH][MAXKEYLEN];
 } confd_hkeypath_t;
 
 /* Getters ---------------------------------------------------------------------------------------------------------- */
