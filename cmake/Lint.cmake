@@ -2,6 +2,7 @@
 # fails the build. Used where Clang compiles, as clang-tidy knows its options. (Of parameters taken by value clang-tidy
 # tells already, and where they are meant. Of reserved identifiers the compiler tells, at no cost.)
 if(BGP_LINT)
+    set(CMAKE_DISABLE_PRECOMPILE_HEADERS ON)  # so that a source that does not include what it uses fails here
     add_compile_options(-Wreserved-identifier)
     set(CMAKE_CXX_CLANG_TIDY clang-tidy-14 --quiet)
     set(CMAKE_CXX_CPPCHECK cppcheck --quiet --error-exitcode=1 --enable=warning,performance,portability
