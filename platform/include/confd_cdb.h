@@ -156,10 +156,11 @@ int cdb_get_objects(int sock, confd_value_t* values, int n, int ix, int nobj, co
  * Fills an array of tagged values below a container or list entry. C_NOEXISTS asks for the leaf of that tag and stays
  * when the leaf is absent; C_CDBBEGIN descends into the entry at its position of the list of that tag, C_XMLBEGIN into
  * the container of that tag, or into the list's entry whose keys with their values stand next, until the matching
- * C_XMLEND. Values keep their positions in the array. When the call fails, what it has filled is C_NOEXISTS again.
+ * C_XMLEND. Values keep their positions in the array. When the call fails, what it has filled so far
+ * stays.
  *
  * @param sock   the session's socket
- * @param values the array, whose values the caller gives back with `confd_free_value`
+ * @param values the array, whose values the caller gives back with `confd_free_value`, after a failure too
  * @param n      the number of tagged values
  * @param fmt    the keypath of the container or entry
  * @return CONFD_OK; CONFD_ERR when an entry is not there or a tag does not belong where it stands

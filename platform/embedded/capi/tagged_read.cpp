@@ -23,9 +23,6 @@ public:
         if (result == CONFD_OK && !at_.at_end()) {
             return call_.fail(CONFD_ERR_PROTOUSAGE, "an end without its begin: " + tag());
         }
-        if (result == CONFD_OK) {
-            filled_.keep();
-        }
         return result;
     }
 
@@ -56,7 +53,7 @@ private:
                 if (!leaf) {
                     break;
                 }
-                read_slot(call_, row, node, &filled_.add(&at_->v));
+                read_slot(call_, row, node, &at_->v);
                 at_.next();
                 return CONFD_OK;
             case C_XMLBEGIN:
@@ -128,7 +125,6 @@ private:
 
     Call& call_;
     TagCursor<confd_tag_value_t> at_;
-    FilledValues filled_;
 };
 
 int get_values(Call& call, const store::Path& path, confd_tag_value_t* values, int n)
