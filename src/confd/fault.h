@@ -57,6 +57,8 @@ constexpr std::size_t kFaultTextSize = 350;
 //     try : table_path_(std::move(table_path)) {
 //     }
 //     BGP_FAULT_ON_EXCEPTION(__func__)
+//
+// In a constant member function try block and guard stand inside the braces: the linters read them there alone.
 #define BGP_FAULT_ON_EXCEPTION(function)                       \
     catch (...)                                                \
     {                                                          \

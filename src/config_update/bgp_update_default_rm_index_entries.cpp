@@ -67,18 +67,19 @@ BaseEntry::~BaseEntry()
 }
 
 std::string BaseEntry::current_path() const
-try {
-    char path[kPathSize] = "";
-    confd_format_keypath(path, sizeof path, "%s{%*x}", table_path_.c_str(), key_count_, entry_keys_.data());
-    return path;
+{
+    try {
+        char path[kPathSize] = "";
+        confd_format_keypath(path, sizeof path, "%s{%*x}", table_path_.c_str(), key_count_, entry_keys_.data());
+        return path;
+    }
+    BGP_FAULT_ON_EXCEPTION(__func__)
 }
-BGP_FAULT_ON_EXCEPTION(__func__)
 
 void BaseEntry::log_update() const
-try {
+{
     nzmw_log_debug(log_, "Updating path: %s\n", entry_path_.c_str());
 }
-BGP_FAULT_ON_EXCEPTION(__func__)
 
 void BaseEntry::set_key(int position, uint32_t number)
 try {
@@ -108,21 +109,23 @@ try {
 BGP_FAULT_ON_EXCEPTION(__func__)
 
 void BaseEntry::set_index(const char* signature, const char* leaf, int new_index) const
-try {
-    const confd::Transaction transaction{maapi_socket_, thandle_};
-    const std::string path = current_path();
+{
+    try {
+        const confd::Transaction transaction{maapi_socket_, thandle_};
+        const std::string path = current_path();
 
-    confd_value_t temp;
-    CONFD_SET_UINT32(&temp, static_cast<uint32_t>(new_index));
-    if (transaction.set(&temp, leaf, path.c_str()) != CONFD_OK) {
-        // Kept although it cannot hold, so that the upgrade stops here: a row that has moved must not stay with the
-        // index that it had.
-        BGP_REQUIRE_TYPE_FOR(signature, __LINE__, &temp, C_INT32);
-        nzmw_log_debug(log_, "Failed set index %d to path %s (err: %s)\n", CONFD_GET_INT32(&temp), path.c_str(),
-                       confd_lasterr());
+        confd_value_t temp;
+        CONFD_SET_UINT32(&temp, static_cast<uint32_t>(new_index));
+        if (transaction.set(&temp, leaf, path.c_str()) != CONFD_OK) {
+            // Kept although it cannot hold, so that the upgrade stops here: a row that has moved must not stay with the
+            // index that it had.
+            BGP_REQUIRE_TYPE_FOR(signature, __LINE__, &temp, C_INT32);
+            nzmw_log_debug(log_, "Failed set index %d to path %s (err: %s)\n", CONFD_GET_INT32(&temp), path.c_str(),
+                           confd_lasterr());
+        }
     }
+    BGP_FAULT_ON_EXCEPTION(__func__)
 }
-BGP_FAULT_ON_EXCEPTION(__func__)
 
 int32_t BaseEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
 try {

@@ -46,6 +46,7 @@ void copy_or_default(const confd_value* given, int32_t otherwise, confd_value* v
 
 }  // namespace
 
+// cppcheck-suppress uninitMemberVar ; it does not see the initialisers of a try block
 BgpUtils::NeighborEntry::NeighborEntry(uint32_t entity, confd_value_t* remote, confd_value_t* local, int count)
 try : entity_(entity), count_(count), values_(nullptr), remote_(remote), local_(local) {
     if (remote_ == nullptr || count_ <= 0) {

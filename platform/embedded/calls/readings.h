@@ -30,7 +30,7 @@ namespace bgp_platform::capi {
     X(13, OneThreadOneDevice)
 
 enum class Reading : uint8_t {
-#define BGP_PLATFORM_READING(number, name) name = number,
+#define BGP_PLATFORM_READING(number, name) name = (number),
     BGP_PLATFORM_READINGS(BGP_PLATFORM_READING)
 #undef BGP_PLATFORM_READING
 };

@@ -232,7 +232,7 @@ int confd_format_keypath(char* buf, int bufsiz, const char* fmt, ...)
         DeviceState* const device = Registry::instance().current();
         const std::string text = capi::format_template(fmt, arguments, device == nullptr ? nullptr : &device->keypaths);
         if (device != nullptr) {
-            device->readings.meet_all(device->keypaths.met(), [&text] { return text; });
+            device->readings.meet_all(device->keypaths.met(), [&text]() -> const std::string& { return text; });
         }
         out << text;
         return out.length();

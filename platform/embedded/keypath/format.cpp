@@ -14,8 +14,11 @@ namespace {
 
 std::string plain_text(const confd_value_t* value)
 {
+    if (value == nullptr) {
+        return {};
+    }
     std::array<char, 256> small{};
-    const int length = value == nullptr ? 0 : plain_value_text(small.data(), static_cast<int>(small.size()), *value);
+    const int length = plain_value_text(small.data(), static_cast<int>(small.size()), *value);
     if (static_cast<std::size_t>(length) < small.size()) {
         return {small.data(), static_cast<std::size_t>(length)};
     }
