@@ -5,7 +5,7 @@
 
 #include "base/exit_status.h"
 #include "generate/generate.h"
-#include "run/options.h"
+#include "run/request.h"
 #include "sweep/sweep.h"
 
 namespace bgp_rehearse {

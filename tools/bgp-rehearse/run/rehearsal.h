@@ -6,7 +6,7 @@
 
 #include "device.h"
 #include "report/model.h"
-#include "run/options.h"
+#include "run/request.h"
 
 namespace bgp_rehearse {
 

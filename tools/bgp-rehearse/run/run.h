@@ -5,7 +5,7 @@
 
 #include "base/exit_status.h"
 #include "device.h"
-#include "run/options.h"
+#include "run/request.h"
 
 namespace bgp_rehearse {
 

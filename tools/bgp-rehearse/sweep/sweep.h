@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "base/exit_status.h"
-#include "run/options.h"
+#include "run/request.h"
 
 namespace bgp_rehearse {
 
