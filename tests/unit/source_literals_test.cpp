@@ -246,8 +246,16 @@ TEST(SourceLiterals, SignaturesInTheBuiltLibrary_AreThoseOfTheList)
 {
     const CommandResult strings = run_command({"readelf", "-p", ".rodata", BGP_UPDATE_LIBRARY});
     ASSERT_EQ(strings.status, 0) << strings.err;
-    const std::vector<std::string> signatures = signatures_among(strings.out);
-    EXPECT_EQ(differences(listed("signatures.txt"), {signatures.begin(), signatures.end()}), "");
+    const std::vector<std::string> found = signatures_among(strings.out);
+    const std::set<std::string> signatures(found.begin(), found.end());
+    const std::set<std::string> promised = listed("signatures.txt");
+#ifdef NDEBUG
+    EXPECT_EQ(differences(promised, signatures), "");
+#else
+    // The getters of values assert, too, and put the signatures of more functions into the library.
+    EXPECT_TRUE(std::includes(signatures.begin(), signatures.end(), promised.begin(), promised.end()))
+        << differences(promised, signatures);
+#endif
 }
 
 TEST(SourceLiterals, WhatOnlyTheListOrTheLibraryHas_IsTold)
