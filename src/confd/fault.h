@@ -48,8 +48,8 @@ constexpr std::size_t kFaultTextSize = 350;
 
 }  // namespace confd
 
-// What an exported function ends with, so that no exception crosses the library's border: its callers know none. One
-// that would leave the function ends in the fault exit, reported with the source path (the kSource of the file), the
+// What an exported function that an exception could leave ends with, so that none crosses the library's border: its
+// callers know none. An exception ends in the fault exit, reported with the source path (the kSource of the file), the
 // guard's own line and `function`: __func__, or a name of its own where several functions of the source path share
 // that. The function's body is a try block; in a constructor that includes the making of its members:
 //

@@ -90,7 +90,7 @@ try {
 BGP_FAULT_ON_EXCEPTION(__func__)
 
 bool BaseEntry::move()
-try {
+{
     const confd::Transaction transaction{maapi_socket_, thandle_};
     if (transaction.move(entry_keys_.data(), key_count_, "%s", entry_path_.c_str()) == CONFD_OK) {
         return true;
@@ -98,44 +98,38 @@ try {
     nzmw_log_debug(log_, "Failed to move path: %s (err: %s)\n", entry_path_.c_str(), confd_lasterr());
     return false;
 }
-BGP_FAULT_ON_EXCEPTION(__func__)
 
 bool BaseEntry::move_to_index(int new_index)
-try {
+{
     log_update();
     set_key(0, static_cast<uint32_t>(new_index));
     return move();
 }
-BGP_FAULT_ON_EXCEPTION(__func__)
 
 void BaseEntry::set_index(const char* signature, const char* leaf, int new_index) const
 {
-    try {
-        const confd::Transaction transaction{maapi_socket_, thandle_};
-        const std::string path = current_path();
+    const confd::Transaction transaction{maapi_socket_, thandle_};
+    const std::string path = current_path();
 
-        confd_value_t temp;
-        CONFD_SET_UINT32(&temp, static_cast<uint32_t>(new_index));
-        if (transaction.set(&temp, leaf, path.c_str()) != CONFD_OK) {
-            // Kept although it cannot hold, so that the upgrade stops here: a row that has moved must not stay with the
-            // index that it had.
-            BGP_REQUIRE_TYPE_FOR(signature, __LINE__, &temp, C_INT32);
-            nzmw_log_debug(log_, "Failed set index %d to path %s (err: %s)\n", CONFD_GET_INT32(&temp), path.c_str(),
-                           confd_lasterr());
-        }
+    confd_value_t temp;
+    CONFD_SET_UINT32(&temp, static_cast<uint32_t>(new_index));
+    if (transaction.set(&temp, leaf, path.c_str()) != CONFD_OK) {
+        // Kept although it cannot hold, so that the upgrade stops here: a row that has moved must not stay with the
+        // index that it had.
+        BGP_REQUIRE_TYPE_FOR(signature, __LINE__, &temp, C_INT32);
+        nzmw_log_debug(log_, "Failed set index %d to path %s (err: %s)\n", CONFD_GET_INT32(&temp), path.c_str(),
+                       confd_lasterr());
     }
-    BGP_FAULT_ON_EXCEPTION(__func__)
 }
 
 int32_t BaseEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-try {
+{
     move_to_index(new_index);
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION("BaseEntry::MoveEntry")
 
 int32_t RtmMjEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-try {
+{
     BGP_REQUIRE_TYPE(__LINE__, &entry_keys_[2], C_ENUM_VALUE);
     const int32_t partner = CONFD_GET_ENUM_VALUE(&entry_keys_[2]);
     if (partner != mib::kPartnerBgp) {
@@ -147,10 +141,9 @@ try {
     move();
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION("RtmMjEntry::MoveEntry")
 
 int32_t RtmRedistEntry::MoveEntry(uint32_t old_index, int new_index)
-try {
+{
     const confd::Transaction transaction{maapi_socket_, thandle_};
 
     confd::Value temp;
@@ -170,10 +163,9 @@ try {
     move();
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION("RtmRedistEntry::MoveEntry")
 
 int32_t RtmRedistProtocolHiddenEntry::MoveEntry(uint32_t old_index, int new_index)
-try {
+{
     const confd::Transaction transaction{maapi_socket_, thandle_};
 
     confd::Value temp;
@@ -195,28 +187,25 @@ try {
     }
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION("RtmRedistProtocolHiddenEntry::MoveEntry")
 
 int32_t BgpPeerEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-try {
+{
     if (move_to_index(new_index)) {
         set_index(__PRETTY_FUNCTION__, "%s/bgpPeerLocalNm", new_index);
     }
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION("BgpPeerEntry::MoveEntry")
 
 int32_t BgpNmEntityEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-try {
+{
     if (move_to_index(new_index)) {
         set_index(__PRETTY_FUNCTION__, "%s/bgpNmEntRmIndex", new_index);
     }
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION("BgpNmEntityEntry::MoveEntry")
 
 int32_t BgpNmListenEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
-try {
+{
     const auto index = static_cast<uint32_t>(new_index);
 
     log_update();
@@ -228,7 +217,6 @@ try {
     move();
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION("BgpNmListenEntry::MoveEntry")
 
 int32_t BgpPeerEntryGlobalHiddenEntry::MoveEntry(uint32_t /*old_index*/, int new_index)
 try {

@@ -3,7 +3,6 @@
 #include "bgp_update/bgp_utils.h"
 #include "bgp_update/rm_index.h"
 #include "conf_updt_log.h"
-#include "confd/fault.h"
 #include "confd/mib_values.h"
 #include "confd/transaction.h"
 #include "confd/type_check.h"
@@ -16,7 +15,7 @@ constexpr char kSource[] = "src/config_update/bgp_update_default_rm_index";
 
 int32_t update_as_to_idx_map(int32_t maapi_socket, int32_t thandle, int32_t /*cdb_socket*/, uint32_t local_as,
                              uint32_t compound)
-try {
+{
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
 
@@ -63,4 +62,3 @@ try {
     }
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION(__func__)

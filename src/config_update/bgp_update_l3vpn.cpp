@@ -98,7 +98,7 @@ try {
 BGP_FAULT_ON_EXCEPTION(__func__)
 
 int32_t update_bgp_bvm_join(int32_t maapi_socket, int32_t thandle, int32_t cdb_socket, int bgp_count)
-try {
+{
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
 
@@ -124,4 +124,3 @@ try {
     nzmw_log_debug(log, "Finishing BGP and BVM join update\n");
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION(__func__)

@@ -102,7 +102,7 @@ bool set_sequence_leaf(const confd::Transaction& transaction, confd_value_t* val
 }  // namespace
 
 int32_t create_hl_and_internal_entries(int32_t maapi_socket, int32_t thandle, std::string name, int32_t list_index)
-try {
+{
     nzmw_log_t* log = get_conf_updt_log_handle();
     const confd::Transaction transaction{maapi_socket, thandle};
     const char* const key = name.c_str();
@@ -138,13 +138,12 @@ try {
     }
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION(__func__)
 
 // NOLINTBEGIN(performance-unnecessary-value-param): the exported interface takes the names by value
 
 int32_t create_hl_sequence_entry(int32_t maapi_socket, int32_t thandle, int jpfx, uint32_t sequence,
                                  confd_value_t* pfx_entries, std::string name, int32_t /*list_index*/)
-try {
+{
     const confd::Transaction transaction{maapi_socket, thandle};
     confd_value_t* const row = &pfx_entries[jpfx * aallPreAccessListLast];
 
@@ -178,7 +177,6 @@ try {
     confd_value_t* const action = &row[aallPreAccessListIncluded];
     return set_sequence_leaf(transaction, action, "/prefix-list/{%s}/seq{%u}/action", name, sequence) ? 0 : -1;
 }
-BGP_FAULT_ON_EXCEPTION(__func__)
 
 int32_t update_entry(int32_t maapi_socket, int32_t thandle, int jpfx, uint32_t sequence, confd_value_t* pfx_entries,
                      std::string name, int32_t list_index)

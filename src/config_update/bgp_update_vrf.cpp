@@ -62,7 +62,7 @@ private:
 
 int bgp_vrf_afisafi_create(int maapi_socket, int thandle, uint32_t index, char* vrf_name, uint32_t /*as*/,
                            confd_value_t* afi, confd_value_t* safi)
-try {
+{
     const confd::Transaction transaction{maapi_socket, thandle};
 
     BGP_REQUIRE_TYPE(40, afi, C_ENUM_VALUE);
@@ -78,7 +78,6 @@ try {
                                                         vrf_name, RtmRedistInfoSource::kBgp, BgpUtils::is_IPv6(afi));
     return 0;
 }
-BGP_FAULT_ON_EXCEPTION(__func__)
 
 // Gives one VRF its instance; the path is that of its entry in the command-line model.
 static void create_vrf_instance(const confd::Transaction& transaction, uint32_t as, char* name, uint32_t index,

@@ -162,7 +162,7 @@ TEST(ReportedPositions, Library_IsRead)
     EXPECT_EQ(router.fixed_lines,
               (std::map<std::string, int>{{"59", 1}, {"100", 1}, {"134", 1}, {"168", 1}, {"203", 1}, {"230", 1}}));
     const Reports& entries = reports_of_the_library().at("src/config_update/bgp_update_default_rm_index");
-    EXPECT_EQ(entries.functions.count("RtmMjEntry::MoveEntry"), 1U);
+    EXPECT_EQ(entries.functions.count("BgpPeerEntryGlobalHiddenEntry::MoveEntry"), 1U);
 }
 
 TEST(ReportedPositions, NameSharedWithinAPath_IsFound)
