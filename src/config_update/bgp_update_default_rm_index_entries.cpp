@@ -82,12 +82,11 @@ void BaseEntry::log_update() const
 }
 
 void BaseEntry::set_key(int position, uint32_t number)
-try {
+{
     confd_value_t* const key = &entry_keys_[static_cast<std::size_t>(position)];
     confd_free_dup_to_value(key);
     CONFD_SET_UINT32(key, number);
 }
-BGP_FAULT_ON_EXCEPTION(__func__)
 
 bool BaseEntry::move()
 {
