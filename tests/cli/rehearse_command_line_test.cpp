@@ -38,9 +38,26 @@ TEST_F(RehearseCommandLine, HelpOfRun_NamesEveryOptionAndStatus)
 {
     const CommandResult result = rehearse({"run", "--help"});
     EXPECT_EQ(result.status, 0);
-    for (const char* part : {"CONFIG.xml", "--library PATH", "-o,--output OUT.xml", "--log FILE",
-                             "--interfaces ADDR[,ADDR...]", "--user-profile N", "--max-entries N", "--json", "--strict",
-                             "--commit-check", "  0  ", "  1  ", "  2  ", "  3  ", "  4  ", "  5  "}) {
+    for (const char* part : {"CONFIG.xml",
+                             "--library PATH",
+                             "-o,--output OUT.xml",
+                             "--log FILE",
+                             "--interfaces ADDR[,ADDR...]",
+                             "--user-profile N",
+                             "--max-entries N",
+                             "--json",
+                             "--fail-on",
+                             "--severity",
+                             "--call-time",
+                             "--facts",
+                             "--color",
+                             "--commit-check",
+                             "  0  ",
+                             "  1  ",
+                             "  2  ",
+                             "  3  ",
+                             "  4  ",
+                             "  5  "}) {
         EXPECT_THAT(result.out, HasSubstr(part));
     }
 }

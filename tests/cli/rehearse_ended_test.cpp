@@ -147,7 +147,7 @@ TEST_F(RehearseEnded, FaultThatDoesNotEndTheUpgrade_IsInTheSummary)
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, HasSubstr("returned 0"));
     EXPECT_THAT(result.out, HasSubstr("f (src/s:5): odd"));
-    EXPECT_EQ(rehearse({"run", config, "--library", library, "--strict"}).status, 3);
+    EXPECT_EQ(rehearse({"run", config, "--library", library, "--fail-on", "review"}).status, 3);
 }
 
 }  // namespace

@@ -72,6 +72,36 @@ TEST_F(RehearseOutput, UpgradedConfiguration_LoadsAgainAndHoldsTheChange)
     expect_no_temporary();
 }
 
+TEST_F(RehearseOutput, JsonInAFile_IsTheDocumentBesideTheText)
+{
+    const std::string library = fake_library(folder, kCreate);
+    const std::string report = folder / "report.json";
+    const CommandResult result = rehearse({"run", config, "--library", library, "--json=" + report});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_THAT(result.out, StartsWith("Rehearsal of "));
+    EXPECT_EQ(content_of(report), rehearse({"run", config, "--library", library, "--json"}).out);
+    expect_no_temporary();
+}
+
+TEST_F(RehearseOutput, JsonInAFileOfAnUpgradeThatEnds_IsTheDocument)
+{
+    const std::string library = fake_library(folder, "log(\"before\"); exit(7);");
+    const std::string report = folder / "report.json";
+    EXPECT_EQ(rehearse({"run", config, "--library", library, "--json=" + report}).status, 1);
+    EXPECT_EQ(content_of(report), rehearse({"run", config, "--library", library, "--json"}).out);
+    expect_no_temporary();
+}
+
+TEST_F(RehearseOutput, JsonInAFileThatIsAnotherOne_IsRefused)
+{
+    for (const std::string option : {"-o", "--log"}) {
+        const CommandResult result = rehearse({"run", config, option, output, "--json=" + output});
+        EXPECT_EQ(result.status, 2);
+        EXPECT_THAT(result.err, HasSubstr("--json"));
+    }
+    EXPECT_EQ(rehearse({"run", config, "--json=" + config}).status, 2);
+}
+
 TEST_F(RehearseOutput, NewFile_HasTheModeOfTheUmask)
 {
     const mode_t before = umask(027);

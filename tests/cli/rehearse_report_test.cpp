@@ -183,12 +183,12 @@ TEST_F(RehearseReport, FailedWrites_AreCountedAndTheFirstShown)
 TEST_F(RehearseReport, FailedWritesWithStrict_ExitWithThreeAndAreWritten)
 {
     const std::string body = "maapi_create(maapi, th, \"/router/bgp{%u}\", 65010u); return 0;";
-    const CommandResult result = run_body(body, {"--strict", "-o", folder / "out.xml"});
+    const CommandResult result = run_body(body, {"--fail-on", "review", "-o", folder / "out.xml"});
     EXPECT_EQ(result.status, 3);
     EXPECT_THAT(result.out, HasSubstr("1 write (1 failed)"));
     EXPECT_THAT(content_of(folder / "out.xml"), HasSubstr("65010"));
-    EXPECT_EQ(run_body("return 0;", {"--strict"}).status, 0);
-    EXPECT_EQ(run_body("return -1;", {"--strict"}).status, 3);
+    EXPECT_EQ(run_body("return 0;", {"--fail-on", "review"}).status, 0);
+    EXPECT_EQ(run_body("return -1;", {"--fail-on", "review"}).status, 3);
 }
 
 TEST_F(RehearseReport, Log_ComesLastWhenAskedFor)

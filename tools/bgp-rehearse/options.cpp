@@ -1,13 +1,15 @@
 #include "options.h"
 
-#include <arpa/inet.h>
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <sstream>
+#include <limits>
+#include <stdexcept>
 #include <thread>
 
+#include "base/given_value.h"
+#include "base/nearest.h"
 #include "base/text_escape.h"
 
 namespace bgp_rehearse {
@@ -19,22 +21,43 @@ constexpr char kExitStatuses[] =
     "  0  the upgrade ran; failed writes, if any, are in the summary\n"
     "  1  the upgrade ended in a fault, an assertion, a signal or an exit; no output is written\n"
     "  2  bad command line, configuration or library; nothing was run\n"
-    "  3  with --strict: the upgrade ran, and a write failed, a fault was reported or update did not return 0\n"
+    "  3  with --fail-on review: the upgrade ran, and a write failed, a fault was reported or update did not return 0\n"
     "  4  with --commit-check: the result is not valid; no output is written\n"
     "  5  the output, the log or the report could not be written";
 
-std::vector<in_addr> parse_addresses(const std::string& text)
+constexpr uint32_t kMost32 = std::numeric_limits<uint32_t>::max();
+
+// An option whose value `take` reads, or throws std::invalid_argument.
+template <typename Take>
+CLI::Option* add_value(CLI::App* command, const char* name, const std::string& value, const std::string& what,
+                       Take take)
 {
-    std::vector<in_addr> addresses;
-    std::istringstream parts(text + ",");
-    for (std::string part; std::getline(parts, part, ',');) {
-        in_addr address{};
-        if (inet_pton(AF_INET, part.c_str(), &address) != 1) {
-            throw CLI::ValidationError("--interfaces", "\"" + part + "\" is not an IPv4 address");
+    const auto read = [=](const std::string& text) {
+        try {
+            take(text);
+        } catch (const std::invalid_argument& wrong) {
+            throw CLI::ValidationError(name, wrong.what());
         }
-        addresses.push_back(address);
-    }
-    return addresses;
+    };
+    return command->add_option_function<std::string>(name, read, what)->option_text(value);
+}
+
+template <typename Number>
+void add_number(CLI::App* command, const char* name, Number* number, uint64_t most, const std::string& what,
+                uint64_t least = 0)
+{
+    add_value(command, name, "N", fmt::format("{} (default: {})", what, *number),
+              [=](const std::string& text) { *number = static_cast<Number>(given_number(text, least, most)); });
+}
+
+// One of the words, which stand in the order of the enumeration.
+template <typename Choice>
+void add_choice(CLI::App* command, const char* name, Choice* choice, const std::vector<std::string>& words,
+                const std::string& what)
+{
+    add_value(command, name, fmt::format("{}", fmt::join(words, "|")),
+              fmt::format("{} (default: {})", what, words[static_cast<std::size_t>(*choice)]),
+              [=](const std::string& text) { *choice = static_cast<Choice>(given_word(text, words)); });
 }
 
 void refuse_empty(const CLI::Option& option, const std::string& name)
@@ -52,28 +75,160 @@ CLI::Option* add_library(CLI::App* command, std::string* library)
 
 void add_device(CLI::App* command, DeviceOptions* device)
 {
+    add_value(command, "--interfaces", "ADDR[,ADDR...]",
+              "The device's IPv4 interface addresses, in order (default: 127.0.0.1)",
+              [device](const std::string& text) {
+                  device->interfaces = given_addresses(text, ",");
+                  device->interfaces_known = true;
+              });
+    add_value(command, "--user-profile", "N", "The user profile of the forwarding resources (default: 0)",
+              [device](const std::string& text) {
+                  device->user_profile = static_cast<uint32_t>(given_number(text, 0, kMost32));
+                  device->user_profile_known = true;
+              });
+    add_number(command, "--max-entries", &device->max_entries, kMost32,
+               "The most entries that a configuration may have");
+}
+
+void add_colour(CLI::App* command, Colour* colour)
+{
+    add_choice(command, "--color", colour, {"auto", "always", "never"}, "Whether the report has colours");
+}
+
+std::pair<std::string, std::string> given_severity(const std::string& text)
+{
+    const std::size_t sign = text.find('=');
+    if (sign == 0 || sign == std::string::npos) {
+        throw std::invalid_argument(fmt::format("\"{}\" is not ID=LEVEL", text));
+    }
+    const std::string level = text.substr(sign + 1);
+    given_word(level, {"note", "review", "stop"});
+    return {text.substr(0, sign), level};
+}
+
+void add_severities(CLI::App* run, std::vector<std::pair<std::string, std::string>>* severities)
+{
+    const auto read = [severities](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+            try {
+                severities->push_back(given_severity(text));
+            } catch (const std::invalid_argument& wrong) {
+                throw CLI::ValidationError("--severity", wrong.what());
+            }
+        }
+    };
+    run->add_option_function<std::vector<std::string>>("--severity", read,
+                                                       "Make a finding a note, a review or a stop; may be given again")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->option_text("ID=LEVEL");
+}
+
+void add_duration(CLI::App* command, const char* name, std::optional<Duration>* duration, const std::string& what)
+{
+    add_value(command, name, "DURATION", what,
+              [duration](const std::string& text) { *duration = given_duration(text); });
+}
+
+void add_judgement(CLI::App* run, RunOptions* options)
+{
+    add_choice(run, "--fail-on", &options->fail_on, {"review", "stop", "never"},
+               "The verdict from which on the exit status is 3");
+    run->add_flag_callback("--strict", [] { throw CLI::ValidationError("--strict", "say --fail-on review"); })
+        ->group("");
+    add_severities(run, &options->severities);
+    add_duration(run, "--call-time", &options->call_time, "What a call takes on the device, such as 100us or 2.5ms");
+    add_duration(run, "--connect-time", &options->connect_time, "What a connection takes on the device");
+    run->add_flag("--again", options->again, "Upgrade the result once more: nothing should change");
+    run->add_flag("--commit-check", options->commit_check, "Validate the result against the YANG modules");
+}
+
+// Alone such an option means its usual value; another one comes behind "=", so that no name of a file is taken for it.
+CLI::Option* add_optional_value(CLI::App* command, const char* name, std::string* value, const char* text,
+                                const std::string& what)
+{
+    return command->add_flag(name, *value, what)->option_text(text)->multi_option_policy(CLI::MultiOptionPolicy::Throw);
+}
+
+void add_report(CLI::App* run, RunOptions* options)
+{
+    add_optional_value(run, "--changes{/}", &options->changes, "[=PATH]",
+                       "List what changed, or what did below a path");
+    add_optional_value(run, "--json{-}", &options->json, "[=FILE]",
+                       "Print the report as one JSON document, or write that to a file beside the text");
+    run->add_flag("--json-log", options->json_log, "Put the upgrade log into the JSON document");
+    add_colour(run, &options->colour);
+}
+
+std::vector<std::string> names_of_options(const CLI::App& command)
+{
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            if (!option->get_group().empty()) {  // the others are not shown
+                names.push_back("--" + name);
+            }
+        }
+    }
+    return names;
+}
+
+// Gives an option what a file says of it. The command line's word counts, and where both may speak it comes last.
+void take_item(const CLI::ConfigItem& item, CLI::Option* option)
+{
+    const std::vector<std::string> given = option->results();
+    if (!given.empty() && option->get_multi_option_policy() != CLI::MultiOptionPolicy::TakeAll) {
+        return;
+    }
+    option->clear();
+    const bool flag = option->get_expected_min() == 0;
+    for (const std::string& value : item.inputs) {
+        option->add_result(flag ? option->get_flag_value(item.name, value == "true" ? "" : value) : value);
+    }
+    for (const std::string& value : given) {
+        option->add_result(value);
+    }
+}
+
+// The options may stand below the command's name in brackets.
+void take_file(CLI::App* command, const std::string& file)
+{
+    const std::vector<std::string> section = {command->get_name()};
+    for (const CLI::ConfigItem& item : CLI::ConfigTOML().from_file(file)) {
+        if (item.parents == section && (item.name == "++" || item.name == "--")) {
+            continue;  // its borders
+        }
+        CLI::Option* const option = command->get_option_no_throw("--" + item.name);
+        const bool here = item.parents.empty() || item.parents == section;
+        if (option == nullptr || !option->get_configurable() || !here) {
+            const std::string name = option == nullptr ? "--" + item.name : std::string();
+            throw CLI::ConfigError(fmt::format("{}: {} is no option that a file can give{}", file, item.fullname(),
+                                               did_you_mean(name, names_of_options(*command))));
+        }
+        take_item(item, option);
+    }
+}
+
+// Comes before the other options, as theirs are read in their order.
+void add_file(CLI::App* command)
+{
     command
         ->add_option_function<std::string>(
-            "--interfaces", [device](const std::string& text) { device->interfaces = parse_addresses(text); },
-            "The device's IPv4 interface addresses, in order (default: 127.0.0.1)")
-        ->option_text("ADDR[,ADDR...]");
-    command
-        ->add_option("--user-profile", device->user_profile,
-                     "The user profile of the forwarding resources (default: 0)")
-        ->option_text("N");
-    command
-        ->add_option("--max-entries", device->max_entries,
-                     fmt::format("The most entries that a configuration may have (default: {})", device->max_entries))
-        ->check(CLI::NonNegativeNumber)
-        ->option_text("N");
+            "--config", [command](const std::string& file) { take_file(command, file); },
+            "Read options from a file, a line for each: fail-on = \"review\"")
+        ->check(CLI::ExistingFile)
+        ->configurable(false)
+        ->option_text("FILE");
 }
 
 CLI::App* add_run(CLI::App* app, RunOptions* options)
 {
     CLI::App* run = app->add_subcommand("run", "Upgrade a copy of a stored configuration and report what changed");
     run->footer(kExitStatuses);
+    add_file(run);
     run->add_option("CONFIG.xml", options->configuration, "The stored configuration, in ConfD's XML load format")
         ->required()
+        ->configurable(false)
         ->option_text(" ");
     CLI::Option* library = add_library(run, &options->library);
     CLI::Option* output = run->add_option("-o,--output", options->output, "Write the upgraded configuration to a file")
@@ -82,22 +237,23 @@ CLI::App* add_run(CLI::App* app, RunOptions* options)
         run->add_option("--log", options->log, "Write the upgrade log to a file, or with - into the report")
             ->option_text("FILE");
     add_device(run, &options->device);
-    run->add_flag("--json", options->json, "Print the report as one JSON document");
-    run->add_flag("--strict", options->strict, "Exit with 3 when a write or another part of the upgrade failed");
-    run->add_flag("--commit-check", options->commit_check, "Validate the result against the YANG modules");
+    CLI::Option* facts =
+        run->add_option("--facts", options->facts, "Take interfaces and profile from a file of devices (CSV or JSON)")
+            ->option_text("FILE");
+    CLI::Option* device =
+        run->add_option("--device", options->device_name, "The device in that file (default: the configuration's name)")
+            ->option_text("NAME");
+    add_report(run, options);
+    add_judgement(run, options);
     run->final_callback([=] {
-        refuse_empty(*library, "--library");
-        refuse_empty(*output, "--output");
-        refuse_empty(*log, "--log");
+        for (const CLI::Option* name : {library, output, log, facts}) {
+            refuse_empty(*name, name->get_name());
+        }
+        if (device->count() > 0 && facts->count() == 0) {
+            throw CLI::RequiresError("--device", "--facts");
+        }
     });
     return run;
-}
-
-void add_number(CLI::App* command, const char* name, uint32_t* number, uint32_t most, const std::string& what)
-{
-    command->add_option(name, *number, fmt::format("{} (default: {})", what, *number))
-        ->check(CLI::Range(uint32_t{0}, most))
-        ->option_text("N");
 }
 
 CLI::App* add_generate(CLI::App* app, GenerateOptions* options)
@@ -110,7 +266,8 @@ CLI::App* add_generate(CLI::App* app, GenerateOptions* options)
     add_number(generate, "--prefix-rules", &settings->prefix_rules, kMostPrefixRules, "Rules of prefix access lists");
     add_number(generate, "--route-maps", &settings->route_maps, kMostRouteMaps, "Route map entries");
     add_number(generate, "--entities", &settings->entities, kMostEntities, "BGP router entities");
-    generate->add_option("--seed", settings->seed, "What all else is drawn from (default: 0)")->option_text("N");
+    add_number(generate, "--seed", &settings->seed, std::numeric_limits<uint64_t>::max(),
+               "What all else is drawn from");
     CLI::Option* output =
         generate->add_option("-o,--output", options->output, "Write to a file (default: standard output)")
             ->option_text("FILE");
@@ -138,15 +295,12 @@ CLI::App* add_sweep(CLI::App* app, SweepOptions* options)
         ->option_text("...");
     CLI::Option* library = add_library(sweep, &options->library);
     add_device(sweep, &options->device);
-    sweep->add_option("--jobs", options->jobs, fmt::format("Runs at a time (default here: {})", options->jobs))
-        ->check(CLI::Range(1U, 256U))
-        ->option_text("N");
-    sweep->add_option("--every", options->every, "Only each N-th run (default: 1)")
-        ->check(CLI::Range(std::size_t{1}, std::size_t{1000000}))
-        ->option_text("N");
+    add_number(sweep, "--jobs", &options->jobs, 256, "Runs at a time", 1);
+    add_number(sweep, "--every", &options->every, 1000000, "Only each N-th run", 1);
     sweep->add_flag("--pairs", options->pairs, "Make all pairs of calls fail, too");
     sweep->add_flag("--all-sites", options->all_sites, "Exit with 6 when a call site was not reached");
     sweep->add_flag("--json", options->json, "Print the report as one JSON document");
+    add_colour(sweep, &options->colour);
     sweep->final_callback([=] { refuse_empty(*library, "--library"); });
     return sweep;
 }
@@ -157,6 +311,52 @@ std::string named(const CLI::App& app)
     const std::vector<CLI::App*> commands = app.get_subcommands();
     return commands.empty() ? "run" : commands.front()->get_name();
 }
+
+std::vector<std::string> names_of_commands(const CLI::App& app)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App* /*all*/) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    return names;
+}
+
+// The first argument that nothing takes, and what it may have been meant for; empty when there is none.
+std::string unexpected(const CLI::App& app)
+{
+    const std::vector<CLI::App*> commands = app.get_subcommands();
+    const bool before = !app.remaining().empty();  // the command
+    const CLI::App& at = before || commands.empty() ? app : *commands.front();
+    if (at.remaining().empty()) {
+        return {};
+    }
+    const std::string argument = at.remaining().front();
+    if (argument.front() == '-') {
+        const std::string name = argument.substr(0, argument.find('='));
+        return fmt::format("{} is no option of {}{}", name, at.get_name(), did_you_mean(name, names_of_options(at)));
+    }
+    return before ? fmt::format("{} is no command{}", argument, did_you_mean(argument, names_of_commands(app)))
+                  : fmt::format("{} is one argument too many", argument);
+}
+
+std::string message_of(const CLI::App& app, const CLI::Error& error)
+{
+    const bool incomplete = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError) ||
+                            error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
+    const std::string argument = incomplete ? unexpected(app) : std::string();
+    return fmt::format("bgp-rehearse: {}\nbgp-rehearse {} --help tells the options.\n",
+                       escaped(argument.empty() ? error.what() : argument), named(app));
+}
+
+// As CLI11 shows them, but for the usual values of options that need none.
+class Help : public CLI::Formatter {
+public:
+    std::string make_option_name(const CLI::Option* option, bool positional) const override
+    {
+        const std::string name = CLI::Formatter::make_option_name(option, positional);
+        return name.substr(0, name.find('{'));
+    }
+};
 
 }  // namespace
 
@@ -170,6 +370,7 @@ CommandLine parse_command_line(int argc, const char* const* argv)
     sweep_options.device = run_options.device;
     sweep_options.jobs = std::max(1U, std::thread::hardware_concurrency());
     app.set_version_flag("--version", "bgp-rehearse " BGP_REHEARSE_VERSION);
+    app.formatter(std::make_shared<Help>());
     app.require_subcommand(1);
     app.footer(
         "See bgp-rehearse run --help for the options of a rehearsal, bgp-rehearse generate --help for those of a "
@@ -177,10 +378,7 @@ CommandLine parse_command_line(int argc, const char* const* argv)
     const CLI::App* run = add_run(&app, &run_options);
     const CLI::App* generate = add_generate(&app, &generate_options);
     add_sweep(&app, &sweep_options);
-    app.failure_message([](const CLI::App* parsed, const CLI::Error& error) {
-        return fmt::format("bgp-rehearse: {}\nbgp-rehearse {} --help tells the options.\n", escaped(error.what()),
-                           named(*parsed));
-    });
+    app.failure_message([](const CLI::App* parsed, const CLI::Error& error) { return message_of(*parsed, error); });
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -8,12 +8,13 @@ namespace bgp_rehearse {
 
 enum class ExitStatus : int {
     Ok = 0,
-    UpgradeEnded = 1,  // the upgrade did not return: a fault, an assertion, a signal, an exit
-    BadInput = 2,      // a bad command line, configuration or library; nothing was rehearsed
-    WritesFailed = 3,  // --strict: the upgrade returned, and something in it failed
-    NotValid = 4,      // --commit-check: the result is not valid
-    NotWritten = 5,    // the result, the log or the report could not be written
+    UpgradeEnded = 1,    // the upgrade did not return: a fault, an assertion, a signal, an exit
+    BadInput = 2,        // a bad command line, configuration or library; nothing was rehearsed
+    VerdictReached = 3,  // the upgrade returned, and the verdict is as bad as --fail-on says, or worse
+    NotValid = 4,        // --commit-check: the result is not valid
+    NotWritten = 5,      // the result, the log or the report could not be written
     ContractBroken = 6,  // a sweep found the library's contract broken
+    OwnFault = 70,       // the command found itself wrong: the account of a rehearsal does not close
 };
 
 // A failure that ends the command. The text says what was wanted, what is wrong and, where it helps, what to do.

@@ -1,11 +1,9 @@
 #include "report/text.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <string_view>
 #include <unordered_map>
 
@@ -340,14 +338,6 @@ void TextReport::log()
 bool write_text_report(const Report& report, bool colour, int file)
 {
     return TextReport(report, colour, file).write();
-}
-
-bool wants_colour()
-{
-    const char* no_color = std::getenv("NO_COLOR");
-    const char* terminal = std::getenv("TERM");
-    const bool refused = no_color != nullptr && *no_color != '\0';
-    return !refused && terminal != nullptr && std::string_view(terminal) != "dumb" && isatty(STDOUT_FILENO) == 1;
 }
 
 }  // namespace bgp_rehearse

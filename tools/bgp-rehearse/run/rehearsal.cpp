@@ -31,7 +31,7 @@ using bgp_platform::Device;
 void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller, UpgradeSteps& steps,
                 std::size_t& lines)
 {
-    const bool tell = options.json || options.log_in_report();
+    const bool tell = !options.json.empty() || options.log_in_report();
     device.keep_reports(tell);  // the log of a large configuration takes as much memory as its rows
     device.log_sink = [&, tell, teller, log, failed = false](std::string_view line) mutable {
         ++lines;
@@ -107,11 +107,15 @@ std::string write_output(const std::string& name, const Device& device, int outp
     return {};
 }
 
-std::string write_report(const RunOptions& options, const Report& report, int file, bool colour)
+std::string write_reports(const RunOptions& options, const Report& report, const RehearsalFiles& files, bool colour)
 {
-    return write_report(report, options.json, colour, file)
-               ? std::string()
-               : fmt::format("the report could not be written: {}", std::strerror(errno));
+    if (!write_report(report, options.json_printed(), colour, files.report)) {
+        return fmt::format("the report could not be written: {}", std::strerror(errno));
+    }
+    if (files.json >= 0 && !write_report(report, true, false, files.json)) {
+        return fmt::format("{} could not be written: {}", escaped(options.json), std::strerror(errno));
+    }
+    return {};
 }
 
 }  // namespace
@@ -147,7 +151,7 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     if (files.output >= 0 && finished.invalid.empty()) {
         finished.write_error = write_output(options.output, device, files.output);
     }
-    const std::string report_error = write_report(options, report, files.report, colour);
+    const std::string report_error = write_reports(options, report, files, colour);
     if (finished.write_error.empty()) {
         finished.write_error = report_error;
     }

@@ -15,6 +15,7 @@ struct RehearsalFiles {
     int report = -1;
     int output = -1;
     int log = -1;
+    int json = -1;
 };
 
 // Runs the upgrade in this process, which a fault in the library then ends. `report` comes with what is known before

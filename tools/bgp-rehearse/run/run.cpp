@@ -13,9 +13,10 @@
 #include "base/child.h"
 #include "base/output_file.h"
 #include "base/progress.h"
+#include "base/terminal.h"
 #include "base/text_escape.h"
 #include "report/report.h"
-#include "report/text.h"
+#include "run/files.h"
 #include "run/library.h"
 #include "run/messages.h"
 #include "run/rehearsal.h"
@@ -25,39 +26,6 @@ namespace bgp_rehearse {
 namespace {
 
 using bgp_platform::Device;
-
-// The files that the command writes, links followed; empty where none is wanted.
-struct Targets {
-    std::string output;
-    std::string log;
-};
-
-// The file for a name of the command line; empty for none.
-std::string check_target(const std::string& option, const std::string& name, const std::string& configuration,
-                         const std::string& library)
-{
-    if (name.empty()) {
-        return {};
-    }
-    std::string target = replaceable_file(option, name);
-    refuse_same_file(option, target, "the configuration to upgrade", configuration);
-    refuse_same_file(option, target, "the upgrade library", library);
-    return target;
-}
-
-Targets check_targets(const RunOptions& options, const std::string& library)
-{
-    if (options.output == "-") {
-        throw CommandError(ExitStatus::BadInput, "-o -: the report goes to standard output; name a file");
-    }
-    const std::string log = options.log_in_file() ? options.log : std::string();
-    Targets targets{check_target("-o", options.output, options.configuration, library),
-                    check_target("--log", log, options.configuration, library)};
-    if (!targets.output.empty() && !targets.log.empty()) {
-        refuse_same_file("--log", targets.log, "the output file", targets.output);
-    }
-    return targets;
-}
 
 // What is known of a run before it begins.
 Report blank_report(const RunOptions& options, const std::string& library, const Device& device)
@@ -116,7 +84,7 @@ struct Outcome {
 
 class Run {
 public:
-    Run(const RunOptions& options, std::string library, const Targets& targets, Device& device)
+    Run(const RunOptions& options, std::string library, const RunTargets& targets, Device& device)
         : options_(options), library_(std::move(library)), targets_(targets), device_(device)
     {
     }
@@ -127,15 +95,15 @@ public:
     int report() const noexcept { return report_file_; }
 
 private:
-    void write_ended_report(Report report, const Ended& ended) const;
-    Outcome ended(const ChildEnd& end, Report report, std::optional<OutputFile>& log) const;
-    Outcome settle(std::optional<OutputFile>& output, std::optional<OutputFile>& log) const;
+    void write_ended_report(Report report, const Ended& ended, std::optional<OutputFile>& json) const;
+    Outcome ended(const ChildEnd& end, Report report, RunFiles& files) const;
+    Outcome settle(RunFiles& files) const;
     void keep_log(std::optional<OutputFile>& log) const;
     std::string without_output() const;
 
     const RunOptions& options_;
     std::string library_;
-    const Targets& targets_;
+    const RunTargets& targets_;
     Device& device_;
     int report_file_ = -1;
     Told told_;
@@ -144,18 +112,12 @@ private:
 Outcome Run::rehearse()
 {
     const Report blank = blank_report(options_, library_, device_);
-    const bool colour = wants_colour();
+    const bool colour = wants_colour(options_.colour);
     const InterruptGuard interrupts;
-    std::optional<OutputFile> output;
-    std::optional<OutputFile> log;
-    if (!targets_.output.empty()) {
-        output.emplace("-o", targets_.output);
-    }
-    if (!targets_.log.empty()) {
-        log.emplace("--log", targets_.log);
-    }
+    RunFiles open(targets_);
     report_file_ = memfd_create("report", MFD_CLOEXEC);
-    const RehearsalFiles files{report_file_, output ? output->descriptor() : -1, log ? log->descriptor() : -1};
+    const RehearsalFiles files{report_file_, open.descriptor(open.output), open.descriptor(open.log),
+                               open.descriptor(open.json)};
     const ChildEnd end = run_in_child(
         interrupts,
         [&](int channel) { return bgp_rehearse::rehearse(options_, library_, device_, blank, files, colour, channel); },
@@ -166,7 +128,7 @@ Outcome Run::rehearse()
     if (told_.refused) {
         throw CommandError(ExitStatus::BadInput, *told_.refused);
     }
-    return told_.finished ? settle(output, log) : ended(end, blank, log);
+    return told_.finished ? settle(open) : ended(end, blank, open);
 }
 
 std::string Run::without_output() const
@@ -180,24 +142,25 @@ void Run::keep_log(std::optional<OutputFile>& log) const
         throw CommandError(ExitStatus::NotWritten,
                            fmt::format("{} could not be written: {}", escaped(options_.log), told_.log_error));
     }
-    if (log) {
-        log->put_in_place();
-    }
+    put_in_place(log);
 }
 
-void Run::write_ended_report(Report report, const Ended& ended) const
+void Run::write_ended_report(Report report, const Ended& ended, std::optional<OutputFile>& json) const
 {
     report.library = told_.library.empty() ? library_ : told_.library;
     report.ended = ended;
     report.log = told_.log;
     report.steps = steps_of(told_);
     if (ftruncate(report_file_, 0) != 0 || lseek(report_file_, 0, SEEK_SET) != 0 ||
-        !bgp_rehearse::write_report(report, options_.json, wants_colour(), report_file_)) {
+        !bgp_rehearse::write_report(report, options_.json_printed(), wants_colour(options_.colour), report_file_)) {
         throw CommandError(ExitStatus::NotWritten, fmt::format("the report: {}", std::strerror(errno)));
+    }
+    if (json && !bgp_rehearse::write_report(report, true, false, json->descriptor())) {
+        throw CommandError(ExitStatus::NotWritten, fmt::format("{}: {}", escaped(options_.json), std::strerror(errno)));
     }
 }
 
-Outcome Run::ended(const ChildEnd& end, Report report, std::optional<OutputFile>& log) const
+Outcome Run::ended(const ChildEnd& end, Report report, RunFiles& files) const
 {
     const Ended ended = explain(end, told_);
     if (told_.returned) {
@@ -206,22 +169,26 @@ Outcome Run::ended(const ChildEnd& end, Report report, std::optional<OutputFile>
             fmt::format("update returned, but what came of it could not be written: the process ended by {}{}",
                         describe(ended), without_output()));
     }
-    write_ended_report(std::move(report), ended);
+    write_ended_report(std::move(report), ended, files.json);
     Outcome outcome{ExitStatus::UpgradeEnded,
                     fmt::format("the upgrade ended in {}{}", describe(ended), without_output())};
     try {
-        keep_log(log);
+        keep_log(files.log);
+        put_in_place(files.json);
     } catch (const CommandError& error) {
         outcome.message += fmt::format("\n{}", error.what());
     }
     return outcome;
 }
 
-Outcome Run::settle(std::optional<OutputFile>& output, std::optional<OutputFile>& log) const
+Outcome Run::settle(RunFiles& files) const
 {
     const Finished& finished = *told_.finished;
     try {
-        keep_log(log);
+        keep_log(files.log);
+        if (finished.write_error.empty()) {
+            put_in_place(files.json);
+        }
     } catch (const CommandError& error) {
         return {error.status(), error.what() + without_output()};
     }
@@ -232,13 +199,11 @@ Outcome Run::settle(std::optional<OutputFile>& output, std::optional<OutputFile>
         return {ExitStatus::NotWritten, finished.write_error};
     }
     try {
-        if (output) {
-            output->put_in_place();
-        }
+        put_in_place(files.output);
     } catch (const CommandError& error) {
         return {error.status(), error.what()};
     }
-    return {options_.strict && finished.failures ? ExitStatus::WritesFailed : ExitStatus::Ok, {}};
+    return {options_.fail_on == FailOn::Review && finished.failures ? ExitStatus::VerdictReached : ExitStatus::Ok, {}};
 }
 
 // Copies the report to standard output.
@@ -258,7 +223,7 @@ void print(int report)
 ExitStatus run(const RunOptions& options)
 {
     const std::string library = find_library(options.library);
-    const Targets targets = check_targets(options, library);
+    const RunTargets targets = check_targets(options, library);
     Run run(options, library, targets, load_device(options.device, options.configuration));
     const Outcome outcome = run.rehearse();
     print(run.report());

@@ -21,6 +21,7 @@ struct SweepOptions {
     bool pairs = false;      // all pairs of failed calls, too
     bool all_sites = false;  // a call site that was not reached counts as a failure
     bool json = false;
+    Colour colour = Colour::Auto;
 };
 
 // Sweeps the configurations and prints the report. Throws CommandError for what keeps it from starting.

@@ -1,0 +1,71 @@
+#include "run/files.h"
+
+#include "base/exit_status.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+// The file for a name of the command line; empty for none.
+std::string check_target(const std::string& option, const std::string& name, const std::string& configuration,
+                         const std::string& library)
+{
+    if (name.empty()) {
+        return {};
+    }
+    std::string target = replaceable_file(option, name);
+    refuse_same_file(option, target, "the configuration to upgrade", configuration);
+    refuse_same_file(option, target, "the upgrade library", library);
+    return target;
+}
+
+void refuse_same_target(const std::string& option, const std::string& target, const std::string& what,
+                        const std::string& other)
+{
+    if (!target.empty() && !other.empty()) {
+        refuse_same_file(option, target, what, other);
+    }
+}
+
+void open_file(const std::string& option, const std::string& target, std::optional<OutputFile>* file)
+{
+    if (!target.empty()) {
+        file->emplace(option, target);
+    }
+}
+
+}  // namespace
+
+RunTargets check_targets(const RunOptions& options, const std::string& library)
+{
+    if (options.output == "-") {
+        throw CommandError(ExitStatus::BadInput, "-o -: the report goes to standard output; name a file");
+    }
+    const auto target = [&](const std::string& option, const std::string& name) {
+        return check_target(option, name, options.configuration, library);
+    };
+    RunTargets targets;
+    targets.output = target("-o", options.output);
+    targets.log = target("--log", options.log_in_file() ? options.log : std::string());
+    targets.json = target("--json", options.json_in_file() ? options.json : std::string());
+    refuse_same_target("--log", targets.log, "the output file", targets.output);
+    refuse_same_target("--json", targets.json, "the output file", targets.output);
+    refuse_same_target("--json", targets.json, "the log file", targets.log);
+    return targets;
+}
+
+RunFiles::RunFiles(const RunTargets& targets)
+{
+    open_file("-o", targets.output, &output);
+    open_file("--log", targets.log, &log);
+    open_file("--json", targets.json, &json);
+}
+
+void put_in_place(std::optional<OutputFile>& file)
+{
+    if (file) {
+        file->put_in_place();
+    }
+}
+
+}  // namespace bgp_rehearse
