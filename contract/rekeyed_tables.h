@@ -63,9 +63,9 @@ inline constexpr RekeyedTable kRekeyedTables[] = {
 
 // The calls that update_rm_index makes for each of the tables alike; their paths follow the table's.
 inline constexpr CallSite kCallsOfEachTable[] = {
-    {"maapi_init_cursor", "", goes_on()},
-    {"maapi_get_next", "", goes_on()},
-    {"maapi_move", "{}", logs("Failed to move path: ")},
+    {"maapi_init_cursor", "", goes_on(), left("the table cannot be read")},
+    {"maapi_get_next", "", goes_on(), left("the table cannot be read to its end")},
+    {"maapi_move", "{}", logs("Failed to move path: "), left("its place is taken")},
 };
 
 }  // namespace bgp_contract

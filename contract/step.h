@@ -1,7 +1,7 @@
 // The words in which contract/steps/ says what is promised of a step: the lines by which a reader of the upgrade log
-// tells how it went, and what it does when one of its calls fails. What is promised has to be said whole: everything
-// here is made by constructors that leave nothing out, so that a step or a call site that lacks something does not
-// compile.
+// tells how it went, what it does when one of its calls fails, and what that comes to for the router. What is promised
+// has to be said whole: everything here is made by constructors that leave nothing out, so that a step or a call site
+// that lacks something does not compile.
 #pragma once
 
 #include <cstddef>
@@ -79,24 +79,112 @@ constexpr Demand asserts(const char* signature, const char* source)
     return {Must::Assert, signature, source, {0, 0}, {}};
 }
 
+// What a failed call comes to for the router.
+enum class Class {
+    Expected,  // nothing: what it would have made is there already, or what it would have set or read is not there
+    Left,      // a row stays behind, or without its counterpart
+    Loses,     // a value is not set
+    Stops,     // its step gives up, or a step does not run
+};
+
+// Which failures a meaning's first sentence is for; the second one is for all others.
+enum class When {
+    Always,
+    WhereThere,    // the error is that the item already exists
+    WhereMissing,  // the error is that the item does not exist
+    SecondTry,     // the call before it at this site has failed too, and was its first try
+};
+
+// What it means when a call fails, in words that stand behind "2 writes failed: ", behind "9 writes failed as on every
+// such router: " (Expected), behind what stayed (Left), or behind the step's title and " gave up: " (Stops).
+struct Meaning {
+    Class kind;
+    When when;
+    const char* sentence;
+    Class other_kind;
+    const char* other_sentence;
+
+    friend constexpr Meaning left(const char* sentence);
+    friend constexpr Meaning loses(const char* sentence);
+    friend constexpr Meaning stops(const char* sentence);
+    friend constexpr Meaning where_there(const Meaning& there, const Meaning& otherwise);
+    friend constexpr Meaning where_missing(const Meaning& missing, const Meaning& otherwise);
+    friend constexpr Meaning expected_where_there(const char* sentence, const Meaning& otherwise);
+    friend constexpr Meaning expected_where_missing(const char* sentence, const Meaning& otherwise);
+    friend constexpr Meaning expected_at_first_try(const char* sentence, const Meaning& at_the_second);
+
+private:
+    constexpr Meaning(Class always, const char* text)
+        : kind(always), when(When::Always), sentence(text), other_kind(always), other_sentence(text)
+    {
+    }
+    constexpr Meaning(When first, const Meaning& one, const Meaning& other)
+        : kind(one.kind), when(first), sentence(one.sentence), other_kind(other.kind), other_sentence(other.sentence)
+    {
+    }
+};
+
+constexpr Meaning left(const char* sentence)
+{
+    return {Class::Left, sentence};
+}
+
+constexpr Meaning loses(const char* sentence)
+{
+    return {Class::Loses, sentence};
+}
+
+constexpr Meaning stops(const char* sentence)
+{
+    return {Class::Stops, sentence};
+}
+
+constexpr Meaning where_there(const Meaning& there, const Meaning& otherwise)
+{
+    return {When::WhereThere, there, otherwise};
+}
+
+constexpr Meaning where_missing(const Meaning& missing, const Meaning& otherwise)
+{
+    return {When::WhereMissing, missing, otherwise};
+}
+
+// No call is expected to fail whatever the error: only where a thing is there already, or is missing, or is looked for
+// in a second place.
+constexpr Meaning expected_where_there(const char* sentence, const Meaning& otherwise)
+{
+    return {When::WhereThere, {Class::Expected, sentence}, otherwise};
+}
+
+constexpr Meaning expected_where_missing(const char* sentence, const Meaning& otherwise)
+{
+    return {When::WhereMissing, {Class::Expected, sentence}, otherwise};
+}
+
+constexpr Meaning expected_at_first_try(const char* sentence, const Meaning& at_the_second)
+{
+    return {When::SecondTry, at_the_second, {Class::Expected, sentence}};
+}
+
 // A place in a step that makes a call of the C API. Reads whose failure counts as "not there" have no line of their own.
 struct CallSite {
-    constexpr CallSite(const char* api_function, const char* path_without_keys, const Demand& when_it_fails)
-        : function(api_function), path(path_without_keys), demand(when_it_fails)
+    constexpr CallSite(const char* api_function, const char* path_without_keys, const Demand& when_it_fails,
+                       const Meaning& what_that_means)
+        : function(api_function), path(path_without_keys), demand(when_it_fails), meaning(what_that_means)
     {
     }
 
     const char* function;  // "maapi_create"
     const char* path;      // "/router/bgp{}/vrf{}"; empty where the call names none
     Demand demand;
+    Meaning meaning;
 };
 
 // All call sites of a step: those of an array that stays.
 class CallSites {
 public:
     template <std::size_t count>
-    constexpr CallSites(const CallSite (&sites)[count])
-        : begin_(sites), end_(sites + count)
+    constexpr CallSites(const CallSite (&sites)[count]) : begin_(sites), end_(sites + count)
     {
     }
 
@@ -106,6 +194,29 @@ public:
 private:
     const CallSite* begin_;
     const CallSite* end_;
+};
+
+struct Title {  // of a step, in network words: "IPv6 unicast"
+    const char* text;
+};
+
+// Rows that a step takes away on purpose: no other row may go.
+struct MeantRemoval {
+    const char* list;      // the path of their list, names alone
+    const char* sentence;  // why they go, in network words
+};
+
+class Removes {
+public:
+    constexpr Removes() = default;
+    constexpr Removes(const char* list, const char* sentence) : removal_{list, sentence}, count_(1) {}
+
+    constexpr const MeantRemoval* begin() const { return &removal_; }
+    constexpr const MeantRemoval* end() const { return &removal_ + count_; }
+
+private:
+    MeantRemoval removal_{};
+    std::size_t count_ = 0;  // no step removes rows of two lists
 };
 
 // The lines of a step, beginnings of log lines that are long enough to tell them from all others.
@@ -129,26 +240,31 @@ struct Condition {  // why it did not run when update() writes no line about it
 };
 
 struct Step {
-    constexpr Step(const char* function, FirstLine first, LastLine last, const NothingToDo& nothing,
-                   const Failed& gave_up, const PassedOver& not_run, Condition unsaid, CallSites sites)
+    constexpr Step(const char* function, Title in_network_words, FirstLine first, LastLine last,
+                   const NothingToDo& nothing, const Failed& gave_up, const PassedOver& not_run, Condition unsaid,
+                   const Removes& removes, CallSites sites)
         : name(function),
+          title(in_network_words.text),
           first_line(first.text),
           last_line(last.text),
           nothing_to_do(nothing),
           failed(gave_up),
           passed_over(not_run),
           condition(unsaid.text),
+          meant_removals(removes),
           calls(sites)
     {
     }
 
     const char* name;  // of its function
+    const char* title;
     const char* first_line;
     const char* last_line;
     Texts nothing_to_do;
     Texts failed;
     Texts passed_over;
     const char* condition;
+    Removes meant_removals;
     CallSites calls;
 };
 

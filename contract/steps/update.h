@@ -12,25 +12,34 @@ inline constexpr Texts kWithoutEntitySteps = {"/DC-BGP-MIB/bgpPeerTable", "/DC-B
                                               "/DC-BGP-MIB/bgpRmAfmJoinTable", "/DC-RTM-MIB/rtmMjTable"};
 
 inline constexpr CallSite kUpdateCalls[] = {
-    {"cdb_set_namespace", "", goes_on()},
-    {"cdb_num_instances", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", goes_on().explaining(kWithoutEntitySteps)},
+    {"cdb_set_namespace", "", goes_on(), loses("the names of the BGP tables are not looked up in their own module")},
+    {"cdb_num_instances", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", goes_on().explaining(kWithoutEntitySteps),
+     stops("how many BGP router entities are stored cannot be read")},
     {"cdb_get_enum_value", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntSupportIpv6",
-     logs("Failed to read IPv6 enable flag for BGP entry: ").explaining(kIpv6Rows)},
-    {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntIndex", goes_on().explaining(kWithoutRekeying)},
-    {"cdb_num_instances", "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry", goes_on()},
-    {"cdb_num_instances", "/prefix-list", goes_on().explaining({"/prefix-list"})},
-    {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntLocalAs", goes_on().explaining(kVrfJoins)},
-    {"cdb_num_instances", "/router/bgp{}/vrf", goes_on().explaining(kVrfJoins)},
+     logs("Failed to read IPv6 enable flag for BGP entry: ").explaining(kIpv6Rows),
+     stops("whether IPv6 is on cannot be read")},
+    {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntIndex", goes_on().explaining(kWithoutRekeying),
+     stops("the index of the BGP router entity cannot be read")},
+    {"cdb_num_instances", "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry", goes_on(),
+     stops("how many access list rules are stored cannot be read")},
+    {"cdb_num_instances", "/prefix-list", goes_on().explaining({"/prefix-list"}),
+     loses("whether there are prefix lists already cannot be read: the access lists are converted even so")},
+    {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntLocalAs", goes_on().explaining(kVrfJoins),
+     stops("the AS number of the BGP router entity cannot be read")},
+    {"cdb_num_instances", "/router/bgp{}/vrf", goes_on().explaining(kVrfJoins),
+     expected_where_missing("the router has no VRFs", stops("how many VRFs the router has cannot be read"))},
 };
 
 inline constexpr Step kUpdate = {
     "update",
+    Title{"choice of steps"},
     FirstLine{"Starting BGP update\n"},
     LastLine{"Finishing BGP update\n"},
     NothingToDo{},
     Failed{},
     PassedOver{},
     Condition{kStepMissing},
+    Removes{},
     kUpdateCalls,
 };
 

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "calls/function.h"
 
@@ -17,8 +16,5 @@ struct Site {
     // "update_router_bgp: maapi_set_elem /router/bgp{}/as-size"
     std::string name() const;
 };
-
-// A keypath with nothing left between its braces and brackets. A quoted key may hold braces.
-std::string without_keys(std::string_view path);
 
 }  // namespace bgp_rehearse

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "judge/call_site.h"
+
 namespace bgp_rehearse {
 
 void Trail::take_line(std::string_view line)

@@ -6,6 +6,7 @@
 #include <cstddef>
 
 #include "contract/steps/update.h"
+#include "judge/call_site.h"
 #include "sweep/contract.h"
 
 namespace bgp_rehearse {
