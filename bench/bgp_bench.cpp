@@ -16,7 +16,7 @@
 #include "confd_maapi.h"
 #include "device.h"
 #include "report/model.h"
-#include "report/upgrade_steps.h"
+#include "judge/upgrade_steps.h"
 
 namespace {
 

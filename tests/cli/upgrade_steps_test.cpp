@@ -1,5 +1,5 @@
 // What the log tells of the upgrade's steps: lines given one by one, and those of real upgrades with calls that fail.
-#include "report/upgrade_steps.h"
+#include "judge/upgrade_steps.h"
 
 #include <gmock/gmock.h>
 

@@ -141,7 +141,7 @@ public:
     // bgp-rehearse, with the sources anew that the contract is in.
     CommandResult build_command() const
     {
-        const std::vector<std::string> anew = {"judge/call_site.cpp", "report/upgrade_steps.cpp", "sweep/contract.cpp"};
+        const std::vector<std::string> anew = {"judge/call_site.cpp", "judge/upgrade_steps.cpp", "sweep/contract.cpp"};
         std::vector<std::string> sources;
         for (const std::string& source : anew) {
             sources.push_back(kHome / "tools/bgp-rehearse" / source);

@@ -8,7 +8,7 @@
 
 #include "calls/recorder.h"
 #include "report/change.h"
-#include "report/upgrade_steps.h"
+#include "judge/upgrade_steps.h"
 #include "store/configuration.h"
 
 namespace bgp_rehearse {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "device.h"
-#include "report/upgrade_steps.h"
+#include "judge/upgrade_steps.h"
 
 namespace bgp_rehearse {
 

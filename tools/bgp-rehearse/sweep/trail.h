@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "calls/recorder.h"
-#include "report/upgrade_steps.h"
+#include "judge/upgrade_steps.h"
 #include "sweep/site.h"
 
 namespace bgp_rehearse {

@@ -1,4 +1,4 @@
-#include "report/upgrade_steps.h"
+#include "judge/upgrade_steps.h"
 
 #include <algorithm>
 #include <cstring>
