@@ -42,6 +42,24 @@ CLI::Option* add_value(CLI::App* command, const char* name, const std::string& v
     return command->add_option_function<std::string>(name, read, what)->option_text(value);
 }
 
+// The same, of an option that may be given again.
+template <typename Take>
+CLI::Option* add_values(CLI::App* command, const std::string& name, const std::string& value, const std::string& what,
+                        Take take)
+{
+    const auto read = [=](const std::vector<std::string>& texts) {
+        try {
+            std::for_each(texts.begin(), texts.end(), take);
+        } catch (const std::invalid_argument& wrong) {
+            throw CLI::ValidationError(name, wrong.what());
+        }
+    };
+    return command->add_option_function<std::vector<std::string>>(name, read, what)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->option_text(value);
+}
+
 template <typename Number>
 void add_number(CLI::App* command, const char* name, Number* number, uint64_t most, const std::string& what,
                 uint64_t least = 0)
@@ -108,20 +126,8 @@ std::pair<std::string, std::string> given_severity(const std::string& text)
 
 void add_severities(CLI::App* run, std::vector<std::pair<std::string, std::string>>* severities)
 {
-    const auto read = [severities](const std::vector<std::string>& texts) {
-        for (const std::string& text : texts) {
-            try {
-                severities->push_back(given_severity(text));
-            } catch (const std::invalid_argument& wrong) {
-                throw CLI::ValidationError("--severity", wrong.what());
-            }
-        }
-    };
-    run->add_option_function<std::vector<std::string>>("--severity", read,
-                                                       "Make a finding a note, a review or a stop; may be given again")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->option_text("ID=LEVEL");
+    add_values(run, "--severity", "ID=LEVEL", "Make a finding a note, a review or a stop; may be given again",
+               [severities](const std::string& text) { severities->push_back(given_severity(text)); });
 }
 
 void add_duration(CLI::App* command, const char* name, std::optional<Duration>* duration, const std::string& what)
@@ -256,24 +262,64 @@ CLI::App* add_run(CLI::App* app, RunOptions* options)
     return run;
 }
 
-CLI::App* add_generate(CLI::App* app, GenerateOptions* options)
+// The sizes of either kind.
+void add_sizes(CLI::App* command, bgp_generator::healthy::Request* request)
 {
     using namespace bgp_generator;
+    const auto add = [command](const char* name, std::optional<uint32_t>* size, uint32_t most, const char* what) {
+        add_value(command, name, "N", what,
+                  [=](const std::string& text) { *size = static_cast<uint32_t>(given_number(text, 0, most)); });
+    };
+    add("--neighbors", &request->neighbors, kMostNeighbors, "Neighbours");
+    add("--vrfs", &request->vrfs, kMostVrfs, "VRFs of the router");
+    add("--prefix-rules", &request->prefix_rules, kMostPrefixRules, "Rules of prefix access lists");
+    add("--route-maps", &request->route_maps, kMostRouteMaps, "Route map entries");
+}
+
+// Which of the two kinds is drawn, and what only one of them has.
+void add_kinds(CLI::App* command, GenerateOptions* options)
+{
+    using namespace bgp_generator;
+    healthy::Request* request = &options->request;
+    add_choice(command, "--kind", &options->kind, {"adversarial", "healthy"},
+               "Odd in all that may be odd, or a router as operators have them");
+    const CLI::Option* role =
+        add_value(command, "--role", "ROLE", "What a healthy router does in its network (default: drawn)",
+                  [request](const std::string& name) { request->role = healthy::role_named(name); });
+    const CLI::Option* flaw =
+        add_values(command, "--flaw", "NAME", "Give a healthy router something known that is wrong; may be given again",
+                   [request](const std::string& name) { request->flaws.push_back(healthy::flaw_named(name)); });
+    add_number(command, "--entities", &options->entities, kMostEntities, "BGP router entities of an adversarial one");
+    const CLI::Option* entities = command->get_option("--entities");
+    command->final_callback([=] {
+        for (const CLI::Option* option : {role, flaw}) {
+            if (options->kind != Kind::Healthy && option->count() > 0) {
+                throw CLI::RequiresError(option->get_name(), "--kind healthy");
+            }
+        }
+        if (options->kind == Kind::Healthy && entities->count() > 0) {
+            throw CLI::ValidationError("--entities", "a healthy router has one; --flaw two-entities gives it a second");
+        }
+    });
+}
+
+CLI::App* add_generate(CLI::App* app, GenerateOptions* options)
+{
     CLI::App* generate = app->add_subcommand("generate", "Draw a configuration at random, the same for the same seed");
-    Settings* settings = &options->settings;
-    add_number(generate, "--neighbors", &settings->neighbors, kMostNeighbors, "Neighbours");
-    add_number(generate, "--vrfs", &settings->vrfs, kMostVrfs, "VRFs of the router");
-    add_number(generate, "--prefix-rules", &settings->prefix_rules, kMostPrefixRules, "Rules of prefix access lists");
-    add_number(generate, "--route-maps", &settings->route_maps, kMostRouteMaps, "Route map entries");
-    add_number(generate, "--entities", &settings->entities, kMostEntities, "BGP router entities");
-    add_number(generate, "--seed", &settings->seed, std::numeric_limits<uint64_t>::max(),
+    add_kinds(generate, options);
+    add_sizes(generate, &options->request);
+    add_number(generate, "--seed", &options->request.seed, std::numeric_limits<uint64_t>::max(),
                "What all else is drawn from");
-    CLI::Option* output =
-        generate->add_option("-o,--output", options->output, "Write to a file (default: standard output)")
-            ->option_text("FILE");
+    add_value(generate, "-o,--output", "FILE", "Write to a file (default: standard output)",
+              [options](const std::string& file) {
+                  if (file.empty()) {
+                      throw std::invalid_argument("a file name is missing");
+                  }
+                  options->output = file;
+              });
     generate->footer(
-        "Exit status: 0 written; 2 bad command line, nothing is written; 5 the configuration could not be written");
-    generate->final_callback([=] { refuse_empty(*output, "--output"); });
+        "A size that is not given is 0, and of a healthy router one that its role has.\n\n" + roles_and_flaws() +
+        "\nExit status: 0 written; 2 bad command line, nothing is written; 5 the configuration could not be written");
     return generate;
 }
 

@@ -2,7 +2,8 @@
 
 #include <stdexcept>
 
-#include "generate/tables.h"
+#include "generate/adversarial/tables.h"
+#include "generate/healthy/tables.h"
 
 namespace bgp_generator {
 
@@ -25,34 +26,72 @@ void check(const Settings& settings)
     refuse_above(kMostEntities, settings.entities, "entities");
 }
 
+// Puts what every configuration begins and ends with around the parts.
+template <typename WriteParts>
+bool write_around(const Sink& sink, WriteParts&& write_parts)
+{
+    XmlRows rows(sink);
+    rows.line(R"(<?xml version="1.0" encoding="UTF-8"?>)");
+    rows.open("config", R"( xmlns="http://tail-f.com/ns/config/1.0")");
+    write_parts(&rows);
+    rows.close("config");
+    return rows.finish();
+}
+
+template <typename Wanted>
+std::string text_of(const Wanted& wanted)
+{
+    std::string text;
+    write_configuration(wanted, [&text](std::string_view piece) {
+        text += piece;
+        return true;
+    });
+    return text;
+}
+
 }  // namespace
 
 bool write_configuration(const Settings& settings, const Sink& sink)
 {
     check(settings);
     const Shape shape(settings);
-    XmlRows rows(sink);
-    rows.line(R"(<?xml version="1.0" encoding="UTF-8"?>)");
-    rows.open("config", R"( xmlns="http://tail-f.com/ns/config/1.0")");
-    write_bgp_tables(shape, &rows);
-    write_stack_tables(shape, &rows);
-    write_access_lists(shape, &rows);
-    write_command_line_model(shape, &rows);
-    write_redistribution_map(shape, &rows);
-    write_internal_tables(shape, &rows);
-    write_index_maps(shape, &rows);
-    rows.close("config");
-    return rows.finish();
+    return write_around(sink, [&shape](XmlRows* rows) {
+        write_bgp_tables(shape, rows);
+        write_stack_tables(shape, rows);
+        write_access_lists(shape, rows);
+        write_command_line_model(shape, rows);
+        write_redistribution_map(shape, rows);
+        write_internal_tables(shape, rows);
+        write_index_maps(shape, rows);
+    });
+}
+
+bool write_configuration(const healthy::Request& request, const Sink& sink)
+{
+    const healthy::Router router = healthy::draw_router(request);
+    return write_around(sink, [&router](XmlRows* rows) {
+        rows->open("DC-BGP-MIB", R"( xmlns="http://tail-f.com/ns/mibs/DC-BGP-MIB")");
+        write_entity_tables(router, rows);
+        write_neighbor_tables(router, rows);
+        write_route_maps(router, rows);
+        rows->close("DC-BGP-MIB");
+        write_stack_tables(router, rows);
+        write_access_lists(router, rows);
+        write_command_line_model(router, rows);
+        write_prefix_lists(router, rows);
+        write_index_maps(router, rows);
+        write_internal_tables(router, rows);
+    });
 }
 
 std::string configuration_text(const Settings& settings)
 {
-    std::string text;
-    write_configuration(settings, [&text](std::string_view piece) {
-        text += piece;
-        return true;
-    });
-    return text;
+    return text_of(settings);
+}
+
+std::string configuration_text(const healthy::Request& request)
+{
+    return text_of(request);
 }
 
 }  // namespace bgp_generator

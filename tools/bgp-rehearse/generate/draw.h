@@ -23,6 +23,8 @@ enum class Subject : uint64_t {
     Joins,
     Listens,
     Hidden,
+    Router,
+    Ospf,
 };
 
 // SplitMix64, started anew for each thing.

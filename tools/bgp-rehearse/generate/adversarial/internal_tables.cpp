@@ -1,5 +1,5 @@
 // The maps of names and the hidden tables, filled to fit the rows that they stand for.
-#include "generate/tables.h"
+#include "generate/adversarial/tables.h"
 
 namespace bgp_generator {
 

@@ -1,7 +1,7 @@
 // The parts of a configuration, one for each group of modules, in the order in which they are written.
 #pragma once
 
-#include "generate/shape.h"
+#include "generate/adversarial/shape.h"
 #include "generate/xml_rows.h"
 
 namespace bgp_generator {

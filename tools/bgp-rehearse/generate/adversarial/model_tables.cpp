@@ -1,6 +1,6 @@
 // What the command line and the upgrade's newer model hold: the router with its VRFs, prefix lists, the maps of
 // redistribution rules and of instance indexes.
-#include "generate/tables.h"
+#include "generate/adversarial/tables.h"
 
 namespace bgp_generator {
 

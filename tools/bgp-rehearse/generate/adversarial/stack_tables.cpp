@@ -1,7 +1,7 @@
 // The other tables of the routing stack: the RTM's joins and rules, OSPF, MPLS VPN, and the prefix access lists.
 #include <cstdio>
 
-#include "generate/tables.h"
+#include "generate/adversarial/tables.h"
 
 namespace bgp_generator {
 

@@ -1,5 +1,5 @@
 // The BGP tables of the routing stack: entities with what belongs to them, neighbours, route maps.
-#include "generate/tables.h"
+#include "generate/adversarial/tables.h"
 
 namespace bgp_generator {
 

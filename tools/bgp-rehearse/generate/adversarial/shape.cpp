@@ -1,8 +1,10 @@
-#include "generate/shape.h"
+#include "generate/adversarial/shape.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+
+#include "generate/address_text.h"
 
 namespace bgp_generator {
 
@@ -20,22 +22,6 @@ constexpr GlobalMaps kGlobalMaps[] = {GlobalMaps::None,      GlobalMaps::None,  
                                       GlobalMaps::None,      GlobalMaps::None,       GlobalMaps::Empty,
                                       GlobalMaps::OfOtherAs, GlobalMaps::OfTheEntity};
 
-std::string ipv4_octets(uint32_t address)
-{
-    char text[sizeof "00:00:00:00"];
-    std::snprintf(text, sizeof text, "%02x:%02x:%02x:%02x", address >> 24, address >> 16 & 0xFF, address >> 8 & 0xFF,
-                  address & 0xFF);
-    return text;
-}
-
-std::string ipv4_text(uint32_t address)
-{
-    char text[sizeof "255.255.255.255"];
-    std::snprintf(text, sizeof text, "%u.%u.%u.%u", address >> 24, address >> 16 & 0xFF, address >> 8 & 0xFF,
-                  address & 0xFF);
-    return text;
-}
-
 uint32_t ipv4_of(uint32_t number)
 {
     return kFirstIpv4 + number * kIpv4Step;
@@ -49,13 +35,13 @@ std::string Neighbor::local_octets() const
         case LocalAddress::Unknown:
             return {};
         case LocalAddress::AnyIpv4:
-            return "00:00:00:00";
+            return kAnyIpv4Octets;
         case LocalAddress::OwnIpv4:
             return ipv4_octets(ipv4_of(number) - 1);
         case LocalAddress::AnyIpv6:
             break;
     }
-    return "00:00:00:00:00:00:00:00:00:00:00:00:00:00:00:00";
+    return kAnyIpv6Octets;
 }
 
 std::string Neighbor::remote_octets() const
