@@ -90,6 +90,10 @@ UpgradeHandles Device::open_upgrade()
     state_.upgrade.cdb_socket = open_socket(Endpoint::Kind::Cdb, &state_, true);
     state_.upgrade.thandle = next_thandle_++;
     state_.transaction = std::make_unique<store::Configuration>(state_.stored);
+    if (keep_history_) {
+        state_.history = std::make_unique<store::History>(state_.stored);
+        state_.transaction->note_in(state_.history.get());
+    }
     *interface_ = NzConfdInterface(state_.upgrade.maapi_socket);
     context_.fd = state_.upgrade.maapi_socket;
     context_.thandle = state_.upgrade.thandle;
@@ -103,6 +107,7 @@ void Device::close_upgrade() noexcept
     close_socket(&state_.upgrade.cdb_socket);
     state_.upgrade.thandle = -1;
     state_.transaction.reset();
+    state_.history.reset();
     *interface_ = NzConfdInterface(-1);
 }
 

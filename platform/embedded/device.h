@@ -23,6 +23,7 @@
 #include "confd_lib.h"
 #include "state.h"
 #include "store/changes.h"
+#include "store/history.h"
 #include "xml/config_reader.h"
 #include "xml/config_writer.h"
 
@@ -62,6 +63,12 @@ public:
     void load_file(const std::string& path, const xml::Progress& progress = {}, const xml::Limits& limits = {});
     void load_text(std::string_view xml, const std::string& name = "configuration", const xml::Limits& limits = {});
     void clear();  // an empty stored configuration
+
+    // Whether the upgrades opened from now on keep a history of their transaction (store/history.h).
+    void keep_history(bool keep) noexcept { keep_history_ = keep; }
+
+    // The history of the open transaction; null when none is open or it keeps none.
+    store::History* history() const noexcept { return state_.history.get(); }
 
     // Opens the transaction and the two sockets (once; a second call before drop() or commit() throws
     // std::logic_error).
@@ -117,6 +124,7 @@ private:
     void close_upgrade() noexcept;
 
     int next_thandle_ = 1;
+    bool keep_history_ = false;
     std::unique_ptr<NzConfdInterface> interface_;
     confd_trans_ctx context_{};
     std::size_t values_before_;

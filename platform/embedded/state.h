@@ -20,6 +20,7 @@
 #include "calls/recorder.h"
 #include "keypath/keypath.h"
 #include "store/configuration.h"
+#include "store/history.h"
 
 namespace bgp_platform {
 
@@ -90,6 +91,7 @@ struct DeviceState {
 
     store::Configuration stored;
     std::unique_ptr<store::Configuration> transaction;  // null: no upgrade is open
+    std::unique_ptr<store::History> history;            // of the transaction; null: nobody asked for it
     UpgradeHandles upgrade;
 
     capi::Recorder recorder;

@@ -268,8 +268,8 @@ TEST(ArrowsPlanted, FilesInACircle_AreReported)
     Includes includes = all_includes();
     includes.push_back({"platform/embedded/store/row.h", "platform/embedded/store/list.h", "store/list.h"});
     EXPECT_EQ(circle_in(files_of(includes)),
-              "platform/embedded/store/list.h -> platform/embedded/store/list_node.h -> "
-              "platform/embedded/store/row.h -> platform/embedded/store/list.h");
+              "platform/embedded/store/row.h -> platform/embedded/store/list.h -> "
+              "platform/embedded/store/list_node.h -> platform/embedded/store/row.h");
 }
 
 }  // namespace

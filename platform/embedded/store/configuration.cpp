@@ -197,8 +197,11 @@ Result Configuration::create(const Path& path)
     if (exists(path)) {
         return Result::AlreadyExists;
     }
+    room_for_note();
     if (!path.names_entry()) {
-        edit_place(path).value(path.node->slot) = Value::present();
+        Row& row = edit_place(path);
+        row.value(path.node->slot) = Value::present();
+        note_written(row, *path.node);
         return Result::Ok;
     }
     const std::vector<Value>& keys = path.entries.back().keys;
@@ -207,7 +210,65 @@ Result Configuration::create(const Path& path)
     }
     RowRef entry(*path.node->entry);
     set_key(entry.edit(), keys);
-    edit_place(path).list(path.node->slot).insert_new(std::move(entry));
+    Row& place = edit_place(path);
+    const Row& made = *entry;
+    place.list(path.node->slot).insert_new(std::move(entry));
+    if (path.node->kind == NodeKind::LeafList) {
+        note_written(place, *path.node);
+    } else if (notes_.history != nullptr) {
+        notes_.history->note_made(made);
+    }
+    return Result::Ok;
+}
+
+void Configuration::room_for_note() const
+{
+    if (notes_.history != nullptr) {
+        notes_.history->room_for(1);
+    }
+}
+
+void Configuration::note_written(const Row& row, const Node& node) const noexcept
+{
+    if (notes_.history != nullptr) {
+        notes_.history->note_written(row, node);
+    }
+}
+
+// Of a node that is about to lose its content: what is set in it, and the entries of its lists. `stored` is the row's own.
+void Configuration::note_cleared(const Row& row, const Row* stored, const Node& node)
+{
+    History& history = *notes_.history;
+    if (node.kind == NodeKind::List) {
+        const List* const before = stored == nullptr ? nullptr : &stored->list(node.slot);
+        history.room_for(row.list(node.slot).size());
+        row.list(node.slot).for_each(
+            [&](const Row& entry) { history.note_left(entry, history.stored_entry(entry, before)); });
+        return;
+    }
+    if (node.kind != NodeKind::Container && has_content(row, node)) {
+        history.room_for(1);
+        history.note_written(row, node);
+    }
+    for (const Node* child : node.children) {
+        note_cleared(row, stored, *child);
+    }
+}
+
+// An entry that is there.
+Result Configuration::take_entry(const Path& path)
+{
+    const Row& entry = *find_row(path);
+    room_for_note();
+    History* const history = notes_.history;
+    const Row* const stored = history == nullptr ? nullptr : history->stored_row(*root_, path.entries);
+    Row& place = edit_place(path);
+    const RowRef taken = place.list(path.node->slot).take_known(entry.keys(), entry.record().keys);
+    if (path.node->kind == NodeKind::LeafList) {
+        note_written(place, *path.node);
+    } else if (history != nullptr) {
+        history->note_left(*taken, stored);
+    }
     return Result::Ok;
 }
 
@@ -221,12 +282,7 @@ Result Configuration::remove(const Path& path)
         return Result::NotFound;
     }
     if (path.names_entry()) {
-        const Row* entry = find_row(path);
-        if (entry == nullptr) {
-            return Result::NotFound;
-        }
-        edit_place(path).list(path.node->slot).take_known(entry->keys(), entry->record().keys);
-        return Result::Ok;
+        return find_row(path) == nullptr ? Result::NotFound : take_entry(path);
     }
     if (path.node->key) {
         return Result::NotDeletable;
@@ -234,7 +290,11 @@ Result Configuration::remove(const Path& path)
     if (!has_content(*place, *path.node)) {
         return Result::NotFound;
     }
-    clear_content(edit_place(path), *path.node);
+    Row& open = edit_place(path);
+    if (notes_.history != nullptr) {
+        note_cleared(open, notes_.history->stored_row(*root_, path.entries), *path.node);
+    }
+    clear_content(open, *path.node);
     return Result::Ok;
 }
 
@@ -253,6 +313,10 @@ public:
             row_ = open_ = &follow_for_edit(configuration_.edit_root(), path_.entries, path_.entries.size());
         }
         return *open_;
+    }
+    const Row* stored(const History& history) const noexcept
+    {
+        return history.stored_row(*configuration_.root_, path_.entries);
     }
 
 private:
@@ -275,7 +339,11 @@ Result Configuration::set_in(FoundRow* row, NodeValue* given)
     if (node.key) {
         return Result::NotWritable;
     }
+    room_for_note();
     Row& open = row->edit();
+    if (takes_away && notes_.history != nullptr && node.is_container()) {
+        note_cleared(open, row->stored(*notes_.history), node);
+    }
     if (node.is_list()) {
         open.list(node.slot) = std::move(given->entries);
     } else if (takes_away) {
@@ -283,6 +351,7 @@ Result Configuration::set_in(FoundRow* row, NodeValue* given)
     } else {
         open.value(node.slot) = std::move(given->value);
     }
+    note_written(open, node);
     return Result::Ok;
 }
 
@@ -323,8 +392,11 @@ Result Configuration::move(const Path& entry, const std::vector<Value>& to_key)
     if (there != nullptr) {
         return there == row ? Result::Ok : Result::AlreadyExists;
     }
+    room_for_note();
+    const Row* const stored = notes_.history == nullptr ? nullptr : notes_.history->stored_row(*root_, entry.entries);
     RowRef moved(*row);
     set_key(moved.edit(), to_key);
+    const Row& moved_row = *moved;
     List& list = edit_place(entry).list(entry.node->slot);
     list.insert_new(std::move(moved));
     try {
@@ -332,6 +404,9 @@ Result Configuration::move(const Path& entry, const std::vector<Value>& to_key)
     } catch (const std::bad_alloc&) {
         list.take_known(to_key.data(), to_key.size());  // which its insertion has made ready for
         throw;
+    }
+    if (notes_.history != nullptr) {
+        notes_.history->note_left(moved_row, stored);
     }
     return Result::Ok;
 }

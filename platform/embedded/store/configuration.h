@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "schema/schema.h"
+#include "store/history.h"
 #include "store/list.h"
 #include "store/row.h"
 
@@ -51,6 +52,10 @@ struct NodeValue {
 class Configuration {
 public:
     explicit Configuration(std::shared_ptr<const schema::Schema> schema);
+
+    // Notes in a history, which is of the configuration that this one is a copy of, what is written from now on; null:
+    // nothing. A copy of this configuration notes nothing.
+    void note_in(History* history) noexcept { notes_.history = history; }
 
     const schema::Schema& schema() const noexcept { return *schema_; }
     const std::shared_ptr<const schema::Schema>& schema_ref() const noexcept { return schema_; }
@@ -117,8 +122,22 @@ public:
     Row* edit_row(const Path& path);
 
 private:
+    // Stays behind when the configuration is copied or moved.
+    struct Notes {
+        History* history = nullptr;
+
+        Notes() = default;
+        Notes(const Notes& /*other*/) noexcept {}
+        Notes& operator=(const Notes& /*other*/) noexcept { return *this; }
+        ~Notes() = default;
+    };
+
     class FoundRow;
-    static Result set_in(FoundRow* row, NodeValue* given);
+    Result set_in(FoundRow* row, NodeValue* given);
+    Result take_entry(const Path& entry);
+    void room_for_note() const;
+    void note_written(const Row& row, const schema::Node& node) const noexcept;
+    void note_cleared(const Row& row, const Row* stored, const schema::Node& node);
 
     const Row* find_place(const Path& path) const noexcept;
     Row& edit_place(const Path& path);  // what find_place() finds, unshared with every row and node on the way
@@ -126,6 +145,7 @@ private:
     std::shared_ptr<const schema::Schema> schema_;
     RowRef root_;
     uint64_t openings_ = 0;
+    Notes notes_;
 };
 
 }  // namespace bgp_platform::store

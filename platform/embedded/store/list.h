@@ -65,9 +65,12 @@ public:
     Iterator iterate_after(const schema::Value* keys, std::size_t count) const noexcept;  // from find_after()'s entry
 
     // Calls visit(before, after) in key order for every entry that is in one list only (the other pointer is null) or
-    // that is another row in each; whole nodes that the two lists share are skipped unseen.
-    static void walk_differences(const List& before, const List& after,
-                                 const std::function<void(const Row*, const Row*)>& visit);
+    // that is another row in each, and returns how many entries the two lists share: whole nodes of those are skipped
+    // unseen. walk_both() skips nothing: an entry that both share is visited as (row, row).
+    static std::size_t walk_differences(const List& before, const List& after,
+                                        const std::function<void(const Row*, const Row*)>& visit);
+    static void walk_both(const List& before, const List& after,
+                          const std::function<void(const Row*, const Row*)>& visit);
 
     // Bytes taken by the tree's nodes, without the rows (shared ones count here too).
     std::size_t node_bytes() const noexcept;
@@ -105,8 +108,9 @@ public:
         return *this;
     }
 
-    // Steps over the largest node at whose beginning both iterators stand. False, and no step, when there is none.
-    static bool skip_shared(Iterator* left, Iterator* right) noexcept;
+    // Steps over the largest node at whose beginning both iterators stand, and returns its rows; 0, and no step, when there
+    // is none.
+    static std::size_t skip_shared(Iterator* left, Iterator* right) noexcept;
 
 private:
     friend class List;

@@ -55,34 +55,35 @@ std::size_t List::Iterator::begun() const noexcept
     return nodes;
 }
 
-bool List::Iterator::skip_shared(Iterator* left, Iterator* right) noexcept
+std::size_t List::Iterator::skip_shared(Iterator* left, Iterator* right) noexcept
 {
     // All leaf nodes lie equally deep, so a shared node has the same height in both trees.
     for (std::size_t height = std::min(left->begun(), right->begun()); height-- > 0;) {
-        if (left->node_at(height) == right->node_at(height)) {
+        if (const ListNode* const node = left->node_at(height); node == right->node_at(height)) {
             left->leave(height);
             right->leave(height);
-            return true;
+            return node->size;
         }
     }
-    return false;
+    return 0;
 }
 
-void List::walk_differences(const List& before, const List& after,
-                            const std::function<void(const Row*, const Row*)>& visit)
+namespace {
+
+// Walks two lists side by side. skip() steps over entries that need no visit, and says whether it did.
+template <typename Skip, typename Visit>
+void walk_side_by_side(const List& before, const List& after, const Skip& skip, const Visit& visit)
 {
-    Iterator old_entry = before.begin();
-    Iterator new_entry = after.begin();
+    List::Iterator old_entry = before.begin();
+    List::Iterator new_entry = after.begin();
     while (old_entry && new_entry) {
-        if (Iterator::skip_shared(&old_entry, &new_entry)) {
+        if (skip(&old_entry, &new_entry)) {
             continue;
         }
-        const Row* old_row = *old_entry;
-        const Row* new_row = *new_entry;
+        const Row* const old_row = *old_entry;
+        const Row* const new_row = *new_entry;
         const int order = old_row == new_row ? 0 : compare_key(*old_row, new_row->keys(), new_row->record().keys);
-        if (old_row != new_row) {
-            visit(order <= 0 ? old_row : nullptr, order >= 0 ? new_row : nullptr);
-        }
+        visit(order <= 0 ? old_row : nullptr, order >= 0 ? new_row : nullptr);
         if (order <= 0) {
             ++old_entry;
         }
@@ -96,6 +97,31 @@ void List::walk_differences(const List& before, const List& after,
     for (; new_entry; ++new_entry) {
         visit(nullptr, *new_entry);
     }
+}
+
+}  // namespace
+
+std::size_t List::walk_differences(const List& before, const List& after,
+                                   const std::function<void(const Row*, const Row*)>& visit)
+{
+    std::size_t shared = 0;
+    const auto skip = [&shared](Iterator* left, Iterator* right) {
+        std::size_t skipped = Iterator::skip_shared(left, right);
+        if (skipped == 0 && **left == **right) {
+            skipped = 1;
+            ++*left;
+            ++*right;
+        }
+        shared += skipped;
+        return skipped > 0;
+    };
+    walk_side_by_side(before, after, skip, visit);
+    return shared;
+}
+
+void List::walk_both(const List& before, const List& after, const std::function<void(const Row*, const Row*)>& visit)
+{
+    walk_side_by_side(before, after, [](Iterator*, Iterator*) { return false; }, visit);
 }
 
 }  // namespace bgp_platform::store

@@ -44,6 +44,7 @@ Row* Row::copy(const Row& original)
     Row* row = make_head(record);
     std::uninitialized_copy_n(original.values(), record.values.size(), row->values());
     std::uninitialized_copy_n(&original.list(0), record.lists.size(), &row->list(0));
+    row->set_mark(original.mark());
     return row;
 }
 

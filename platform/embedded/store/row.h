@@ -26,6 +26,11 @@ public:
     const List& list(uint16_t slot) const noexcept;
     List& list(uint16_t slot) noexcept;
 
+    // By which a history (history.h) knows a row that was written; 0 for one that was not. Copies have it too. It stands
+    // where the head has room, and is no part of what the row holds.
+    uint32_t mark() const noexcept { return mark_; }
+    void set_mark(uint32_t mark) const noexcept { mark_ = mark; }
+
     // The key: record().keys values from the first.
     const schema::Value* keys() const noexcept { return values(); }
 
@@ -42,6 +47,7 @@ private:
     schema::Value* values() noexcept { return reinterpret_cast<schema::Value*>(this + 1); }
     const schema::Value* values() const noexcept { return reinterpret_cast<const schema::Value*>(this + 1); }
 
+    mutable uint32_t mark_ = 0;
     const schema::Record* record_;
 };
 
