@@ -28,6 +28,15 @@ struct RecordedCall {
     std::string text() const;  // "maapi_set_elem /router/bgp{65010}/as-size 2 -> 0"
 };
 
+// A call that has failed, while it is told of.
+struct Failure {
+    Function function;
+    int error;                 // the code
+    std::string_view path;     // as the program called it, its arguments filled in; empty where the call names none
+    std::string_view message;  // confd_lasterr()
+    std::size_t number;        // of the call, among all of the device from 1
+};
+
 class Recorder {
 public:
     void start() noexcept { on_ = true; }
@@ -40,6 +49,9 @@ public:
 
     // Called after each call, also while recording is off.
     std::function<void()> after_call;
+
+    // Called after each call that failed, before that one; likewise.
+    std::function<void(const Failure&)> after_failure;
 
 private:
     bool on_ = false;
@@ -56,6 +68,7 @@ struct FailedCall {
 struct CallCounts {
     static constexpr std::size_t kKept = 20;
 
+    std::size_t total = 0;
     std::array<std::size_t, kFunctions> calls{};
     std::array<std::size_t, kFunctions> failures{};
     std::vector<FailedCall> failed_writes;  // at most kKept, as far as there is memory

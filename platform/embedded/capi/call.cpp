@@ -237,6 +237,7 @@ void Call::count(int result) noexcept
 {
     CallCounts& counts = device().calls;
     const auto slot = static_cast<std::size_t>(function_);
+    ++counts.total;
     ++counts.calls[slot];
     if (result >= 0) {
         return;
@@ -244,6 +245,9 @@ void Call::count(int result) noexcept
     ++counts.failures[slot];
     if (effect_of(function_) == Effect::Write) {
         counts.keep(function_, error_, confd_lasterr());
+    }
+    if (device().recorder.after_failure) {
+        device().recorder.after_failure({function_, error_, path(), confd_lasterr(), counts.total});
     }
 }
 

@@ -119,6 +119,13 @@ std::string keypath(const Trail& row, const schema::Node& node)
     return path;
 }
 
+std::string way_below(const Node* list, const Node& node)
+{
+    std::string path;
+    append_way(list, &node, &path);
+    return path;
+}
+
 std::string key_text(const Row& entry)
 {
     const schema::Record& record = entry.record();

@@ -35,6 +35,9 @@ std::string keypath(const Trail& around, const Row* entry);
 // The keypath of a node below a row.
 std::string keypath(const Trail& row, const schema::Node& node);
 
+// The way from below a list (null: from the top) down to a node of its entries, "/a/b".
+std::string way_below(const schema::Node* list, const schema::Node& node);
+
 // A key tuple as it stands between braces, "5 ipv4 0a:00:00:01"; a text with blanks or braces is quoted.
 std::string key_text(const Row& entry);
 

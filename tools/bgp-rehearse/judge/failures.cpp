@@ -1,0 +1,97 @@
+// What failed calls come to: writes that every such router has failing, values and rows that are lost or stay behind, steps
+// that gave up. The contract says of each call site what its failure means (contract/steps/).
+#include <fmt/format.h>
+
+#include <map>
+#include <unordered_map>
+
+#include "contract/rekeyed_tables.h"
+#include "judge/call_site.h"
+#include "judge/rule.h"
+#include "judge/words.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_contract::Class;
+
+// The failures that are told in one sentence.
+struct Group {
+    FindingId id;
+    Severity severity;
+    std::string step;
+    std::string sentence;
+
+    bool operator<(const Group& other) const
+    {
+        return std::tie(id, severity, step, sentence) < std::tie(other.id, other.severity, other.step, other.sentence);
+    }
+};
+
+class Failures : public Rule {
+public:
+    explicit Failures(const Evidence& evidence) : evidence_(evidence) {}
+
+    void find(std::vector<Finding>* findings) override
+    {
+        evidence_.failed_calls.for_each([this](const FailedCalls::Call& call) { take(call); });
+        for (auto& [group, finding] : groups_) {
+            finding.sentence = sentence(group, finding.count);
+            findings->push_back(std::move(finding));
+        }
+    }
+
+private:
+    void take(const FailedCalls::Call& call)
+    {
+        if (call.kind == Class::Expected) {
+            add({FindingId::FailedAsExpected, Severity::Note, call.step, call.sentence}, call);
+        } else if (call.kind == Class::Stops) {
+            // The step itself says that it gave up (steps.cpp).
+        } else if (call.kind == Class::Left) {
+            // The row tells itself (left_rows.cpp).
+        } else {
+            add({FindingId::WriteFailed, Severity::Review, call.step, call.sentence}, call);
+        }
+    }
+
+    void add(const Group& group, const FailedCalls::Call& call)
+    {
+        const auto [at, fresh] = groups_.try_emplace(group);
+        Finding& finding = at->second;
+        if (fresh) {
+            finding.id = group.id;
+            finding.severity = group.severity;
+            finding.step = group.step;
+        }
+        ++finding.count;
+        finding.said.push_back({std::string(call.path), std::string(call.message)});
+        Place place;
+        place.said = static_cast<uint32_t>(finding.said.size());
+        finding.places.push_back(place);
+    }
+
+    static std::string sentence(const Group& group, std::size_t count)
+    {
+        const bool one = count == 1;
+        if (group.id == FindingId::FailedAsExpected) {
+            return fmt::format("{} {} failed as on every such router: {}", grouped(count), one ? "write" : "writes",
+                               group.sentence);
+        }
+        return fmt::format("{} {} failed{}{}", grouped(count), one ? "call" : "calls", group.sentence.empty() ? "" : ": ",
+                           group.sentence);
+    }
+
+    const Evidence& evidence_;
+    std::map<Group, Finding> groups_;
+};
+
+}  // namespace
+
+std::unique_ptr<Rule> failures_rule(const Evidence& evidence)
+{
+    return std::make_unique<Failures>(evidence);
+}
+
+}  // namespace bgp_rehearse

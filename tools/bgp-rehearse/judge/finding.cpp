@@ -1,0 +1,88 @@
+#include "judge/finding.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "judge/words.h"
+#include "store/changes.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_platform::store::Row;
+
+constexpr const char* kSeverities[] = {"note", "review", "stop"};
+
+// In the order of FindingId.
+constexpr const char* kIds[] = {
+    "ended",          "returned",          "step-failed",      "row-lost",        "reference-broken",
+    "not-valid",      "row-left",          "write-failed",     "family-off",      "identity-guessed",
+    "identity-changed", "redistribution-changed", "index-changed", "stand-in-doubt", "again",
+    "limit-rewritten", "action-rewritten", "route-map-rewritten", "failed-as-expected", "left-out",
+};
+static_assert(std::size(kIds) == kFindingIds);
+
+template <typename Id, typename Names>
+std::optional<Id> named(const Names& names, std::string_view name) noexcept
+{
+    const auto found = std::find(std::begin(names), std::end(names), name);
+    return found == std::end(names) ? std::nullopt : std::optional<Id>(static_cast<Id>(found - std::begin(names)));
+}
+
+const Row* row_of(const Place& place) noexcept
+{
+    return place.after != nullptr ? place.after : place.before;
+}
+
+}  // namespace
+
+const char* name_of(Severity severity) noexcept
+{
+    return kSeverities[static_cast<std::size_t>(severity)];
+}
+
+std::optional<Severity> severity_named(std::string_view name) noexcept
+{
+    return named<Severity>(kSeverities, name);
+}
+
+const char* name_of(FindingId id) noexcept
+{
+    return kIds[static_cast<std::size_t>(id)];
+}
+
+std::optional<FindingId> finding_named(std::string_view name) noexcept
+{
+    return named<FindingId>(kIds, name);
+}
+
+std::string path_of(const Finding& finding, const Place& place)
+{
+    if (place.said != 0) {
+        return finding.said[place.said - 1].path;
+    }
+    std::string path = bgp_platform::store::keypath(finding.around[place.around], row_of(place));
+    if (finding.leaf != nullptr) {
+        path += bgp_platform::store::way_below(row_of(place)->record().owner, *finding.leaf);
+    }
+    return path;
+}
+
+std::string words_of(const Finding& finding, const Place& place)
+{
+    if (place.said != 0) {
+        return finding.said[place.said - 1].text;
+    }
+    std::string words = words_of_row(finding.around[place.around], *row_of(place));
+    if (finding.leaf != nullptr) {
+        const uint16_t slot = finding.leaf->slot;
+        const auto value = [&](const Row* row) {
+            return words_of_value(*finding.leaf, row == nullptr || row->value(slot).absent() ? nullptr : &row->value(slot));
+        };
+        words += ": " + value(place.before) + " -> " + value(place.after);
+    }
+    return words;
+}
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,77 @@
+#include "judge/judgement.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "judge/rule.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_platform::Datastore;
+using bgp_platform::schema::Node;
+
+// Hands everything on to several visitors.
+class Everybody : public RowVisitor {
+public:
+    explicit Everybody(std::vector<RowVisitor*> visitors) : visitors_(std::move(visitors)) {}
+
+    void kept(const Node& list, std::size_t rows) override
+    {
+        for (RowVisitor* visitor : visitors_) {
+            visitor->kept(list, rows);
+        }
+    }
+    void row(const RowChange& change) override
+    {
+        for (RowVisitor* visitor : visitors_) {
+            visitor->row(change);
+        }
+    }
+    void outside(const RowChange& change) override
+    {
+        for (RowVisitor* visitor : visitors_) {
+            visitor->outside(change);
+        }
+    }
+
+private:
+    std::vector<RowVisitor*> visitors_;
+};
+
+std::vector<std::unique_ptr<Rule>> all_rules(const Evidence& evidence)
+{
+    std::vector<std::unique_ptr<Rule>> rules;
+    rules.push_back(failures_rule(evidence));
+    return rules;
+}
+
+}  // namespace
+
+Judgement judge(const Evidence& evidence, const SeverityChoices& choices)
+{
+    const auto& stored = evidence.device.configuration(Datastore::Stored);
+    const auto& result = evidence.device.configuration(Datastore::Transaction);
+    AccountKeeper account(stored, result);
+    const auto rules = all_rules(evidence);
+    std::vector<RowVisitor*> visitors = {&account};
+    for (const std::unique_ptr<Rule>& rule : rules) {
+        visitors.push_back(rule.get());
+    }
+    Everybody everybody(std::move(visitors));
+    walk_rows(stored, result, evidence.device.history(), everybody);
+
+    Judgement judgement;
+    judgement.account = account.take();
+    if (const std::string mistake = judgement.account.mistake(); !mistake.empty()) {
+        throw std::logic_error(mistake);
+    }
+    for (const std::unique_ptr<Rule>& rule : rules) {
+        rule->find(&judgement.findings);
+    }
+    settle(choices, &judgement);
+    return judgement;
+}
+
+}  // namespace bgp_rehearse

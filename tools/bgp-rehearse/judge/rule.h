@@ -1,0 +1,26 @@
+// What makes findings. A rule sees the rows that were written or are gone, then says what it has found.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "judge/evidence.h"
+#include "judge/finding.h"
+#include "judge/row_changes.h"
+
+namespace bgp_rehearse {
+
+class Rule : public RowVisitor {
+public:
+    void kept(const bgp_platform::schema::Node& /*list*/, std::size_t /*rows*/) override {}
+    void row(const RowChange& /*change*/) override {}
+    void outside(const RowChange& /*change*/) override {}
+
+    // Called once, after all rows.
+    virtual void find(std::vector<Finding>* findings) = 0;
+};
+
+// The rules, one for each source of that name. The evidence outlives them.
+std::unique_ptr<Rule> failures_rule(const Evidence& evidence);  // failed writes, rows left behind
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,82 @@
+// The verdict: what the severest findings come to.
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "judge/judgement.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+bool is_before(const Finding& left, const Finding& right)
+{
+    return left.severity != right.severity ? left.severity > right.severity : left.id < right.id;
+}
+
+std::string capital(std::string text)
+{
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') {
+        text[0] = static_cast<char>(text[0] - 'a' + 'A');
+    }
+    return text;
+}
+
+// "a, b, and c", without more than three: "a, b, and 4 findings more".
+std::string enumeration(const std::vector<std::string>& parts)
+{
+    constexpr std::size_t kMost = 3;
+    std::string text;
+    const std::size_t shown = parts.size() > kMost ? kMost - 1 : parts.size();
+    for (std::size_t i = 0; i < shown; ++i) {
+        const bool last = i + 1 == parts.size();
+        text += i == 0 ? parts[i] : fmt::format("{}{}", last ? ", and " : ", ", parts[i]);
+    }
+    return shown == parts.size() ? text : fmt::format("{}, and {} more", text, parts.size() - shown);
+}
+
+// Why, in a sentence: the findings of the highest severity, and for a review whether anything is lost.
+std::string reason(const std::vector<Finding>& findings, Severity severity)
+{
+    if (severity == Severity::Note) {
+        return "Nothing is lost, and nothing needs a look.";
+    }
+    std::vector<std::string> parts;
+    for (const Finding& finding : findings) {
+        if (finding.severity == severity) {
+            parts.push_back(finding.short_form.empty() ? finding.sentence : finding.short_form);
+        }
+    }
+    const std::string because = enumeration(parts);
+    return severity == Severity::Review ? fmt::format("Nothing is lost; {}.", because) : capital(because) + ".";
+}
+
+}  // namespace
+
+const char* Verdict::word() const noexcept
+{
+    switch (severity) {
+        case Severity::Note:
+            return "SAFE";
+        case Severity::Review:
+            return "REVIEW";
+        case Severity::Stop:
+            break;
+    }
+    return "STOP";
+}
+
+void settle(const SeverityChoices& choices, Judgement* judgement)
+{
+    std::vector<Finding>& findings = judgement->findings;
+    for (Finding& finding : findings) {
+        if (const auto choice = choices.find(finding.id); choice != choices.end()) {
+            finding.severity = choice->second;
+        }
+    }
+    std::stable_sort(findings.begin(), findings.end(), is_before);
+    judgement->verdict.severity = findings.empty() ? Severity::Note : findings.front().severity;
+    judgement->verdict.sentence = reason(findings, judgement->verdict.severity);
+}
+
+}  // namespace bgp_rehearse

@@ -1,0 +1,29 @@
+// Rows in the words of the network: "neighbour 192.0.2.2 IPv6 unicast", "map 3 entry 20".
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "device.h"
+
+namespace bgp_rehearse {
+
+// What the entries of a list are: "route map row", "route map rows".
+struct Noun {
+    const char* one;
+    const char* many;
+};
+
+Noun noun_of(const bgp_platform::schema::Node& list);
+
+// "1 route map row", "2,000 route map rows"
+std::string counted(std::size_t number, const Noun& noun);
+std::string grouped(std::size_t number);  // "2,000"
+
+// A row by its key in words, without its entity index; `around` are the rows around it.
+std::string words_of_row(const bgp_platform::store::Trail& around, const bgp_platform::store::Row& row);
+
+// A value as a report shows it: octets of an address in dotted or colon form, a secret one masked, "(not set)" for none.
+std::string words_of_value(const bgp_platform::schema::Node& leaf, const bgp_platform::schema::Value* value);
+
+}  // namespace bgp_rehearse
