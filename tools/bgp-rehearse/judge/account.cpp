@@ -58,10 +58,11 @@ std::string Account::mistake() const
     for (const ListAccount& list : lists) {
         const RowCounts& rows = list.rows;
         if (!rows.closes()) {
-            return fmt::format("{}: {} stored rows became {} kept, {} changed, {} moved, {} moved and changed, {} removed; with {} "
-                               "new ones {} are in the result",
-                               list.list->path(), rows.stored, rows.kept, rows.changed, rows.moved,
-                               rows.moved_and_changed, rows.removed, rows.added, rows.result);
+            return fmt::format(
+                "{}: {} stored rows became {} kept, {} changed, {} moved, {} moved and changed, {} removed; with {} "
+                "new ones {} are in the result",
+                list.list->path(), rows.stored, rows.kept, rows.changed, rows.moved, rows.moved_and_changed,
+                rows.removed, rows.added, rows.result);
         }
     }
     return {};

@@ -13,9 +13,9 @@ namespace bgp_rehearse {
 
 // What the rehearsal takes for granted of the device, and who said so.
 struct Assumptions {
-    std::string user_profile;        // as text: "0"
+    std::string user_profile;         // as text: "0"
     bool user_profile_given = false;  // by an option or by the facts of the device; else it is the default
-    std::string interfaces;          // "127.0.0.1"
+    std::string interfaces;           // "127.0.0.1"
     bool interfaces_given = false;
 };
 
@@ -35,8 +35,8 @@ struct Evidence {
     std::optional<Again> again;          // none: it was not asked for
 };
 
-// The number by which a history knows a step as a writer, and back: "update_ipv6"; "" for 0.
-bgp_platform::store::Writer writer_of_step(std::string_view step) noexcept;
+// The name of the step that is a writer of a history; "" for 0. A step's number is its place among bgp_contract::kSteps,
+// from 1 (UpgradeSteps::current_number()).
 const char* step_of_writer(bgp_platform::store::Writer writer) noexcept;
 
 }  // namespace bgp_rehearse

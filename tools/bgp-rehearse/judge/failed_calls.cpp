@@ -40,8 +40,15 @@ void FailedCalls::add(const char* step, Function function, int error, std::strin
     if (!write && (site == nullptr || meaning.kind == Class::Expected)) {
         return;
     }
-    Kept kept{step, meaning.sentence, texts_.size(), 0, static_cast<uint16_t>(std::min(path.size(), kMostPath)),
-              static_cast<uint16_t>(error), function, meaning.kind, site != nullptr};
+    Kept kept{step,
+              meaning.sentence,
+              texts_.size(),
+              0,
+              static_cast<uint16_t>(std::min(path.size(), kMostPath)),
+              static_cast<uint16_t>(error),
+              function,
+              meaning.kind,
+              site != nullptr};
     texts_ += path.substr(0, kept.length);
     if (meaning.kind != Class::Expected) {
         messages_.emplace_back(message);
@@ -52,8 +59,14 @@ void FailedCalls::add(const char* step, Function function, int error, std::strin
 
 FailedCalls::Call FailedCalls::call_of(const Kept& kept) const noexcept
 {
-    return {kept.step,     kept.function, kept.error, kept.known, kept.kind,
-            kept.sentence, std::string_view(texts_).substr(kept.path, kept.length), messages_[kept.message]};
+    return {kept.step,
+            kept.function,
+            kept.error,
+            kept.known,
+            kept.kind,
+            kept.sentence,
+            std::string_view(texts_).substr(kept.path, kept.length),
+            messages_[kept.message]};
 }
 
 }  // namespace bgp_rehearse

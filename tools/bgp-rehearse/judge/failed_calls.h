@@ -18,12 +18,12 @@ public:
     struct Call {
         const char* step;  // its function's name
         bgp_platform::capi::Function function;
-        int error;                   // the ConfD code
-        bool known;                  // the contract has its call site, which says:
-        bgp_contract::Class kind;    // what the failure means
-        const char* sentence;        // in words; "" where the contract has no site
-        std::string_view path;       // with keys; empty where the call names none
-        std::string_view message;    // of the C API; "" where the failure was expected
+        int error;                 // the ConfD code
+        bool known;                // the contract has its call site, which says:
+        bgp_contract::Class kind;  // what the failure means
+        const char* sentence;      // in words; "" where the contract has no site
+        std::string_view path;     // with keys; empty where the call names none
+        std::string_view message;  // of the C API; "" where the failure was expected
 
         bool is_write() const noexcept
         {

@@ -79,8 +79,8 @@ private:
             return fmt::format("{} {} failed as on every such router: {}", grouped(count), one ? "write" : "writes",
                                group.sentence);
         }
-        return fmt::format("{} {} failed{}{}", grouped(count), one ? "call" : "calls", group.sentence.empty() ? "" : ": ",
-                           group.sentence);
+        return fmt::format("{} {} failed{}{}", grouped(count), one ? "call" : "calls",
+                           group.sentence.empty() ? "" : ": ", group.sentence);
     }
 
     const Evidence& evidence_;

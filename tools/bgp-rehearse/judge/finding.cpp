@@ -16,10 +16,26 @@ constexpr const char* kSeverities[] = {"note", "review", "stop"};
 
 // In the order of FindingId.
 constexpr const char* kIds[] = {
-    "ended",          "returned",          "step-failed",      "row-lost",        "reference-broken",
-    "not-valid",      "row-left",          "write-failed",     "family-off",      "identity-guessed",
-    "identity-changed", "redistribution-changed", "index-changed", "stand-in-doubt", "again",
-    "limit-rewritten", "action-rewritten", "route-map-rewritten", "failed-as-expected", "left-out",
+    "ended",
+    "returned",
+    "step-failed",
+    "row-lost",
+    "reference-broken",
+    "not-valid",
+    "row-left",
+    "write-failed",
+    "family-off",
+    "identity-guessed",
+    "identity-changed",
+    "redistribution-changed",
+    "index-changed",
+    "stand-in-doubt",
+    "again",
+    "limit-rewritten",
+    "action-rewritten",
+    "route-map-rewritten",
+    "failed-as-expected",
+    "left-out",
 };
 static_assert(std::size(kIds) == kFindingIds);
 
@@ -78,7 +94,8 @@ std::string words_of(const Finding& finding, const Place& place)
     if (finding.leaf != nullptr) {
         const uint16_t slot = finding.leaf->slot;
         const auto value = [&](const Row* row) {
-            return words_of_value(*finding.leaf, row == nullptr || row->value(slot).absent() ? nullptr : &row->value(slot));
+            return words_of_value(*finding.leaf,
+                                  row == nullptr || row->value(slot).absent() ? nullptr : &row->value(slot));
         };
         words += ": " + value(place.before) + " -> " + value(place.after);
     }

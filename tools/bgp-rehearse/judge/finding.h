@@ -53,17 +53,17 @@ struct Place {
     const bgp_platform::store::Row* before = nullptr;  // the stored row; null where there is none
     const bgp_platform::store::Row* after = nullptr;   // the row of the result; null where there is none
     uint32_t around = 0;                               // in Finding::around: the rows around them
-    uint32_t said = 0;                                 // in Finding::said: path and text of a place that is no row, from 1
+    uint32_t said = 0;  // in Finding::said: path and text of a place that is no row, from 1
 };
 
 struct Finding {
     FindingId id = FindingId::Ended;
     Severity severity = Severity::Note;
-    std::string step;      // its function's name; empty where no one step is meant
-    std::string sentence;  // without a full stop
+    std::string step;        // its function's name; empty where no one step is meant
+    std::string sentence;    // without a full stop
     std::string short_form;  // the same behind "Nothing is lost; ", shorter; may be empty
-    std::string advice;    // what to do or to give, a sentence of its own; may be empty
-    std::size_t count = 0;  // of places, or of what the sentence counts where there are none
+    std::string advice;      // what to do or to give, a sentence of its own; may be empty
+    std::size_t count = 0;   // of places, or of what the sentence counts where there are none
     std::vector<Place> places;
     const bgp_platform::schema::Node* leaf = nullptr;  // whose values before and after belong to each place
 

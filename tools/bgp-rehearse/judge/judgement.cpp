@@ -1,8 +1,10 @@
 #include "judge/judgement.h"
 
-#include <algorithm>
+#include <iterator>
 #include <stdexcept>
+#include <utility>
 
+#include "contract/steps.h"
 #include "judge/rule.h"
 
 namespace bgp_rehearse {
@@ -48,6 +50,11 @@ std::vector<std::unique_ptr<Rule>> all_rules(const Evidence& evidence)
 }
 
 }  // namespace
+
+const char* step_of_writer(bgp_platform::store::Writer writer) noexcept
+{
+    return writer == 0 || writer > std::size(bgp_contract::kSteps) ? "" : bgp_contract::kSteps[writer - 1].name;
+}
 
 Judgement judge(const Evidence& evidence, const SeverityChoices& choices)
 {

@@ -17,7 +17,7 @@ using SeverityChoices = std::map<FindingId, Severity>;
 
 struct Verdict {
     Severity severity = Severity::Note;  // the highest of the findings
-    std::string sentence;                // why: "Nothing is lost; 2 rows are left behind, and the user profile is assumed."
+    std::string sentence;  // why: "Nothing is lost; 2 rows are left behind, and the user profile is assumed."
 
     const char* word() const noexcept;  // "SAFE", "REVIEW", "STOP"
 };
@@ -42,6 +42,10 @@ struct Judgement {
     std::vector<Finding> findings;  // the severest first
     Verdict verdict;
 };
+
+// From pairs of an id and a level, "row-left" and "stop", of which a later one counts. Throws std::invalid_argument that
+// names an id or level that is none, and those that there are.
+SeverityChoices chosen_severities(const std::vector<std::pair<std::string, std::string>>& pairs);
 
 // Judges an upgrade that returned. Throws std::logic_error when the account does not close.
 Judgement judge(const Evidence& evidence, const SeverityChoices& choices);

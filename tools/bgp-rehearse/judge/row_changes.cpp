@@ -170,8 +170,9 @@ private:
         } else {
             const bool same = same_content(stored, row);
             const bool moved = !same_key(stored, row);
-            visitor_.row(change(moved ? (same ? Fate::Moved : Fate::MovedAndChanged) : (same ? Fate::AsItWas : Fate::Changed),
-                                &stored, &row));
+            visitor_.row(
+                change(moved ? (same ? Fate::Moved : Fate::MovedAndChanged) : (same ? Fate::AsItWas : Fate::Changed),
+                       &stored, &row));
         }
         below(&stored, &row);
     }

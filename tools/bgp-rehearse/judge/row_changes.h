@@ -17,11 +17,11 @@ const char* name_of(Fate fate) noexcept;
 
 struct RowChange {
     Fate fate = Fate::AsItWas;
-    const bgp_platform::store::Row* before = nullptr;           // null for a new row
-    const bgp_platform::store::Row* after = nullptr;            // null for one that was removed
-    const bgp_platform::store::Trail* around = nullptr;         // the rows around it, of the result where they are in it
-    bgp_platform::store::Writer writer = 0;                     // who made, moved or removed it; 0: nobody, or not known
-    const bgp_platform::store::History* history = nullptr;      // null: none was kept
+    const bgp_platform::store::Row* before = nullptr;       // null for a new row
+    const bgp_platform::store::Row* after = nullptr;        // null for one that was removed
+    const bgp_platform::store::Trail* around = nullptr;     // the rows around it, of the result where they are in it
+    bgp_platform::store::Writer writer = 0;                 // who made, moved or removed it; 0: nobody, or not known
+    const bgp_platform::store::History* history = nullptr;  // null: none was kept
 
     const bgp_platform::store::Row& row() const noexcept { return after != nullptr ? *after : *before; }
     const bgp_platform::schema::Node& list() const noexcept { return *row().record().owner; }
@@ -30,7 +30,7 @@ struct RowChange {
 // A leaf, presence container or leaf-list that differs; of a new row one that is set, of a removed one that was.
 struct LeafChange {
     const bgp_platform::schema::Node* node = nullptr;
-    const bgp_platform::schema::Value* before = nullptr;     // null where it is not set, and for a leaf-list
+    const bgp_platform::schema::Value* before = nullptr;  // null where it is not set, and for a leaf-list
     const bgp_platform::schema::Value* after = nullptr;
     const bgp_platform::store::List* entries_before = nullptr;  // of a leaf-list; null where it has none
     const bgp_platform::store::List* entries_after = nullptr;

@@ -64,6 +64,7 @@ public:
 
     // The step that runs now, "update" between the steps.
     const char* current() const noexcept { return steps_[current_].name; }
+    std::size_t current_number() const noexcept { return current_ + 1; }  // its place among all, from 1
 
     // The end of the upgrade: update() returned, or the upgrade ended where it was. `calls` are those up to that place,
     // when they are known.

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "judge/judgement.h"
 
@@ -51,6 +52,16 @@ std::string reason(const std::vector<Finding>& findings, Severity severity)
     return severity == Severity::Review ? fmt::format("Nothing is lost; {}.", because) : capital(because) + ".";
 }
 
+// "ended, returned, ..."
+std::string finding_names()
+{
+    std::string names;
+    for (std::size_t id = 0; id < kFindingIds; ++id) {
+        names.append(id == 0 ? "" : ", ").append(name_of(static_cast<FindingId>(id)));
+    }
+    return names;
+}
+
 }  // namespace
 
 const char* Verdict::word() const noexcept
@@ -64,6 +75,23 @@ const char* Verdict::word() const noexcept
             break;
     }
     return "STOP";
+}
+
+SeverityChoices chosen_severities(const std::vector<std::pair<std::string, std::string>>& pairs)
+{
+    SeverityChoices choices;
+    for (const auto& [id, level] : pairs) {
+        const std::optional<FindingId> finding = finding_named(id);
+        const std::optional<Severity> severity = severity_named(level);
+        if (!finding) {
+            throw std::invalid_argument(fmt::format("no finding has the id \"{}\": {}", id, finding_names()));
+        }
+        if (!severity) {
+            throw std::invalid_argument(fmt::format("\"{}\" is no severity: note, review, stop", level));
+        }
+        choices[*finding] = *severity;
+    }
+    return choices;
 }
 
 void settle(const SeverityChoices& choices, Judgement* judgement)

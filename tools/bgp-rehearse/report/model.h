@@ -8,6 +8,7 @@
 
 #include "calls/recorder.h"
 #include "report/change.h"
+#include "judge/judgement.h"
 #include "judge/upgrade_steps.h"
 #include "store/configuration.h"
 
@@ -49,6 +50,7 @@ struct Report {
     ConfigurationSize loaded;
     std::optional<Ended> ended;  // when set, nothing is known of what the upgrade did but log and steps
     int result = 0;              // of update()
+    Judgement judgement;
     bgp_platform::capi::CallCounts calls;
     std::vector<Step> steps;  // empty when the log tells of none
     std::vector<Change> changes;

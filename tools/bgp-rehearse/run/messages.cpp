@@ -53,8 +53,8 @@ CallTotals calls_of(const Json& json)
 
 Finished finished_of(const Json& json)
 {
-    return {json.at("failures").get<bool>(), json.at("invalid").get<std::string>(),
-            json.at("write_error").get<std::string>()};
+    return {json.at("severity").get<int>(), json.at("mistake").get<std::string>(),
+            json.at("invalid").get<std::string>(), json.at("write_error").get<std::string>()};
 }
 
 void take_message(const std::string& kind, const Json& content, Told* told)
@@ -121,7 +121,10 @@ void Teller::returned() const
 void Teller::finished(const Finished& finished) const
 {
     send(channel_, "finished",
-         {{"failures", finished.failures}, {"invalid", finished.invalid}, {"write_error", finished.write_error}});
+         {{"severity", finished.severity},
+          {"mistake", finished.mistake},
+          {"invalid", finished.invalid},
+          {"write_error", finished.write_error}});
 }
 
 void Told::take(std::string_view line)

@@ -14,7 +14,8 @@ namespace bgp_rehearse {
 
 // How it went after update() had returned.
 struct Finished {
-    bool failures = false;    // a write failed, a fault was reported, or update() did not return 0
+    int severity = 0;         // of the verdict
+    std::string mistake;      // the command found itself wrong; nothing was written
     std::string invalid;      // what --commit-check found
     std::string write_error;  // why output or report could not be written
 };

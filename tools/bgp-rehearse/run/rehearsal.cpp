@@ -1,5 +1,6 @@
 #include "run/rehearsal.h"
 
+#include <arpa/inet.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -36,6 +37,7 @@ void follow_log(const RunOptions& options, Device& device, int log, const Teller
     device.log_sink = [&, tell, teller, log, failed = false](std::string_view line) mutable {
         ++lines;
         if (steps.take(line)) {
+            device.history()->set_writer(static_cast<bgp_platform::store::Writer>(steps.current_number()));
             teller.step_line(line, totals_of(device.calls()));
         }
         if (tell) {
@@ -66,6 +68,20 @@ std::optional<int> run_update(const UpgradeLibrary& library, Device& device, con
     return std::nullopt;
 }
 
+Assumptions assumptions_of(const DeviceOptions& device)
+{
+    Assumptions assumptions;
+    assumptions.user_profile = std::to_string(device.user_profile);
+    assumptions.user_profile_given = device.user_profile_known;
+    assumptions.interfaces_given = device.interfaces_known;
+    for (const in_addr& address : device.interfaces) {
+        char text[INET_ADDRSTRLEN] = {};
+        inet_ntop(AF_INET, &address, text, sizeof text);
+        assumptions.interfaces.append(assumptions.interfaces.empty() ? "" : ",").append(text);
+    }
+    return assumptions;
+}
+
 // What is not valid in the result, or nothing. A text that XML has no place for shows before libyang sees it.
 std::string check(const Device& device)
 {
@@ -76,7 +92,8 @@ std::string check(const Device& device)
     }
 }
 
-Report complete_report(const RunOptions& options, const Device& device, int result, Report report)
+Report complete_report(const RunOptions& options, const Device& device, int result, const FailedCalls& failed_calls,
+                       Report report)
 {
     report.result = result;
     report.calls = device.calls();
@@ -86,12 +103,10 @@ Report complete_report(const RunOptions& options, const Device& device, int resu
     if (options.commit_check) {
         report.check = check(device);
     }
+    const Evidence evidence{device,       result, report.steps, failed_calls, assumptions_of(options.device),
+                            report.check, {}};
+    report.judgement = judge(evidence, chosen_severities(options.severities));
     return report;
-}
-
-bool has_failures(const Report& report)
-{
-    return report.result != 0 || report.calls.failed_write_count() > 0 || !report.faults.empty();
 }
 
 // Returns why it failed, or nothing.
@@ -133,9 +148,16 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     }
     report.library = upgrade_library->path();
     teller.library(report.library);
+    device.keep_history(true);
     UpgradeSteps steps([&device] { return totals_of(device.calls()); });
     follow_log(options, device, files.log, teller, steps, report.log_lines);
     device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault, totals_of(device.calls())); };
+
+    FailedCalls failed_calls;
+    device.recorder().after_failure = [&](const bgp_platform::capi::Failure& failure) {
+        failed_calls.add(steps.current(), failure.function, failure.error, failure.path, failure.message,
+                         failure.number);
+    };
 
     const std::optional<int> result = run_update(*upgrade_library, device, teller);
     if (!result) {
@@ -144,9 +166,15 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     teller.returned();
     steps.returned();
     report.steps = steps.all();
-    report = complete_report(options, device, *result, std::move(report));
     Finished finished;
-    finished.failures = has_failures(report);
+    try {
+        report = complete_report(options, device, *result, failed_calls, std::move(report));
+    } catch (const std::logic_error& error) {
+        finished.mistake = error.what();
+        teller.finished(finished);
+        return EXIT_SUCCESS;
+    }
+    finished.severity = static_cast<int>(report.judgement.verdict.severity);
     finished.invalid = report.check.value_or("");
     if (files.output >= 0 && finished.invalid.empty()) {
         finished.write_error = write_output(options.output, device, files.output);

@@ -15,6 +15,7 @@
 #include "base/progress.h"
 #include "base/terminal.h"
 #include "base/text_escape.h"
+#include "judge/judgement.h"
 #include "report/report.h"
 #include "run/files.h"
 #include "run/library.h"
@@ -81,6 +82,11 @@ struct Outcome {
     ExitStatus status = ExitStatus::Ok;
     std::string message;
 };
+
+bool reaches(FailOn from, Severity verdict)
+{
+    return from != FailOn::Never && verdict >= (from == FailOn::Review ? Severity::Review : Severity::Stop);
+}
 
 class Run {
 public:
@@ -184,6 +190,12 @@ Outcome Run::ended(const ChildEnd& end, Report report, RunFiles& files) const
 Outcome Run::settle(RunFiles& files) const
 {
     const Finished& finished = *told_.finished;
+    if (!finished.mistake.empty()) {
+        return {
+            ExitStatus::OwnFault,
+            fmt::format("the account of rows does not close, which is a bug of this command; nothing is written\n{}",
+                        finished.mistake)};
+    }
     try {
         keep_log(files.log);
         if (finished.write_error.empty()) {
@@ -203,7 +215,9 @@ Outcome Run::settle(RunFiles& files) const
     } catch (const CommandError& error) {
         return {error.status(), error.what()};
     }
-    return {options_.fail_on == FailOn::Review && finished.failures ? ExitStatus::VerdictReached : ExitStatus::Ok, {}};
+    return {reaches(options_.fail_on, static_cast<Severity>(finished.severity)) ? ExitStatus::VerdictReached
+                                                                                : ExitStatus::Ok,
+            {}};
 }
 
 // Copies the report to standard output.
@@ -218,10 +232,20 @@ void print(int report)
     }
 }
 
+void check_severities(const RunOptions& options)
+{
+    try {
+        chosen_severities(options.severities);
+    } catch (const std::invalid_argument& error) {
+        throw CommandError(ExitStatus::BadInput, fmt::format("--severity: {}", escaped(error.what())));
+    }
+}
+
 }  // namespace
 
 ExitStatus run(const RunOptions& options)
 {
+    check_severities(options);
     const std::string library = find_library(options.library);
     const RunTargets targets = check_targets(options, library);
     Run run(options, library, targets, load_device(options.device, options.configuration));
