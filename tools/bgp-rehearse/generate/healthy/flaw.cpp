@@ -170,8 +170,8 @@ const std::vector<KnownFlaw>& known_flaws()
          {Role::ProviderEdge},
          {},
          true,
-         "write-failed",
-         "review"},
+         "failed-as-expected",
+         "note"},
     };
     return flaws;
 }
