@@ -5,10 +5,12 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdarg>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
 
+#include "keypath/keypath.h"
 #include "nz_confd_cdb_session.h"
 #include "registry.h"
 #include "values/owned_values.h"
@@ -44,6 +46,16 @@ void close_socket(int* descriptor) noexcept
         }
     }
     *descriptor = -1;
+}
+
+// False: it is no path of the schema.
+bool resolve(capi::KeypathCache* names, store::Path* path, const char* format, ...)
+{
+    va_list arguments;
+    va_start(arguments, format);
+    const bool found = !names->resolve(format, arguments, nullptr, path);
+    va_end(arguments);
+    return found;
 }
 
 }  // namespace
@@ -145,6 +157,13 @@ const store::Configuration& Device::configuration(Datastore which) const
         throw std::logic_error("no upgrade is open: there is no transaction to look at");
     }
     return *state_.transaction;
+}
+
+std::optional<store::Path> Device::path_of(const std::string& keypath) const
+{
+    capi::KeypathCache names(*state_.schema);
+    store::Path path;
+    return resolve(&names, &path, "%s", keypath.c_str()) ? std::optional<store::Path>(std::move(path)) : std::nullopt;
 }
 
 void Device::write(Datastore which, int descriptor, const xml::Progress& progress) const

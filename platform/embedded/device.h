@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -88,6 +89,9 @@ public:
 
     const store::Configuration& configuration(Datastore which) const;
     const schema::Schema& schema() const noexcept { return *state_.schema; }
+
+    // The place that a keypath names, keys and quotes as the platform writes them; none when the schema has it not.
+    std::optional<store::Path> path_of(const std::string& keypath) const;
 
     // Writes a datastore to an open descriptor, or as text. Throws xml::WriteError.
     void write(Datastore which, int descriptor, const xml::Progress& progress = {}) const;

@@ -45,6 +45,9 @@ private:
 std::vector<std::unique_ptr<Rule>> all_rules(const Evidence& evidence)
 {
     std::vector<std::unique_ptr<Rule>> rules;
+    rules.push_back(outcome_rule(evidence));
+    rules.push_back(removed_rows_rule());
+    rules.push_back(left_rows_rule(evidence));
     rules.push_back(failures_rule(evidence));
     return rules;
 }

@@ -35,20 +35,6 @@ bool same_entries(const List& left, const List& right)
     return same;
 }
 
-bool same_content(const Row& left, const Row& right)
-{
-    const Record& record = left.record();
-    for (std::size_t slot = record.keys; slot < record.values.size(); ++slot) {
-        const auto at = static_cast<uint16_t>(slot);
-        if (effective(*record.values[slot], left.value(at)) != effective(*record.values[slot], right.value(at))) {
-            return false;
-        }
-    }
-    return std::all_of(record.lists.begin(), record.lists.end(), [&](const Node* list) {
-        return list->kind != NodeKind::LeafList || same_entries(left.list(list->slot), right.list(list->slot));
-    });
-}
-
 bool has_lists_below(const Record& record)
 {
     return std::any_of(record.lists.begin(), record.lists.end(),
@@ -199,6 +185,20 @@ const Value* set_value(const Value& value)
 }
 
 }  // namespace
+
+bool same_content(const Row& left, const Row& right)
+{
+    const Record& record = left.record();
+    for (std::size_t slot = record.keys; slot < record.values.size(); ++slot) {
+        const auto at = static_cast<uint16_t>(slot);
+        if (effective(*record.values[slot], left.value(at)) != effective(*record.values[slot], right.value(at))) {
+            return false;
+        }
+    }
+    return std::all_of(record.lists.begin(), record.lists.end(), [&](const Node* list) {
+        return list->kind != NodeKind::LeafList || same_entries(left.list(list->slot), right.list(list->slot));
+    });
+}
 
 const char* name_of(Fate fate) noexcept
 {

@@ -39,6 +39,9 @@ struct LeafChange {
 
 void for_each_leaf_change(const RowChange& change, const std::function<void(const LeafChange&)>& visit);
 
+// Whether two rows of one list hold the same, whatever their keys.
+bool same_content(const bgp_platform::store::Row& left, const bgp_platform::store::Row& right);
+
 class RowVisitor {
 public:
     virtual ~RowVisitor() = default;

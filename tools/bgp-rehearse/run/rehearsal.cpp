@@ -17,6 +17,7 @@
 #include "base/text_escape.h"
 #include "report/change_list.h"
 #include "report/report.h"
+#include "run/again.h"
 #include "run/library.h"
 #include "run/messages.h"
 
@@ -92,8 +93,8 @@ std::string check(const Device& device)
     }
 }
 
-Report complete_report(const RunOptions& options, const Device& device, int result, const FailedCalls& failed_calls,
-                       Report report)
+Report complete_report(const RunOptions& options, const UpgradeLibrary& library, Device& device, int result,
+                       const FailedCalls& failed_calls, Report report)
 {
     report.result = result;
     report.calls = device.calls();
@@ -103,8 +104,13 @@ Report complete_report(const RunOptions& options, const Device& device, int resu
     if (options.commit_check) {
         report.check = check(device);
     }
-    const Evidence evidence{device,       result, report.steps, failed_calls, assumptions_of(options.device),
-                            report.check, {}};
+    const Evidence evidence{device,
+                            result,
+                            report.steps,
+                            failed_calls,
+                            assumptions_of(options.device),
+                            report.check,
+                            options.again ? std::optional<Again>(upgrade_again(library, device)) : std::nullopt};
     report.judgement = judge(evidence, chosen_severities(options.severities));
     return report;
 }
@@ -168,7 +174,7 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     report.steps = steps.all();
     Finished finished;
     try {
-        report = complete_report(options, device, *result, failed_calls, std::move(report));
+        report = complete_report(options, *upgrade_library, device, *result, failed_calls, std::move(report));
     } catch (const std::logic_error& error) {
         finished.mistake = error.what();
         teller.finished(finished);

@@ -1,0 +1,162 @@
+// Rows that the re-keying moves and that stayed under their old index, as another row has the key that they were to get.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+
+#include "contract/rekeyed_tables.h"
+#include "judge/rule.h"
+#include "judge/words.h"
+#include "libvrfid.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_contract::Carries;
+using bgp_contract::Class;
+using bgp_contract::RekeyedTable;
+using bgp_platform::Datastore;
+using bgp_platform::capi::Function;
+using bgp_platform::schema::Node;
+using bgp_platform::schema::Value;
+using bgp_platform::store::Configuration;
+using bgp_platform::store::List;
+using bgp_platform::store::Path;
+using bgp_platform::store::Row;
+
+const RekeyedTable* table_of(const Node& list)
+{
+    const std::string path = list.path();
+    for (const RekeyedTable& table : bgp_contract::kRekeyedTables) {
+        if (path == table.path) {
+            return &table;
+        }
+    }
+    return nullptr;
+}
+
+// The key that the re-keying gives a row; `before` is the index that it has, `after` the one it is to get.
+std::vector<Value> new_key(const RekeyedTable& table, const Row& row, uint64_t before, uint64_t after)
+{
+    std::vector<Value> key(row.keys(), row.keys() + row.record().keys);
+    switch (table.carries) {
+        case Carries::First:
+            key[0] = Value::of_uint(after);
+            break;
+        case Carries::Listen:
+            key[1] = Value::of_uint(key[1] == key[0] ? after : after + 1);
+            key[0] = Value::of_uint(after);
+            break;
+        case Carries::Partner:
+            key[1] = Value::of_uint(after);
+            break;
+        case Carries::Redistributed:
+        case Carries::Protocol:
+            key[1] = Value::of_uint(static_cast<uint32_t>(key[1].as_uint() + after - before));
+            break;
+    }
+    return key;
+}
+
+class LeftRows : public Rule {
+public:
+    explicit LeftRows(const Evidence& evidence)
+        : evidence_(evidence), result_(evidence.device.configuration(Datastore::Transaction))
+    {
+    }
+
+    void find(std::vector<Finding>* findings) override
+    {
+        evidence_.failed_calls.for_each([this](const FailedCalls::Call& call) {
+            if (call.kind == Class::Left && call.function == Function::maapi_move) {
+                take(call);
+            }
+        });
+        for (auto& [group, finding] : groups_) {
+            finish(*group.first, &finding);
+            findings->push_back(std::move(finding));
+        }
+    }
+
+private:
+    using Group = std::pair<const Node*, Severity>;
+
+    void take(const FailedCalls::Call& call)
+    {
+        const std::optional<Path> path = evidence_.device.path_of(std::string(call.path));
+        const Row* const row = path ? result_.find_row(*path) : nullptr;
+        if (row == nullptr || !path->names_entry()) {
+            return;  // taken away since
+        }
+        const Row* const stored = evidence_.device.history()->stored_row(result_.root(), path->entries);
+        const Row* const there = row_in_its_place(*row, *result_.find_list(*path));
+        const bool same = there != nullptr && same_content(*row, *there);
+        Finding& finding = groups_[{path->node, same ? Severity::Note : Severity::Review}];
+        finding.step = call.step;
+        finding.said.push_back({std::string(call.path), words(*row, there, same)});
+        Place place{stored, row, 0, static_cast<uint32_t>(finding.said.size())};
+        finding.places.push_back(place);
+    }
+
+    const Row* row_in_its_place(const Row& row, const List& list) const
+    {
+        const RekeyedTable* const table = table_of(*row.record().owner);
+        if (table == nullptr) {
+            return nullptr;
+        }
+        const auto key = new_key(*table, row, old_index(), libvrfid::VrfId::ComponentFromVrf(0));
+        return list.find(key.data(), key.size());
+    }
+
+    // That of the one entity.
+    uint64_t old_index() const
+    {
+        const std::optional<Path> entities = evidence_.device.path_of("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+        const List* const list = evidence_.device.configuration(Datastore::Stored).find_list(*entities);
+        return list == nullptr || list->empty() ? 0 : list->at(0)->value(0).as_uint();
+    }
+
+    static std::string words(const Row& row, const Row* there, bool same)
+    {
+        const std::string left = words_of_row({}, row);
+        if (there == nullptr) {
+            return left;
+        }
+        return fmt::format("{}: under index {} stands {}", left, there->value(0).as_uint(),
+                           same ? "the same" : "another row, which differs");
+    }
+
+    static void finish(const Node& list, Finding* finding)
+    {
+        finding->id = FindingId::RowLeft;
+        finding->count = finding->places.size();
+        const bool one = finding->count == 1;
+        const Value& index = finding->places.front().after->value(0);
+        const bool one_index = std::all_of(finding->places.begin(), finding->places.end(),
+                                           [&](const Place& place) { return place.after->value(0) == index; });
+        const RekeyedTable* const table = table_of(list);
+        const bool by_entity =
+            table != nullptr && (table->carries == Carries::First || table->carries == Carries::Listen);
+        const std::string under = !by_entity  ? "the old number"
+                                  : one_index ? fmt::format("index {}", index.as_uint())
+                                              : "the old indexes";
+        finding->sentence = fmt::format("{} {} under {}: {} taken", counted(finding->count, noun_of(list)),
+                                        one ? "stays" : "stay", under, one ? "its place was" : "their places were");
+        finding->short_form =
+            fmt::format("{} {} left behind", counted(finding->count, noun_of(list)), one ? "is" : "are");
+    }
+
+    const Evidence& evidence_;
+    const Configuration& result_;
+    std::map<Group, Finding> groups_;
+};
+
+}  // namespace
+
+std::unique_ptr<Rule> left_rows_rule(const Evidence& evidence)
+{
+    return std::make_unique<LeftRows>(evidence);
+}
+
+}  // namespace bgp_rehearse
