@@ -86,7 +86,7 @@ Judgement JudgedUpgrade::judged()
 {
     open();
     all_steps_ = steps_.all();
-    return judge(Evidence{device_, 0, all_steps_, failed_calls_, assumptions_, std::nullopt, std::nullopt}, {});
+    return judge(Evidence{device_, result, all_steps_, failed_calls_, assumptions_, invalid, again}, {});
 }
 
 std::vector<Finding> findings_of(const Judgement& judgement, FindingId id)

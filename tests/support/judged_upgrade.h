@@ -29,6 +29,10 @@ public:
     void run();  // update(), which is expected to return 0
     void by_hand(const std::function<void(const bgp_platform::UpgradeHandles&)>& calls);
 
+    int result = 0;  // that update() is said to have returned
+    std::optional<std::string> invalid;             // what --commit-check is said to have found
+    std::optional<bgp_rehearse::Again> again;       // and a second upgrade
+
     // May be asked again after more calls.
     bgp_rehearse::Judgement judged();
 

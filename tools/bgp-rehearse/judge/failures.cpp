@@ -3,10 +3,8 @@
 #include <fmt/format.h>
 
 #include <map>
-#include <unordered_map>
+#include <tuple>
 
-#include "contract/rekeyed_tables.h"
-#include "judge/call_site.h"
 #include "judge/rule.h"
 #include "judge/words.h"
 
@@ -15,6 +13,7 @@ namespace bgp_rehearse {
 namespace {
 
 using bgp_contract::Class;
+using bgp_platform::capi::Function;
 
 // The failures that are told in one sentence.
 struct Group {
@@ -47,13 +46,18 @@ private:
     {
         if (call.kind == Class::Expected) {
             add({FindingId::FailedAsExpected, Severity::Note, call.step, call.sentence}, call);
-        } else if (call.kind == Class::Stops) {
-            // The step itself says that it gave up (steps.cpp).
-        } else if (call.kind == Class::Left) {
-            // The row tells itself (left_rows.cpp).
-        } else {
+        } else if (call.kind == Class::Loses) {
             add({FindingId::WriteFailed, Severity::Review, call.step, call.sentence}, call);
+        } else if (call.kind == Class::Left && is_walk(call.function)) {
+            add({FindingId::RowLeft, Severity::Review, call.step, call.sentence}, call);
         }
+        // A row that stays behind is told as such (left_rows.cpp, carried.cpp), and so is a step that gave up (outcome.cpp).
+    }
+
+    // Of a table, whose rows stay where they are.
+    static bool is_walk(Function function)
+    {
+        return function == Function::maapi_init_cursor || function == Function::maapi_get_next;
     }
 
     void add(const Group& group, const FailedCalls::Call& call)
@@ -77,6 +81,10 @@ private:
         const bool one = count == 1;
         if (group.id == FindingId::FailedAsExpected) {
             return fmt::format("{} {} failed as on every such router: {}", grouped(count), one ? "write" : "writes",
+                               group.sentence);
+        }
+        if (group.id == FindingId::RowLeft) {
+            return fmt::format("the rows of {} {} stay behind: {}", grouped(count), one ? "table" : "tables",
                                group.sentence);
         }
         return fmt::format("{} {} failed{}{}", grouped(count), one ? "call" : "calls",

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <map>
+#include <tuple>
 
 #include "contract/rekeyed_tables.h"
 #include "judge/rule.h"
@@ -74,13 +75,24 @@ public:
             }
         });
         for (auto& [group, finding] : groups_) {
-            finish(*group.first, &finding);
+            finding.severity = group.severity;
+            finish(*group.list, group.taken, &finding);
             findings->push_back(std::move(finding));
         }
     }
 
 private:
-    using Group = std::pair<const Node*, Severity>;
+    // Of one list, told alike.
+    struct Group {
+        const Node* list;
+        Severity severity;
+        bool taken;  // by another row; else the move failed for another reason
+
+        bool operator<(const Group& other) const
+        {
+            return std::tie(list, severity, taken) < std::tie(other.list, other.severity, other.taken);
+        }
+    };
 
     void take(const FailedCalls::Call& call)
     {
@@ -92,7 +104,7 @@ private:
         const Row* const stored = evidence_.device.history()->stored_row(result_.root(), path->entries);
         const Row* const there = row_in_its_place(*row, *result_.find_list(*path));
         const bool same = there != nullptr && same_content(*row, *there);
-        Finding& finding = groups_[{path->node, same ? Severity::Note : Severity::Review}];
+        Finding& finding = groups_[{path->node, same ? Severity::Note : Severity::Review, there != nullptr}];
         finding.step = call.step;
         finding.said.push_back({std::string(call.path), words(*row, there, same)});
         Place place{stored, row, 0, static_cast<uint32_t>(finding.said.size())};
@@ -127,7 +139,7 @@ private:
                            same ? "the same" : "another row, which differs");
     }
 
-    static void finish(const Node& list, Finding* finding)
+    static void finish(const Node& list, bool taken, Finding* finding)
     {
         finding->id = FindingId::RowLeft;
         finding->count = finding->places.size();
@@ -141,8 +153,9 @@ private:
         const std::string under = !by_entity  ? "the old number"
                                   : one_index ? fmt::format("index {}", index.as_uint())
                                               : "the old indexes";
-        finding->sentence = fmt::format("{} {} under {}: {} taken", counted(finding->count, noun_of(list)),
-                                        one ? "stays" : "stay", under, one ? "its place was" : "their places were");
+        const char* const why = !taken ? "a move failed" : one ? "its place was taken" : "their places were taken";
+        finding->sentence = fmt::format("{} {} under {}: {}", counted(finding->count, noun_of(list)),
+                                        one ? "stays" : "stay", under, why);
         finding->short_form =
             fmt::format("{} {} left behind", counted(finding->count, noun_of(list)), one ? "is" : "are");
     }

@@ -36,6 +36,22 @@ std::string enumeration(const std::vector<std::string>& parts)
     return shown == parts.size() ? text : fmt::format("{}, and {} more", text, parts.size() - shown);
 }
 
+// Whether a finding that calls for a look leaves everything in the result, if not in its place or not for sure.
+bool keeps_all(FindingId id)
+{
+    switch (id) {
+        case FindingId::RowLeft:
+        case FindingId::IdentityGuessed:
+        case FindingId::StandInDoubt:
+        case FindingId::Again:
+        case FindingId::LimitRewritten:
+        case FindingId::ReferenceBroken:
+            return true;
+        default:
+            return false;
+    }
+}
+
 // Why, in a sentence: the findings of the highest severity, and for a review whether anything is lost.
 std::string reason(const std::vector<Finding>& findings, Severity severity)
 {
@@ -43,13 +59,16 @@ std::string reason(const std::vector<Finding>& findings, Severity severity)
         return "Nothing is lost, and nothing needs a look.";
     }
     std::vector<std::string> parts;
+    bool all_kept = severity == Severity::Review;
     for (const Finding& finding : findings) {
-        if (finding.severity == severity) {
-            parts.push_back(finding.short_form.empty() ? finding.sentence : finding.short_form);
+        const std::string& part = finding.short_form.empty() ? finding.sentence : finding.short_form;
+        if (finding.severity == severity && std::find(parts.begin(), parts.end(), part) == parts.end()) {
+            parts.push_back(part);
+            all_kept = all_kept && keeps_all(finding.id);
         }
     }
     const std::string because = enumeration(parts);
-    return severity == Severity::Review ? fmt::format("Nothing is lost; {}.", because) : capital(because) + ".";
+    return all_kept ? fmt::format("Nothing is lost; {}.", because) : capital(because) + ".";
 }
 
 // "ended, returned, ..."

@@ -1,0 +1,242 @@
+// Findings on what failed, what stayed behind, what is gone, and what the upgrade as a whole came to. Each is provoked alone,
+// and none comes on a healthy router.
+#include <gtest/gtest.h>
+
+#include "confd_maapi.h"
+#include "nzmw_fault.h"
+#include "support/judged_upgrade.h"
+#include "support/update_fixture.h"
+
+namespace bgp_test {
+namespace {
+
+using bgp_platform::UpgradeHandles;
+using bgp_rehearse::Again;
+using bgp_rehearse::Finding;
+using bgp_rehearse::FindingId;
+using bgp_rehearse::Judgement;
+using bgp_rehearse::path_of;
+using bgp_rehearse::Severity;
+using bgp_rehearse::words_of;
+
+constexpr char kRouteMaps[] = "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry";
+
+std::string route_map(int entity, int map, int entry, const std::string& action)
+{
+    return "<bgpRouteMapEntry><bgpRmEntIndex>" + std::to_string(entity) + "</bgpRmEntIndex><bgpRouteMapIndex>" +
+           std::to_string(map) + "</bgpRouteMapIndex><bgpRouteMapEntryIndex>" + std::to_string(entry) +
+           "</bgpRouteMapEntryIndex><bgpRouteMapAction>" + action + "</bgpRouteMapAction></bgpRouteMapEntry>";
+}
+
+// A router whose every step has what it needs, with further tables of DC-BGP-MIB and further top elements.
+std::string router(const std::string& tables = {}, const std::string& more = {},
+                   const std::string& vpn = "<mplsVpnUseBgpRouting>true</mplsVpnUseBgpRouting>")
+{
+    return config(
+        R"(<DC-BGP-MIB xmlns="http://tail-f.com/ns/mibs/DC-BGP-MIB"><bgpRmEntTable><bgpRmEntEntry>
+           <bgpRmEntIndex>5</bgpRmEntIndex><bgpRmEntLocalAs>65010</bgpRmEntLocalAs>
+           <bgpRmEntLocalIdentifier>c0:00:02:01</bgpRmEntLocalIdentifier><bgpRmEntAdminStatus>up</bgpRmEntAdminStatus>
+           <bgpRmEntSupportIpv6>true</bgpRmEntSupportIpv6></bgpRmEntEntry></bgpRmEntTable>)" +
+        tables + R"(</DC-BGP-MIB><MPLS-VPN-MIB xmlns="http://tail-f.com/ns/mibs/MPLS-VPN-MIB"><mplsVpnEntTable>
+           <mplsVpnEntEntry><mplsVpnEntIndex>1</mplsVpnEntIndex>)" +
+        vpn + "</mplsVpnEntEntry></mplsVpnEntTable></MPLS-VPN-MIB>" + more);
+}
+
+std::string route_maps(const std::string& rows)
+{
+    return "<bgpRouteMapTable>" + rows + "</bgpRouteMapTable>";
+}
+
+std::string findings_after_run(const std::string& configuration)
+{
+    JudgedUpgrade upgrade(configuration);
+    upgrade.run();
+    return findings_text(upgrade.judged());
+}
+
+Finding the_finding(const Judgement& judgement, FindingId id)
+{
+    const std::vector<Finding> found = findings_of(judgement, id);
+    EXPECT_EQ(found.size(), 1U) << findings_text(judgement);
+    return found.empty() ? Finding() : found.front();
+}
+
+TEST(OutcomeFindings, RouterThatLacksNothing_HasNone)
+{
+    EXPECT_EQ(findings_after_run(router(route_maps(route_map(5, 1, 10, "permit")))), "");
+}
+
+TEST(OutcomeFindings, RowWhosePlaceIsTaken_IsLeft)
+{
+    JudgedUpgrade upgrade(router(
+        route_maps(route_map(1, 1, 10, "deny") + route_map(5, 1, 10, "permit") + route_map(5, 1, 20, "permit"))));
+    upgrade.run();
+    const Finding left = the_finding(upgrade.judged(), FindingId::RowLeft);
+    EXPECT_EQ(left.step, "update_rm_index");
+    ASSERT_EQ(left.places.size(), 1U);
+    EXPECT_EQ(path_of(left, left.places[0]), std::string(kRouteMaps) + "{5 1 10}");
+    EXPECT_NE(words_of(left, left.places[0]).find("under index 1 stands another row, which differs"),
+              std::string::npos);
+    EXPECT_NE(left.sentence.find("stays under index 5: its place was taken"), std::string::npos) << left.sentence;
+}
+
+TEST(OutcomeFindings, RowWhosePlaceTheSameRowHas_IsLeftAsANote)
+{
+    JudgedUpgrade upgrade(router(
+        route_maps(route_map(1, 1, 10, "permit") + route_map(5, 1, 10, "permit") + route_map(5, 1, 20, "deny"))));
+    upgrade.run();
+    const Finding left = the_finding(upgrade.judged(), FindingId::RowLeft);
+    EXPECT_EQ(left.severity, Severity::Note);
+    EXPECT_NE(words_of(left, left.places.at(0)).find("under index 1 stands the same"), std::string::npos);
+}
+
+TEST(OutcomeFindings, StoredRowThatIsGone_IsLost)
+{
+    JudgedUpgrade upgrade(router(route_maps(route_map(5, 1, 10, "permit"))));
+    upgrade.run();
+    upgrade.by_hand([](const UpgradeHandles& handles) {
+        EXPECT_EQ(maapi_delete(handles.maapi_socket, handles.thandle, "%s{1 1 10}", kRouteMaps), CONFD_OK);
+    });
+    const Finding lost = the_finding(upgrade.judged(), FindingId::RowLost);
+    EXPECT_EQ(lost.severity, Severity::Stop);
+    EXPECT_EQ(path_of(lost, lost.places.at(0)), std::string(kRouteMaps) + "{5 1 10}") << "where it was stored";
+}
+
+TEST(OutcomeFindings, JoinThatAStepTakesAwayOnPurpose_IsNotLost)
+{
+    const std::string join =
+        "<bgpRmAfmJoinTable><bgpRmAfmJoinEntry><bgpRmEntIndex>1</bgpRmEntIndex><bgpRmAfmJoin>3</bgpRmAfmJoin>"
+        "<bgpRmAfmAdminStatus>down</bgpRmAfmAdminStatus></bgpRmAfmJoinEntry></bgpRmAfmJoinTable>";
+    std::string configuration = router(join);
+    const std::size_t index = configuration.find("<bgpRmEntIndex>5");
+    configuration.replace(index, 16, "<bgpRmEntIndex>1");
+    JudgedUpgrade upgrade(configuration);
+    upgrade.run();
+    const Judgement judgement = upgrade.judged();
+    EXPECT_EQ(judgement.account.total.removed, 1U);
+    EXPECT_TRUE(findings_of(judgement, FindingId::RowLost).empty()) << findings_text(judgement);
+}
+
+TEST(OutcomeFindings, StepThatGaveUp_StopsTheUpgrade)
+{
+    JudgedUpgrade upgrade(router({}, {}, {}));
+    upgrade.run();
+    const Finding failed = the_finding(upgrade.judged(), FindingId::StepFailed);
+    EXPECT_EQ(failed.step, "update_l3vpn");
+    EXPECT_EQ(failed.severity, Severity::Stop);
+    EXPECT_EQ(upgrade.judged().verdict.word(), std::string("STOP"));
+}
+
+TEST(OutcomeFindings, FaultThatTheUpgradeWentOnFrom_StopsIt)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.by_hand([](const UpgradeHandles& /*handles*/) {
+        nzmw_gen_fault(1, "update_made_up", "src/config_update/made_up", 7, "what went wrong");
+    });
+    upgrade.run();
+    const Finding failed = the_finding(upgrade.judged(), FindingId::StepFailed);
+    EXPECT_EQ(words_of(failed, failed.places.at(0)), "update_made_up (src/config_update/made_up:7): what went wrong");
+}
+
+TEST(OutcomeFindings, WriteThatNoCallSiteKnows_Failed)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.run();
+    upgrade.by_hand([](const UpgradeHandles& handles) {
+        EXPECT_EQ(maapi_create(handles.maapi_socket, handles.thandle, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{1}"),
+                  CONFD_ERR);
+    });
+    const Finding failed = the_finding(upgrade.judged(), FindingId::WriteFailed);
+    EXPECT_EQ(failed.severity, Severity::Review);
+    EXPECT_EQ(failed.sentence, "1 call failed");
+    EXPECT_EQ(path_of(failed, failed.places.at(0)), "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{1}");
+    EXPECT_EQ(words_of(failed, failed.places.at(0)),
+              "maapi_create: item already exists: /DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{1}");
+}
+
+TEST(OutcomeFindings, WriteThatLosesAValue_FailedWithTheContractsWords)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.device().fault_plan().fail(bgp_platform::capi::Function::maapi_set_elem2, "/router/bgp{65010}/router-id");
+    upgrade.run();
+    const Finding failed = the_finding(upgrade.judged(), FindingId::WriteFailed);
+    EXPECT_EQ(failed.step, "update_router_bgp");
+    EXPECT_EQ(failed.sentence.rfind("1 call failed: ", 0), 0U);
+    EXPECT_GT(failed.sentence.size(), std::string("1 call failed: ").size());
+}
+
+TEST(OutcomeFindings, WriteThatFailsOnEachRouter_IsANote)
+{
+    std::string configuration = router(
+        "<bgpPeerTable><bgpPeerEntry><bgpRmEntIndex>5</bgpRmEntIndex><bgpPeerLocalAddrType>unknown</"
+        "bgpPeerLocalAddrType>"
+        "<bgpPeerLocalAddr></bgpPeerLocalAddr><bgpPeerLocalPort>0</bgpPeerLocalPort>"
+        "<bgpPeerRemoteAddrType>ipv4</bgpPeerRemoteAddrType><bgpPeerRemoteAddr>c6:33:64:02</bgpPeerRemoteAddr>"
+        "<bgpPeerRemotePort>0</bgpPeerRemotePort><bgpPeerLocalAddrScopeId>0</bgpPeerLocalAddrScopeId>"
+        "</bgpPeerEntry></bgpPeerTable>");
+    const std::size_t flag = configuration.find("<bgpRmEntSupportIpv6>true");
+    configuration.replace(flag, 25, "<bgpRmEntSupportIpv6>false");
+    JudgedUpgrade upgrade(configuration);
+    upgrade.run();
+    const Finding expected = the_finding(upgrade.judged(), FindingId::FailedAsExpected);
+    EXPECT_EQ(expected.severity, Severity::Note);
+    EXPECT_EQ(expected.sentence, "1 write failed as on every such router: the peer has no IPv6 row yet");
+    EXPECT_TRUE(findings_of(upgrade.judged(), FindingId::WriteFailed).empty());
+}
+
+TEST(OutcomeFindings, ResultOtherThanZero_StopsTheUpgrade)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.run();
+    upgrade.result = 7;
+    EXPECT_EQ(findings_text(upgrade.judged()), "stop returned: the upgrade returned 7 instead of 0\n");
+}
+
+TEST(OutcomeFindings, ResultThatIsNotValid_StopsTheUpgrade)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.run();
+    upgrade.invalid = "";
+    EXPECT_EQ(findings_text(upgrade.judged()), "");
+    upgrade.invalid = "a leafref leads nowhere";
+    EXPECT_EQ(words_of(the_finding(upgrade.judged(), FindingId::NotValid), {nullptr, nullptr, 0, 1}),
+              "a leafref leads nowhere");
+}
+
+TEST(OutcomeFindings, SecondUpgradeThatStillChanges_IsForReview)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.run();
+    upgrade.again = Again{};
+    EXPECT_EQ(findings_text(upgrade.judged()), "");
+    upgrade.again = Again{{}, {"/a/b{1}", "/a/b{2}"}};
+    EXPECT_EQ(findings_text(upgrade.judged()), "review again: a second upgrade of the result still changes 2 rows\n");
+    upgrade.again = Again{"SIGSEGV", {}};
+    EXPECT_EQ(findings_text(upgrade.judged()), "review again: a second upgrade of the result ends in SIGSEGV\n");
+}
+
+TEST(Verdict, IsThatOfTheSeverestFinding)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.run();
+    EXPECT_EQ(upgrade.judged().verdict.word(), std::string("SAFE"));
+    upgrade.again = Again{{}, {"/a/b{1}"}};
+    EXPECT_EQ(upgrade.judged().verdict.word(), std::string("REVIEW"));
+    upgrade.result = 1;
+    EXPECT_EQ(upgrade.judged().verdict.word(), std::string("STOP"));
+}
+
+TEST(Verdict, ChosenSeverity_CountsInsteadOfTheRules)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.run();
+    upgrade.result = 1;
+    Judgement judgement = upgrade.judged();
+    settle(bgp_rehearse::chosen_severities({{"returned", "stop"}, {"returned", "note"}}), &judgement);
+    EXPECT_EQ(judgement.verdict.word(), std::string("SAFE"));
+    EXPECT_THROW(bgp_rehearse::chosen_severities({{"returnd", "note"}}), std::invalid_argument);
+    EXPECT_THROW(bgp_rehearse::chosen_severities({{"returned", "bad"}}), std::invalid_argument);
+}
+
+}  // namespace
+}  // namespace bgp_test
