@@ -92,8 +92,8 @@ MapEntry map_entry(const Router& router, uint32_t number)
     MapEntry entry{number / kEntriesInMap + 1, 10 * (position + 1), position != 0, 0, 0};
     if (lists > 0 && position == 0) {
         entry.prefix_list = 1;
-    } else if (lists > 0 && position == 1) {
-        entry.prefix_list = 1 + entry.map % lists;
+    } else if (lists > 1 && position == 1) {
+        entry.prefix_list = 2 + (entry.map - 1) % (lists - 1);
     }
     if (entry.permit) {
         entry.local_preference = 90 + 10 * draw.below(12);

@@ -177,21 +177,19 @@ void draw_features(Router* router, Draw& draw)
 void share_out(Router* router)
 {
     const Groups groups = groups_of(router->role);
-    uint64_t weights = 0;
-    for (std::size_t i = 0; i < groups.count; ++i) {
-        if (!groups.first[i].ipv6_session || router->ipv6) {
-            router->groups.push_back(groups.first[i]);
-            weights += groups.first[i].weight;
-        }
+    std::copy_if(groups.first, groups.first + groups.count, std::back_inserter(router->groups),
+                 [router](const NeighborGroup& group) { return router->ipv6 || !group.ipv6_session; });
+    uint64_t left = 0;
+    for (const NeighborGroup& group : router->groups) {
+        left += group.weight;
     }
-    uint64_t weight = 0;
     uint32_t first = 0;
     for (NeighborGroup& group : router->groups) {
-        weight += group.weight;
-        const auto end = static_cast<uint32_t>(router->sizes.neighbors * weight / weights);
+        const uint64_t neighbors = router->sizes.neighbors - first;
         group.first = first;
-        group.count = end - first;
-        first = end;
+        group.count = static_cast<uint32_t>(left > group.weight ? neighbors * group.weight / left : neighbors);
+        left -= group.weight;
+        first += group.count;
     }
 }
 
