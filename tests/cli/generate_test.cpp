@@ -64,6 +64,16 @@ TEST_F(Generate, SameSeed_GivesTheSameBytes)
     EXPECT_EQ(generated(arguments), generated(arguments));
 }
 
+// By which measurements of another day can be repeated. FNV-1a of the text.
+TEST_F(Generate, BytesOfASeed_StayFromReleaseToRelease)
+{
+    uint64_t hash = 0xcbf29ce484222325;
+    for (const char byte : bgp_generator::configuration_text({40, 7, 33, 21, 2, 7})) {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3;
+    }
+    EXPECT_EQ(hash, 0x2d2acbc3ec903276U);
+}
+
 TEST_F(Generate, OtherSeed_GivesOtherBytes)
 {
     EXPECT_NE(generated({"--neighbors", "20", "--seed", "4"}), generated({"--neighbors", "20", "--seed", "5"}));
