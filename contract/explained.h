@@ -1,10 +1,18 @@
-// What a lost read or write can bring, as beginnings of keypaths: writes that an upgrade without the failure does not make,
-// of which more than one step's header speaks.
+// What more than one step's header speaks of: what a lost read or write can bring, as beginnings of keypaths, writes that
+// an upgrade without the failure does not make; and, in network words, what is not there or cannot be read.
 #pragma once
 
 #include "contract/step.h"
 
 namespace bgp_contract {
+
+inline constexpr char kEntityIndexUnread[] = "the index of the BGP router entity cannot be read";
+inline constexpr char kAsNumberUnread[] = "the AS number of the BGP router entity cannot be read";
+inline constexpr char kIpv6FlagUnread[] = "whether IPv6 is on cannot be read";
+inline constexpr char kNoVrfs[] = "the router has no VRFs";
+inline constexpr char kVrfsUnread[] = "the VRFs cannot be read";
+inline constexpr char kVrfsUncounted[] = "how many VRFs the router has cannot be read";
+inline constexpr char kNamesOutside[] = "the names of the BGP tables are not looked up in their own module";
 
 // A VRF that got no instance from update_vrf gets its joins from update_vrf_ipv6 all the same; and without an entry of
 // its own in the command-line model, the VRFs are those of another router.

@@ -226,23 +226,100 @@ struct FirstLine {  // before its first call
 struct LastLine {  // behind its last call
     const char* text;
 };
-struct NothingToDo : Texts {  // its last lines when it had nothing to do
-    using Texts::Texts;
+
+// A line that tells how a step went, by its beginning, and in network words what it says. The words stand behind "did
+// not run: " and the like; what the line goes on with may be the error of another call.
+struct Line {
+    const char* beginning;
+    const char* words;
 };
-struct Failed : Texts {  // its last lines when it gave up
-    using Texts::Texts;
+
+class Lines {
+public:
+    static constexpr std::size_t kMost = 4;
+
+    constexpr Lines() = default;
+    constexpr Lines(std::initializer_list<Line> lines)
+    {
+        for (const Line& line : lines) {
+            lines_[count_++] = line;
+        }
+    }
+
+    constexpr const Line* begin() const { return lines_; }
+    constexpr const Line* end() const { return lines_ + count_; }
+
+private:
+    Line lines_[kMost] = {};
+    std::size_t count_ = 0;
 };
-struct PassedOver : Texts {  // update()'s own lines when the step does not run
-    using Texts::Texts;
+
+struct NothingToDo : Lines {  // its last lines when it had nothing to do
+    using Lines::Lines;
 };
-struct Condition {  // why it did not run when update() writes no line about it
-    const char* text;
+struct Failed : Lines {  // its last lines when it gave up
+    using Lines::Lines;
+};
+struct PassedOver : Lines {  // update()'s own lines when the step does not run
+    using Lines::Lines;
+};
+struct Unread : Lines {  // update()'s own lines when it does not run because a value that it needs could not be read
+    using Lines::Lines;
+};
+
+// What the stored configuration must have for a step to run where update() writes no line about it.
+struct Condition {
+    enum class Kind {
+        Value,   // the leaf has a value; otherwise the step cannot run
+        Rows,    // the list has an entry
+        NoRows,  // the list has none
+    };
+
+    Kind kind;
+    const char* path;   // absolute; entries on the way by position: "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]"
+    const char* words;  // in network words, what there is instead
+};
+
+constexpr Condition needs_value(const char* path, const char* words)
+{
+    return {Condition::Kind::Value, path, words};
+}
+
+constexpr Condition needs_rows(const char* path, const char* words)
+{
+    return {Condition::Kind::Rows, path, words};
+}
+
+constexpr Condition needs_no_rows(const char* path, const char* words)
+{
+    return {Condition::Kind::NoRows, path, words};
+}
+
+// In the order of update(): the first that does not hold is the reason.
+class Conditions {
+public:
+    static constexpr std::size_t kMost = 3;
+
+    constexpr Conditions() = default;
+    constexpr Conditions(std::initializer_list<Condition> conditions)
+    {
+        for (const Condition& condition : conditions) {
+            conditions_[count_++] = condition;
+        }
+    }
+
+    constexpr const Condition* begin() const { return conditions_; }
+    constexpr const Condition* end() const { return conditions_ + count_; }
+
+private:
+    Condition conditions_[kMost] = {};
+    std::size_t count_ = 0;
 };
 
 struct Step {
     constexpr Step(const char* function, Title in_network_words, FirstLine first, LastLine last,
-                   const NothingToDo& nothing, const Failed& gave_up, const PassedOver& not_run, Condition unsaid,
-                   const Removes& removes, CallSites sites)
+                   const NothingToDo& nothing, const Failed& gave_up, const PassedOver& not_run,
+                   const Unread& cannot_run, const Conditions& unsaid, const Removes& removes, CallSites sites)
         : name(function),
           title(in_network_words.text),
           first_line(first.text),
@@ -250,7 +327,8 @@ struct Step {
           nothing_to_do(nothing),
           failed(gave_up),
           passed_over(not_run),
-          condition(unsaid.text),
+          unread(cannot_run),
+          conditions(unsaid),
           meant_removals(removes),
           calls(sites)
     {
@@ -260,18 +338,26 @@ struct Step {
     const char* title;
     const char* first_line;
     const char* last_line;
-    Texts nothing_to_do;
-    Texts failed;
-    Texts passed_over;
-    const char* condition;
+    Lines nothing_to_do;
+    Lines failed;
+    Lines passed_over;
+    Lines unread;
+    Conditions conditions;
     Removes meant_removals;
     CallSites calls;
 };
 
-// What update() says when the stored configuration has no BGP router entity, or several.
-inline constexpr char kNotOneEntity[] = "No need to update others config\n";
+// What update() says of how many BGP router entities there are, the number between the two texts, and what it says when
+// that is not one. Why a step that needs just one does not run depends on the number.
+inline constexpr char kEntitiesFound[] = "Found ";
+inline constexpr char kEntitiesFoundEnd[] = " BGP entities";
+inline constexpr char kNoEntity[] = "the device has no BGP router entity";
+inline constexpr char kEntitiesUncounted[] = "how many BGP router entities are stored cannot be read";
+inline constexpr char kSeveralEntities[] = "BGP router entities are stored: which one is meant is not known";
+inline constexpr Line kNotOneEntity = {"No need to update others config\n",
+                                       "the device has not just one BGP router entity"};
 
-// The condition of a step that runs, or is passed over with a line.
+// Why a step did not run when its conditions hold and the log is silent.
 inline constexpr char kStepMissing[] = "the log does not tell of it";
 
 }  // namespace bgp_contract

@@ -12,22 +12,21 @@ inline constexpr Texts kWithoutEntitySteps = {"/DC-BGP-MIB/bgpPeerTable", "/DC-B
                                               "/DC-BGP-MIB/bgpRmAfmJoinTable", "/DC-RTM-MIB/rtmMjTable"};
 
 inline constexpr CallSite kUpdateCalls[] = {
-    {"cdb_set_namespace", "", goes_on(), loses("the names of the BGP tables are not looked up in their own module")},
+    {"cdb_set_namespace", "", goes_on(), loses(kNamesOutside)},
     {"cdb_num_instances", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", goes_on().explaining(kWithoutEntitySteps),
-     stops("how many BGP router entities are stored cannot be read")},
+     stops(kEntitiesUncounted)},
     {"cdb_get_enum_value", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntSupportIpv6",
-     logs("Failed to read IPv6 enable flag for BGP entry: ").explaining(kIpv6Rows),
-     stops("whether IPv6 is on cannot be read")},
+     logs("Failed to read IPv6 enable flag for BGP entry: ").explaining(kIpv6Rows), stops(kIpv6FlagUnread)},
     {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntIndex", goes_on().explaining(kWithoutRekeying),
-     stops("the index of the BGP router entity cannot be read")},
+     stops(kEntityIndexUnread)},
     {"cdb_num_instances", "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry", goes_on(),
      stops("how many access list rules are stored cannot be read")},
     {"cdb_num_instances", "/prefix-list", goes_on().explaining({"/prefix-list"}),
      loses("whether there are prefix lists already cannot be read: the access lists are converted even so")},
     {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntLocalAs", goes_on().explaining(kVrfJoins),
-     stops("the AS number of the BGP router entity cannot be read")},
+     stops(kAsNumberUnread)},
     {"cdb_num_instances", "/router/bgp{}/vrf", goes_on().explaining(kVrfJoins),
-     expected_where_missing("the router has no VRFs", stops("how many VRFs the router has cannot be read"))},
+     expected_where_missing(kNoVrfs, stops(kVrfsUncounted))},
 };
 
 inline constexpr Step kUpdate = {
@@ -38,7 +37,8 @@ inline constexpr Step kUpdate = {
     NothingToDo{},
     Failed{},
     PassedOver{},
-    Condition{kStepMissing},
+    Unread{},
+    Conditions{},
     Removes{},
     kUpdateCalls,
 };

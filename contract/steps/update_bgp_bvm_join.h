@@ -1,13 +1,14 @@
 // Removes the router entity's dead join with the BVM.
 #pragma once
 
+#include "contract/explained.h"
 #include "contract/step.h"
 
 namespace bgp_contract {
 
 inline constexpr CallSite kUpdateBgpBvmJoinCalls[] = {
     {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntIndex",
-     logs("Failed to read entity index BGP entry: "), stops("the index of the BGP router entity cannot be read")},
+     logs("Failed to read entity index BGP entry: "), stops(kEntityIndexUnread)},
     {"cdb_get_enum_value", "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{}/bgpRmAfmAdminStatus", goes_on(),
      expected_where_missing("the router has no BVM join under its stored index",
                             loses("whether the BVM join is down cannot be read: it stays"))},
@@ -21,10 +22,11 @@ inline constexpr Step kUpdateBgpBvmJoin = {
     Title{"BVM join"},
     FirstLine{"Starting BGP and BVM join update\n"},
     LastLine{"Finishing BGP and BVM join update\n"},
-    NothingToDo{"No need to update BGP and BVM join update\n"},
-    Failed{"Failed to read entity index BGP entry: "},
+    NothingToDo{{"No need to update BGP and BVM join update\n", kNoEntity}},
+    Failed{{"Failed to read entity index BGP entry: ", kEntityIndexUnread}},
     PassedOver{},
-    Condition{kStepMissing},
+    Unread{},
+    Conditions{},
     Removes{"/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry", "a join with the BVM that is down does nothing"},
     kUpdateBgpBvmJoinCalls,
 };

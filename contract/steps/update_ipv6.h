@@ -11,14 +11,14 @@ namespace bgp_contract {
 // address then is the first to get one.
 inline constexpr Texts kNeighborFamilies = {"/internal/neighbor-afi-safi-hidden", "/DC-BGP-MIB/bgpPeerAfiSafiTable"};
 
+inline constexpr char kNoIpv6Support[] = "the router cannot be told to support IPv6";
+
 inline constexpr CallSite kUpdateIpv6Calls[] = {
     {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntIndex",
-     logs("Failed to read entity index BGP entry: ").explaining(kIpv6Rows),
-     stops("the index of the BGP router entity cannot be read")},
-    {"maapi_set_namespace", "", goes_on(), loses("the names of the BGP tables are not looked up in their own module")},
+     logs("Failed to read entity index BGP entry: ").explaining(kIpv6Rows), stops(kEntityIndexUnread)},
+    {"maapi_set_namespace", "", goes_on(), loses(kNamesOutside)},
     {"maapi_set_elem", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{}/bgpRmEntSupportIpv6",
-     logs("Failed to enable IPv6 for BGP entity id: ").explaining(kIpv6Rows),
-     stops("the router cannot be told to support IPv6")},
+     logs("Failed to enable IPv6 for BGP entity id: ").explaining(kIpv6Rows), stops(kNoIpv6Support)},
     {"maapi_create", "/internal/router-afi-safi-hidden{}",
      logs("Failed to create BGP RM AFI/SAFI ipv4 unicast internal hidden entry for BGP entity id: ")
          .explaining(kIpv6Rows),
@@ -89,10 +89,11 @@ inline constexpr Step kUpdateIpv6 = {
     FirstLine{"Update BGP Ipv6\n"},
     LastLine{"Finishing BGP Ipv6 update\n"},
     NothingToDo{},
-    Failed{"Failed to read entity index BGP entry: "},
-    PassedOver{kNotOneEntity,
-               "IPv6 is already enabled for BGP entry : ", "Failed to read IPv6 enable flag for BGP entry: "},
-    Condition{kStepMissing},
+    Failed{{"Failed to read entity index BGP entry: ", kEntityIndexUnread},
+           {"Failed to enable IPv6 for BGP entity id: ", kNoIpv6Support}},
+    PassedOver{kNotOneEntity, {"IPv6 is already enabled for BGP entry : ", "IPv6 is on already"}},
+    Unread{{"Failed to read IPv6 enable flag for BGP entry: ", kIpv6FlagUnread}},
+    Conditions{},
     Removes{},
     kUpdateIpv6Calls,
 };

@@ -2,6 +2,7 @@
 // MPLS-VPN entity.
 #pragma once
 
+#include "contract/explained.h"
 #include "contract/step.h"
 
 namespace bgp_contract {
@@ -9,14 +10,15 @@ namespace bgp_contract {
 // An MPLS-VPN entity that is not seen makes the family wanted; its rows are then treated like any other.
 inline constexpr Texts kVpnFamilies = {"/DC-BGP-MIB/bgpRmAfiSafiTable", "/DC-BGP-MIB/bgpPeerAfiSafiTable"};
 
+inline constexpr char kVpnUnread[] = "whether MPLS VPN uses BGP cannot be read";
+
 inline constexpr CallSite kUpdateL3vpnCalls[] = {
     {"cdb_exists", "/MPLS-VPN-MIB/mplsVpnEntTable/mplsVpnEntEntry{}", goes_on().explaining(kVpnFamilies),
      loses("whether MPLS VPN is set up cannot be read: the VPN family is added as if it were not")},
     {"cdb_get", "/MPLS-VPN-MIB/mplsVpnEntTable/mplsVpnEntEntry{}/mplsVpnUseBgpRouting",
-     logs("Failed to read mplsVpnUseBgpRouting, err: "), stops("whether MPLS VPN uses BGP cannot be read")},
+     logs("Failed to read mplsVpnUseBgpRouting, err: "), stops(kVpnUnread)},
     {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntIndex",
-     logs("Failed to read entity index BGP entry: ").explaining(kVpnFamilies),
-     stops("the index of the BGP router entity cannot be read")},
+     logs("Failed to read entity index BGP entry: ").explaining(kVpnFamilies), stops(kEntityIndexUnread)},
     {"maapi_create", "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{}",
      logs("Failed to create BGP RM AFI/SAFI ipv4 mplsBgpVpn entry for BGP entity id: ").explaining(kVpnFamilies),
      expected_where_there("the router has its IPv4 VPN family already",
@@ -39,10 +41,12 @@ inline constexpr Step kUpdateL3vpn = {
     Title{"IPv4 VPN family"},
     FirstLine{"Update BGP AfiSafi L3VPN\n"},
     LastLine{"Finishing BGP AfiSafi L3VPN\n"},
-    NothingToDo{"No need to update VpnEntry"},
-    Failed{"Failed to read mplsVpnUseBgpRouting, ", "Failed to read entity index BGP entry: "},
+    NothingToDo{{"No need to update VpnEntry", "MPLS VPN uses BGP already"}},
+    Failed{{"Failed to read mplsVpnUseBgpRouting, ", kVpnUnread},
+           {"Failed to read entity index BGP entry: ", kEntityIndexUnread}},
     PassedOver{kNotOneEntity},
-    Condition{kStepMissing},
+    Unread{},
+    Conditions{},
     Removes{},
     kUpdateL3vpnCalls,
 };

@@ -35,10 +35,11 @@ inline constexpr Step kUpdateNeighConfigDropWarn = {
     Title{"neighbour limits"},
     FirstLine{"enter update_neigh_config_drop_warn\n"},
     LastLine{"exit update_neigh_config_drop_warn\n"},
-    NothingToDo{"No need to update config - exit update_neigh_config_drop_warn\n"},
+    NothingToDo{{"No need to update config - exit update_neigh_config_drop_warn\n", kNoEntity}},
     Failed{},
     PassedOver{},
-    Condition{kStepMissing},
+    Unread{},
+    Conditions{},
     Removes{},
     kUpdateNeighConfigDropWarnCalls,
 };

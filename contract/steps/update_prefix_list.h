@@ -1,17 +1,22 @@
 // Turns numbered prefix access lists into named prefix lists. update() passes it over in silence.
 #pragma once
 
+#include "contract/explained.h"
 #include "contract/step.h"
 
 namespace bgp_contract {
 
+inline constexpr char kNextFreeUnread[] = "the next free index of the access lists cannot be read";
+inline constexpr char kRulesUnread[] = "the access list rules cannot be read";
+inline constexpr char kNextFreeUnset[] = "the next free index of the prefix lists cannot be set";
+
 inline constexpr CallSite kUpdatePrefixListCalls[] = {
     {"cdb_get", "/internal/aallPreAccessListEntry-hidden/aallPreAccessListEntry_next_free_index",
-     logs("Couldn't read next_free_index. err: "), stops("the next free index of the access lists cannot be read")},
+     logs("Couldn't read next_free_index. err: "), stops(kNextFreeUnread)},
     {"cdb_num_instances", "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry", goes_on(),
      stops("the access list rules cannot be counted")},
     {"cdb_get_objects", "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry",
-     logs("Could not get prefix list entries, ret: "), stops("the access list rules cannot be read")},
+     logs("Could not get prefix list entries, ret: "), stops(kRulesUnread)},
     {"cdb_get", "/internal/aallPreAccessListEntry-hidden/aallPreAccessListEntry-get{}/name",
      logs("Could not get name for prefix list (rm_index: "),
      expected_at_first_try("the list's name is looked up under the next index",
@@ -39,8 +44,7 @@ inline constexpr CallSite kUpdatePrefixListCalls[] = {
     {"maapi_set_elem", "/prefix-list/{}/seq{}/action", logs("Could not set address for prefix list (pfx_name: "),
      loses("the rule gets no action")},
     {"maapi_set_elem", "/prefix-list-internal/name-next-index",
-     logs("Couldn't set internal name-next-index value! err: "),
-     stops("the next free index of the prefix lists cannot be set")},
+     logs("Couldn't set internal name-next-index value! err: "), stops(kNextFreeUnset)},
 };
 
 inline constexpr Step kUpdatePrefixList = {
@@ -49,10 +53,15 @@ inline constexpr Step kUpdatePrefixList = {
     FirstLine{"Update Prefix List\n"},
     LastLine{"Finishing Prefix List update\n"},
     NothingToDo{},
-    Failed{"Couldn't read next_free_index. ", "Could not get prefix list entries, ",
-           "Couldn't set internal name-next-index value! "},
+    Failed{{"Couldn't read next_free_index. ", kNextFreeUnread},
+           {"Could not get prefix list entries, ", kRulesUnread},
+           {"Couldn't set internal name-next-index value! ", kNextFreeUnset}},
     PassedOver{kNotOneEntity},
-    Condition{"no access list rules are stored, a prefix list is there already, or the entity's index cannot be read"},
+    Unread{},
+    Conditions{
+        needs_value("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntIndex", kEntityIndexUnread),
+        needs_rows("/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry", "no access list rules are stored"),
+        needs_no_rows("/prefix-list", "a prefix list is there already")},
     Removes{},
     kUpdatePrefixListCalls,
 };

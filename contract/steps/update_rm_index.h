@@ -15,8 +15,7 @@ inline constexpr Texts kOnceMore = {"/redist-protocol", "/internal/", "/DC-BGP-M
 
 inline constexpr CallSite kUpdateRmIndexCalls[] = {
     {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntLocalAs",
-     logs("Failed to get local as number, err: ").explaining(kWithoutRekeying),
-     stops("the AS number of the BGP router entity cannot be read")},
+     logs("Failed to get local as number, err: ").explaining(kWithoutRekeying), stops(kAsNumberUnread)},
     {"cdb_exists", "/bgp-internal/bgp-vrf{}/as-to-bgp-idx{}", goes_on().explaining(kOnceMore),
      loses("whether the router is re-keyed already cannot be read: it is re-keyed once more")},
     {"maapi_get_elem", "/redist-protocol{}/protocol-xmltag", logs("Failed to get protocol-xmltag for path: "),
@@ -58,10 +57,11 @@ inline constexpr Step kUpdateRmIndex = {
     Title{"re-keying to the global index"},
     FirstLine{"Starting BGP RM index update\n"},
     LastLine{"Finishing BGP RM index update\n"},
-    NothingToDo{"No need to update rm index!\n"},
-    Failed{"Failed to get local as number, "},
+    NothingToDo{{"No need to update rm index!\n", "the router is re-keyed already"}},
+    Failed{{"Failed to get local as number, ", kAsNumberUnread}},
     PassedOver{kNotOneEntity},
-    Condition{"the index of the BGP router entity cannot be read"},
+    Unread{},
+    Conditions{needs_value("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntIndex", kEntityIndexUnread)},
     Removes{},
     kUpdateRmIndexCalls,
 };

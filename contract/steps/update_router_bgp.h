@@ -7,15 +7,16 @@
 
 namespace bgp_contract {
 
+inline constexpr char kNoRouterEntry[] = "the router's entry cannot be made";
+
 inline constexpr CallSite kUpdateRouterBgpCalls[] = {
-    {"cdb_set_namespace", "", goes_on(), loses("the names of the BGP tables are not looked up in their own module")},
+    {"cdb_set_namespace", "", goes_on(), loses(kNamesOutside)},
     {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntLocalAs",
-     logs("Failed to read as-number  err: ").explaining(kVrfJoins),
-     stops("the AS number of the BGP router entity cannot be read")},
+     logs("Failed to read as-number  err: ").explaining(kVrfJoins), stops(kAsNumberUnread)},
     {"cdb_exists", "/router/bgp{}", goes_on(),
      loses("whether the router is in the command-line model already cannot be read")},
     {"maapi_create", "/router/bgp{}", logs("Failed to configure router bgp: ").explaining(kVrfJoins),
-     stops("the router's entry cannot be made")},
+     stops(kNoRouterEntry)},
     {"cdb_get", "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[]/bgpRmEntLocalIdentifier",
      logs("Failed to get bgpRmEntLocalIdentifier, err: "),
      expected_where_missing("no router id is stored", loses("the router id is not carried over"))},
@@ -50,10 +51,11 @@ inline constexpr Step kUpdateRouterBgp = {
     Title{"router entry in the command-line model"},
     FirstLine{"Starting BGP router update\n"},
     LastLine{"Finishing BGP router update\n"},
-    NothingToDo{"Router BGP high-level already exists ", "Failed to read as-number "},
-    Failed{"Failed to configure router bgp: "},
+    NothingToDo{{"Router BGP high-level already exists ", "the router is in the command-line model already"}},
+    Failed{{"Failed to read as-number ", kAsNumberUnread}, {"Failed to configure router bgp: ", kNoRouterEntry}},
     PassedOver{kNotOneEntity},
-    Condition{kStepMissing},
+    Unread{},
+    Conditions{},
     Removes{},
     kUpdateRouterBgpCalls,
 };

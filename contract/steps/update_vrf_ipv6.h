@@ -10,7 +10,7 @@ namespace bgp_contract {
 inline constexpr CallSite kUpdateVrfIpv6Calls[] = {
     {"maapi_init_cursor", "/router/bgp", logs("get_local_as:136: "), stops("the router's AS number cannot be read")},
     {"maapi_get_next", "/router/bgp", goes_on(), stops("the router's AS number cannot be read")},
-    {"maapi_init_cursor", "/router/bgp{}/vrf", logs("update_vrf_ipv6:162: "), stops("the VRFs cannot be read")},
+    {"maapi_init_cursor", "/router/bgp{}/vrf", logs("update_vrf_ipv6:162: "), stops(kVrfsUnread)},
     {"maapi_get_next", "/router/bgp{}/vrf", goes_on(), stops("the VRFs cannot be read to the end")},
     {"maapi_get_elem", "/metacli-internal:internal/metacli-internal:vrf-config/stringTOindex{}/vrf-idx",
      logs("update_vrf_ipv6:171: "), left("the VRF gets no IPv6 join: it has no VRF index")},
@@ -36,10 +36,11 @@ inline constexpr Step kUpdateVrfIpv6 = {
     Title{"VRF IPv6 joins"},
     FirstLine{"Update BGP VRF IPv6\n"},
     LastLine{"Finishing VRF IPv6 update\n"},
-    NothingToDo{"No BGP config to update"},
-    Failed{"update_vrf_ipv6:162: "},
+    NothingToDo{{"No BGP config to update", kNoEntity}},
+    Failed{{"update_vrf_ipv6:162: ", kVrfsUnread}},
     PassedOver{},
-    Condition{kStepMissing},
+    Unread{},
+    Conditions{},
     Removes{},
     kUpdateVrfIpv6Calls,
 };

@@ -78,9 +78,8 @@ TEST_F(RehearseSteps, RouterToUpgrade_RunsAllButVrfs)
     EXPECT_THAT(outcomes(report_of({example("edge-router")})),
                 ElementsAre("update: ran", "update_router_bgp: ran", "update_ipv6: ran", "update_l3vpn: ran",
                             "update_prefix_list: ran", "update_rm_index: ran",
-                            StartsWith("update_vrf: did not run: num bgp: 1, num_bgp_vrs: 0, err: "),
-                            "update_neigh_config_drop_warn: ran", "update_neigh_config_afi_safi: ran",
-                            "update_bgp_bvm_join: ran", "update_vrf_ipv6: ran"));
+                            "update_vrf: did not run: the router has no VRFs", "update_neigh_config_drop_warn: ran",
+                            "update_neigh_config_afi_safi: ran", "update_bgp_bvm_join: ran", "update_vrf_ipv6: ran"));
 }
 
 TEST_F(RehearseSteps, UpgradedRouter_TellsWhyThereIsNothingToDo)
@@ -88,18 +87,17 @@ TEST_F(RehearseSteps, UpgradedRouter_TellsWhyThereIsNothingToDo)
     EXPECT_THAT(section(rehearse({"run", example("upgraded")}).out),
                 ElementsAre("Steps:", "  update                               8 reads       0 writes  ran",
                             "  update_router_bgp                    2 reads       0 writes  nothing to do: "
-                            "Router BGP high-level already exists  err:",
+                            "the router is in the command-line model already",
                             "  update_ipv6                                                  did not run: "
-                            "IPv6 is already enabled for BGP entry : 0",
+                            "IPv6 is on already",
                             "  update_l3vpn                         2 reads       0 writes  nothing to do: "
-                            "No need to update VpnEntry",
-                            "  update_prefix_list                                           did not run: no access "
-                            "list rules are stored, a prefix list is there already, or the entity's index cannot be "
-                            "read",
+                            "MPLS VPN uses BGP already",
+                            "  update_prefix_list                                           did not run: "
+                            "a prefix list is there already",
                             "  update_rm_index                      2 reads       0 writes  nothing to do: "
-                            "No need to update rm index!",
+                            "the router is re-keyed already",
                             "  update_vrf                                                   did not run: "
-                            "num bgp: 1, num_bgp_vrs: 0, err:",
+                            "the router has no VRFs",
                             "  update_neigh_config_drop_warn        8 reads       2 writes  ran",
                             "  update_neigh_config_afi_safi        20 reads       0 writes  ran",
                             "  update_bgp_bvm_join                  2 reads       0 writes  ran",
@@ -108,27 +106,55 @@ TEST_F(RehearseSteps, UpgradedRouter_TellsWhyThereIsNothingToDo)
 
 TEST_F(RehearseSteps, NoRouter_LeavesTheStepsOfARouterOut)
 {
-    const std::string others = ": did not run: No need to update others config";
+    const std::string others = ": nothing to do: the device has no BGP router entity";
     EXPECT_THAT(
         outcomes(report_of({config})),
         ElementsAre("update: ran", "update_router_bgp" + others, "update_ipv6" + others, "update_l3vpn" + others,
                     "update_prefix_list" + others, "update_rm_index" + others, "update_vrf" + others,
-                    "update_neigh_config_drop_warn: nothing to do: "
-                    "No need to update config - exit update_neigh_config_drop_warn",
-                    "update_neigh_config_afi_safi: nothing to do: "
-                    "No need to update config - exit update_neigh_config_afi_safi",
-                    "update_bgp_bvm_join: nothing to do: No need to update BGP and BVM join update",
-                    "update_vrf_ipv6: nothing to do: No BGP config to update"));
+                    "update_neigh_config_drop_warn" + others, "update_neigh_config_afi_safi" + others,
+                    "update_bgp_bvm_join" + others, "update_vrf_ipv6" + others));
 }
 
-TEST_F(RehearseSteps, StepThatGaveUp_HasFailedWithTheLogsText)
+TEST_F(RehearseSteps, SeveralRouters_LeaveTheirStepsUnableToRun)
+{
+    const json step = step_of(report_of({BGP_SOURCE_DIR "/contract/upgrades/two-entities/stored.xml"}), "update_ipv6");
+    EXPECT_EQ(step["outcome"], "could not run");
+    EXPECT_EQ(step["text"], "2 BGP router entities are stored: which one is meant is not known");
+    EXPECT_EQ(step["line"], "No need to update others config");
+}
+
+TEST_F(RehearseSteps, ValueThatIsMissing_IsTheReasonOfEachStepThatNeedsIt)
+{
+    const std::string no_as = folder.file(
+        "no-as.xml", without(content_of(example("provider-edge")), "<bgpRmEntLocalAs>", "</bgpRmEntLocalAs>"));
+    const json report = report_of({no_as});
+    const std::string unread = "the AS number of the BGP router entity cannot be read";
+    EXPECT_EQ(step_of(report, "update_router_bgp")["outcome"], "failed");
+    EXPECT_EQ(step_of(report, "update_router_bgp")["text"], unread);
+    EXPECT_EQ(step_of(report, "update_rm_index")["outcome"], "failed");
+    EXPECT_EQ(step_of(report, "update_vrf")["outcome"], "could not run");
+    EXPECT_EQ(step_of(report, "update_vrf")["text"], unread);
+    EXPECT_EQ(step_of(report, "update_vrf")["line"], "") << "the log is silent";
+}
+
+TEST_F(RehearseSteps, ReasonsOfPrefixLists_IsTheOneThatHolds)
+{
+    EXPECT_EQ(
+        step_of(report_of({BGP_SOURCE_DIR "/contract/upgrades/one-entity/stored.xml"}), "update_prefix_list")["text"],
+        "no access list rules are stored");
+    EXPECT_EQ(step_of(report_of({example("upgraded")}), "update_prefix_list")["text"],
+              "a prefix list is there already");
+}
+
+TEST_F(RehearseSteps, StepThatGaveUp_HasFailedForTheReasonThatItsLineTells)
 {
     const std::string broken = folder.file(
         "broken.xml", without(content_of(example("edge-router")), "<aallPreAccessListEntry_next_free_index>",
                               "</aallPreAccessListEntry_next_free_index>"));
     const json step = step_of(report_of({broken}), "update_prefix_list");
     EXPECT_EQ(step["outcome"], "failed");
-    EXPECT_THAT(step["text"].get<std::string>(), StartsWith("Couldn't read next_free_index. err: cdb_get: "));
+    EXPECT_EQ(step["text"], "the next free index of the access lists cannot be read");
+    EXPECT_THAT(step["line"].get<std::string>(), StartsWith("Couldn't read next_free_index. err: cdb_get: "));
     EXPECT_EQ(step["reads"], 1);
     EXPECT_EQ(step["writes"], 0);
 }
@@ -144,12 +170,12 @@ TEST_F(RehearseSteps, Fault_EndsItsStepAndNoneComesAfter)
     const std::string after = ": did not run: the upgrade ended before it";
     EXPECT_THAT(
         outcomes(report),
-        ElementsAre("update: ended", "update_router_bgp: nothing to do: Router BGP high-level already exists  err:",
-                    "update_ipv6: did not run: IPv6 is already enabled for BGP entry : 0",
-                    "update_l3vpn: nothing to do: No need to update VpnEntry",
-                    StartsWith("update_prefix_list: did not run: no access list rules"), "update_rm_index: ran",
-                    "update_vrf: ended", "update_neigh_config_drop_warn" + after,
-                    "update_neigh_config_afi_safi" + after, "update_bgp_bvm_join" + after, "update_vrf_ipv6" + after));
+        ElementsAre(
+            "update: ended", "update_router_bgp: nothing to do: the router is in the command-line model already",
+            "update_ipv6: did not run: IPv6 is on already", "update_l3vpn: nothing to do: MPLS VPN uses BGP already",
+            "update_prefix_list: did not run: no access list rules are stored", "update_rm_index: ran",
+            "update_vrf: ended", "update_neigh_config_drop_warn" + after, "update_neigh_config_afi_safi" + after,
+            "update_bgp_bvm_join" + after, "update_vrf_ipv6" + after));
     const json whole = report_of({example("provider-edge")});
     for (const char* name : {"update", "update_l3vpn", "update_rm_index"}) {
         EXPECT_EQ(step_of(report, name)["reads"], step_of(whole, name)["reads"]) << name;
@@ -182,6 +208,7 @@ TEST_F(RehearseSteps, Signal_LeavesTheCallsOfItsStepUnknown)
     EXPECT_EQ(step, json({{"name", "update_vrf_ipv6"},
                           {"outcome", "ended"},
                           {"text", ""},
+                          {"line", ""},
                           {"runs", 1},
                           {"reads", nullptr},
                           {"writes", nullptr},
@@ -224,12 +251,13 @@ TEST_F(RehearseSteps, StepThatRanTwice_SaysSo)
                 HasSubstr("  update_vrf                           2 reads       0 writes  ran 2 times\n"));
 }
 
-TEST_F(RehearseSteps, ControlCharactersInAReason_AreEscaped)
+TEST_F(RehearseSteps, WhatALogsLineGoesOnWith_StandsInTheJsonAlone)
 {
     const std::string library =
         fake_library(folder, "log(\"Update BGP VRF\\n\"); log(\"Failed to read BGP VRF objects \\033[1m\"); return 0;");
-    EXPECT_THAT(rehearse({"run", config, "--library", library}).out,
-                HasSubstr("failed: Failed to read BGP VRF objects \\x1b[1m\n"));
+    EXPECT_THAT(rehearse({"run", config, "--library", library}).out, HasSubstr("failed: the VRFs cannot be read\n"));
+    EXPECT_EQ(step_of(report_of({config, "--library", library}), "update_vrf")["line"],
+              "Failed to read BGP VRF objects \033[1m");
 }
 
 TEST_F(RehearseSteps, Sums_AreTheTotalsOfTheSummary)

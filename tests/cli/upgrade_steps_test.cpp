@@ -7,11 +7,15 @@
 #include <cstring>
 #include <filesystem>
 #include <map>
+#include <regex>
 #include <stdexcept>
+#include <tuple>
 
 #include "bgp_update/update.h"
 #include "contract/steps.h"
 #include "device.h"
+#include "judge/call_site.h"
+#include "judge/stored_condition.h"
 #include "support/scratch_folder.h"
 
 namespace bgp_test {
@@ -56,6 +60,13 @@ protected:
         EXPECT_EQ(calls->failed_writes, expected.failed_writes) << step;
     }
 
+    void expect_told(const char* step, StepOutcome outcome, const char* text, const char* line) const
+    {
+        EXPECT_EQ(step_of(steps, step).outcome, outcome) << step;
+        EXPECT_EQ(step_of(steps, step).text, text) << step;
+        EXPECT_EQ(step_of(steps, step).line, line) << step;
+    }
+
     CallTotals so_far;
     UpgradeSteps steps{[this] { return so_far; }};
 };
@@ -89,7 +100,8 @@ TEST_F(GivenLines, RunsOfDifferentOutcome_TellTheOneThatMattersMost)
     line("Router BGP high-level already exists  err:");
     steps.returned();
     EXPECT_EQ(step_of(steps, "update_router_bgp").outcome, StepOutcome::Failed);
-    EXPECT_EQ(step_of(steps, "update_router_bgp").text, "Failed to configure router bgp: 5, err: no");
+    EXPECT_EQ(step_of(steps, "update_router_bgp").text, "the router's entry cannot be made");
+    EXPECT_EQ(step_of(steps, "update_router_bgp").line, "Failed to configure router bgp: 5, err: no");
     EXPECT_EQ(step_of(steps, "update_router_bgp").runs, 3U);
 }
 
@@ -125,18 +137,155 @@ TEST_F(GivenLines, StepWithoutLastLine_EndsWhereTheNextBegins)
 
 TEST_F(GivenLines, StepThatRunsAfterAReasonNotTo_HasRun)
 {
-    line("num bgp: 1, num_bgp_vrs: 2, err: \n");
-    EXPECT_EQ(step_of(steps, "update_vrf").text, "num bgp: 1, num_bgp_vrs: 2, err:");
+    line("num bgp: 1, num_bgp_vrs: -1, err: no\n");
+    expect_told("update_vrf", StepOutcome::CannotRun, "how many VRFs the router has cannot be read",
+                "num bgp: 1, num_bgp_vrs: -1, err: no");
+    line("Update BGP VRF\n");
+    line("No VRFs to update");
+    expect_told("update_vrf", StepOutcome::NothingToDo, "the router has no VRFs", "No VRFs to update");
+}
+
+TEST_F(GivenLines, StepThatRunsAfterAReasonNotTo_LosesItWhenItHasNothingToSay)
+{
+    line("num bgp: 1, num_bgp_vrs: -1, err: no\n");
     line("Update BGP VRF\n");
     line("Finishing VRF update\n");
-    EXPECT_EQ(step_of(steps, "update_vrf").outcome, StepOutcome::Ran);
-    EXPECT_EQ(step_of(steps, "update_vrf").text, "");
+    expect_told("update_vrf", StepOutcome::Ran, "", "");
+}
+
+TEST_F(GivenLines, ErrorOfAnotherCallBehindAReason_StandsInTheLineAlone)
+{
+    line("num bgp: 1, num_bgp_vrs: 0, err: cdb_get: item does not exist: /elsewhere\n");
+    expect_told("update_vrf", StepOutcome::NotRun, "the router has no VRFs",
+                "num bgp: 1, num_bgp_vrs: 0, err: cdb_get: item does not exist: /elsewhere");
+}
+
+TEST_F(GivenLines, VrfsFound_AreNoReasonForTheirStepNotToRun)
+{
+    EXPECT_FALSE(steps.take("num bgp: 1, num_bgp_vrs: 12, err: \n"));
+}
+
+constexpr char kNoneRan[] = "No need to update others config";
+
+TEST_F(GivenLines, NoRouterEntity_LeavesItsStepsNothingToDo)
+{
+    line("Starting BGP update\n");
+    line("Found 0 BGP entities");
+    line("No need to update others config\n");
+    expect_told("update_rm_index", StepOutcome::NothingToDo, "the device has no BGP router entity", kNoneRan);
+}
+
+TEST_F(GivenLines, SeveralRouterEntities_TheirStepsCannotRun)
+{
+    line("Starting BGP update\n");
+    line("Found 12 BGP entities");
+    line("No need to update others config\n");
+    for (const char* step : {"update_router_bgp", "update_ipv6", "update_l3vpn", "update_prefix_list", "update_vrf"}) {
+        expect_told(step, StepOutcome::CannotRun, "12 BGP router entities are stored: which one is meant is not known",
+                    kNoneRan);
+    }
+}
+
+TEST_F(GivenLines, RouterEntitiesThatCannotBeCounted_TheirStepsCannotRun)
+{
+    line("Starting BGP update\n");
+    line("Found -1 BGP entities");
+    line("No need to update others config\n");
+    expect_told("update_router_bgp", StepOutcome::CannotRun, "how many BGP router entities are stored cannot be read",
+                kNoneRan);
+}
+
+TEST_F(GivenLines, RouterEntitiesOfAnUnknownNumber_AreNotJustOne)
+{
+    line("No need to update others config\n");
+    expect_told("update_router_bgp", StepOutcome::NotRun, "the device has not just one BGP router entity", kNoneRan);
+}
+
+// A condition that is told by its words.
+class GivenConditions : public testing::Test {
+protected:
+    void returned_without(const char* words)
+    {
+        unmet = words;
+        steps.take("Starting BGP update\n");
+        steps.returned();
+    }
+
+    std::string unmet;
+    UpgradeSteps steps{[] { return CallTotals{}; },
+                       [this](const bgp_contract::Condition& condition) { return unmet != condition.words; }};
+};
+
+TEST_F(GivenConditions, ValueThatCannotBeRead_TheStepsThatNeedItCannotRun)
+{
+    returned_without("the index of the BGP router entity cannot be read");
+    EXPECT_EQ(step_of(steps, "update_rm_index").outcome, StepOutcome::CannotRun);
+    EXPECT_EQ(step_of(steps, "update_rm_index").text, unmet);
+    EXPECT_EQ(step_of(steps, "update_prefix_list").outcome, StepOutcome::CannotRun);
+    EXPECT_EQ(step_of(steps, "update_vrf").outcome, StepOutcome::NotRun);
+}
+
+TEST_F(GivenConditions, FirstConditionThatIsNotMet_IsTheReason)
+{
+    for (const char* words : {"no access list rules are stored", "a prefix list is there already"}) {
+        returned_without(words);
+        EXPECT_EQ(step_of(steps, "update_prefix_list").outcome, StepOutcome::NotRun);
+        EXPECT_EQ(step_of(steps, "update_prefix_list").text, words);
+        steps = UpgradeSteps{[] { return CallTotals{}; },
+                             [this](const bgp_contract::Condition& condition) { return unmet != condition.words; }};
+    }
+}
+
+TEST_F(GivenConditions, AllMetAndYetTheStepDidNotRun_NobodySaysWhy)
+{
+    returned_without("");
+    EXPECT_EQ(step_of(steps, "update_prefix_list").outcome, StepOutcome::NotRun);
+    EXPECT_EQ(step_of(steps, "update_prefix_list").text, "the log does not tell of it");
+}
+
+TEST(StoredCondition, HoldsByWhatIsStored)
+{
+    using bgp_rehearse::holds;
+    bgp_platform::Device device;
+    device.load_file(BGP_SOURCE_DIR "/examples/edge-router.xml");
+    const auto& edge = device.configuration(bgp_platform::Datastore::Stored);
+    constexpr char kRules[] = "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry";
+    EXPECT_TRUE(
+        holds(bgp_contract::needs_value("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntLocalAs", ""), edge));
+    EXPECT_FALSE(
+        holds(bgp_contract::needs_value("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[1]/bgpRmEntLocalAs", ""), edge));
+    EXPECT_FALSE(holds(bgp_contract::needs_value("/prefix-list-internal/name-next-index", ""), edge));
+    EXPECT_TRUE(holds(bgp_contract::needs_rows(kRules, ""), edge));
+    EXPECT_FALSE(holds(bgp_contract::needs_no_rows(kRules, ""), edge));
+    EXPECT_FALSE(holds(bgp_contract::needs_rows("/prefix-list", ""), edge));
+    EXPECT_TRUE(holds(bgp_contract::needs_no_rows("/prefix-list", ""), edge));
+}
+
+TEST(StoredCondition, PathThatTheDataModelDoesNotHave_IsAnErrorOfTheContract)
+{
+    const bgp_platform::Device device;
+    EXPECT_THROW(static_cast<void>(bgp_rehearse::holds(bgp_contract::needs_rows("/prefix-lists", ""),
+                                                       device.configuration(bgp_platform::Datastore::Stored))),
+                 std::logic_error);
+}
+
+TEST(StoredCondition, EachOfTheContract_HasItsPathInTheDataModel)
+{
+    const bgp_platform::Device device;
+    for (const bgp_contract::Step& step : bgp_contract::kSteps) {
+        for (const bgp_contract::Condition& condition : step.conditions) {
+            EXPECT_EQ(bgp_rehearse::holds(condition, device.configuration(bgp_platform::Datastore::Stored)),
+                      condition.kind == bgp_contract::Condition::Kind::NoRows)
+                << condition.path;
+        }
+    }
 }
 
 TEST_F(GivenLines, LinesOfNoStepsBorder_AreNotNeeded)
 {
     EXPECT_TRUE(steps.take("Starting BGP update\n"));
-    EXPECT_FALSE(steps.take("Found 1 BGP entities"));
+    EXPECT_TRUE(steps.take("Found 1 BGP entities"));
+    EXPECT_FALSE(steps.take("Found 2 BGP Peer entries"));
     EXPECT_TRUE(steps.take("IPv6 is already enabled for BGP entry : 0"));
     EXPECT_TRUE(steps.take("Update BGP VRF\n"));
     EXPECT_FALSE(steps.take("Found 3 bgp vrfs to update"));
@@ -160,15 +309,18 @@ TEST_F(GivenLines, UpgradeThatEndedWithUnknownCalls_LeavesThemOutOfTheStepItEnde
     EXPECT_EQ(step_of(steps, "update_vrf").text, "the upgrade ended before it");
 }
 
-// Where the library's source has the text: whole, or with "%s" where the step's own name stands.
+// Where the library's source has the text: whole, with "%d" where a number stands, or with "%s" for the step's own name.
 bool stands_in(const std::string& source, const std::string& text, const std::string& step)
 {
     std::string written;
     for (const char c : text) {
         written += c == '\n' ? std::string("\\n") : std::string(1, c);
     }
-    if (source.find('"' + written) != std::string::npos) {
-        return true;
+    static const std::regex number("-?[0-9]+");
+    for (const std::string& each : {written, std::regex_replace(written, number, "%d")}) {
+        if (source.find('"' + each) != std::string::npos) {
+            return true;
+        }
     }
     if (written == "update_vrf_ipv6:162: ") {
         return source.find("\"%s:%d: %s\", __func__, 162,") != std::string::npos;
@@ -186,8 +338,10 @@ TEST(StepLines, EachText_StandsInTheSourcesOfTheSteps)
     }
     for (const bgp_contract::Step& step : bgp_contract::kSteps) {
         std::vector<const char*> texts = {step.first_line, step.last_line};
-        for (const auto& lines : {step.nothing_to_do, step.failed, step.passed_over}) {
-            texts.insert(texts.end(), lines.begin(), lines.end());
+        for (const auto& lines : {step.nothing_to_do, step.failed, step.passed_over, step.unread}) {
+            for (const bgp_contract::Line& line : lines) {
+                texts.push_back(line.beginning);
+            }
         }
         for (const char* text : texts) {
             EXPECT_TRUE(stands_in(source, text, step.name)) << step.name << ": " << text;
@@ -195,6 +349,8 @@ TEST(StepLines, EachText_StandsInTheSourcesOfTheSteps)
         }
     }
     EXPECT_FALSE(stands_in(source, "Starting BGP routers update\n", "update_router_bgp"));
+    EXPECT_TRUE(
+        stands_in(source, std::string(bgp_contract::kEntitiesFound) + "3" + bgp_contract::kEntitiesFoundEnd, ""));
 }
 
 // A real upgrade in which calls fail.
@@ -206,7 +362,8 @@ struct Failing {
     std::size_t skip;  // calls that do not fail
     const char* step;
     StepOutcome outcome;
-    const char* text;  // that the step's begins with
+    const char* text;
+    const char* line = "";  // that the step's begins with
 };
 
 constexpr char kIndex[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntIndex";
@@ -214,38 +371,41 @@ constexpr char kLocalAs[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEnt
 constexpr char kSupportIpv6[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntSupportIpv6";
 
 constexpr Failing kFailing[] = {
-    {"RouterAs", "edge-router", Function::cdb_get, kLocalAs, 0, "update_router_bgp", StepOutcome::NothingToDo,
-     "Failed to read as-number "},
+    {"RouterAs", "edge-router", Function::cdb_get, kLocalAs, 0, "update_router_bgp", StepOutcome::Failed,
+     "the AS number of the BGP router entity cannot be read", "Failed to read as-number "},
     {"Router", "edge-router", Function::maapi_create, "/router/bgp", 0, "update_router_bgp", StepOutcome::Failed,
-     "Failed to configure router bgp: 65010, err: "},
-    {"Ipv6Support", "edge-router", Function::cdb_get_enum_value, kSupportIpv6, 0, "update_ipv6", StepOutcome::NotRun,
-     "Failed to read IPv6 enable flag for BGP entry: 0, "},
+     "the router's entry cannot be made", "Failed to configure router bgp: 65010, err: "},
+    {"Ipv6Support", "edge-router", Function::cdb_get_enum_value, kSupportIpv6, 0, "update_ipv6", StepOutcome::CannotRun,
+     "whether IPv6 is on cannot be read", "Failed to read IPv6 enable flag for BGP entry: 0, "},
     {"Ipv6Index", "edge-router", Function::cdb_get, kIndex, 0, "update_ipv6", StepOutcome::Failed,
-     "Failed to read entity index BGP entry: 0, "},
+     "the index of the BGP router entity cannot be read", "Failed to read entity index BGP entry: 0, "},
+    {"Ipv6Flag", "edge-router", Function::maapi_set_elem,
+     "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{5}/bgpRmEntSupportIpv6", 0, "update_ipv6", StepOutcome::Failed,
+     "the router cannot be told to support IPv6", "Failed to enable IPv6 for BGP entity id: 5, "},
     {"VpnRouting", "provider-edge", Function::cdb_get, "/MPLS-VPN-MIB", 0, "update_l3vpn", StepOutcome::Failed,
-     "Failed to read mplsVpnUseBgpRouting, "},
+     "whether MPLS VPN uses BGP cannot be read", "Failed to read mplsVpnUseBgpRouting, "},
     {"VpnIndex", "edge-router", Function::cdb_get, kIndex, 1, "update_l3vpn", StepOutcome::Failed,
-     "Failed to read entity index BGP entry: 0, "},
+     "the index of the BGP router entity cannot be read", "Failed to read entity index BGP entry: 0, "},
     {"PrefixIndex", "edge-router", Function::cdb_get, kIndex, 2, "update_prefix_list", StepOutcome::NotRun,
-     "no access list rules are stored, a prefix list is there already, or the entity's index cannot be read"},
-    {"RmIndex", "edge-router", Function::cdb_get, kIndex, 2, "update_rm_index", StepOutcome::NotRun,
-     "the index of the BGP router entity cannot be read"},
+     "the log does not tell of it"},
     {"PrefixNextIndex", "edge-router", Function::cdb_get, "/internal/aallPreAccessListEntry-hidden", 0,
-     "update_prefix_list", StepOutcome::Failed, "Couldn't read next_free_index. "},
+     "update_prefix_list", StepOutcome::Failed, "the next free index of the access lists cannot be read",
+     "Couldn't read next_free_index. "},
     {"PrefixRules", "edge-router", Function::cdb_get_objects, "/DC-AALL-MIB", 0, "update_prefix_list",
-     StepOutcome::Failed, "Could not get prefix list entries, "},
+     StepOutcome::Failed, "the access list rules cannot be read", "Could not get prefix list entries, "},
     {"PrefixNewIndex", "edge-router", Function::maapi_set_elem, "/prefix-list-internal/name-next-index", 0,
-     "update_prefix_list", StepOutcome::Failed, "Couldn't set internal name-next-index value! "},
+     "update_prefix_list", StepOutcome::Failed, "the next free index of the prefix lists cannot be set",
+     "Couldn't set internal name-next-index value! "},
     {"RmIndexAs", "edge-router", Function::cdb_get, kLocalAs, 1, "update_rm_index", StepOutcome::Failed,
-     "Failed to get local as number, "},
-    {"VrfAs", "provider-edge", Function::cdb_get, kLocalAs, 2, "update_vrf", StepOutcome::NotRun,
-     "the AS number of the BGP router entity cannot be read"},
+     "the AS number of the BGP router entity cannot be read", "Failed to get local as number, "},
+    {"VrfCount", "provider-edge", Function::cdb_num_instances, "/router/bgp", 0, "update_vrf", StepOutcome::CannotRun,
+     "how many VRFs the router has cannot be read", "num bgp: 1, num_bgp_vrs: -1, err: "},
     {"Vrfs", "provider-edge", Function::cdb_get_objects, "/router/bgp", 0, "update_vrf", StepOutcome::Failed,
-     "Failed to read BGP VRF objects "},
+     "the VRFs cannot be read", "Failed to read BGP VRF objects "},
     {"BvmIndex", "provider-edge", Function::cdb_get, kIndex, 1, "update_bgp_bvm_join", StepOutcome::Failed,
-     "Failed to read entity index BGP entry: 0, "},
+     "the index of the BGP router entity cannot be read", "Failed to read entity index BGP entry: 0, "},
     {"Ipv6Vrfs", "provider-edge", Function::maapi_init_cursor, "/router/bgp{65020}/vrf", 0, "update_vrf_ipv6",
-     StepOutcome::Failed, "update_vrf_ipv6:162: "},
+     StepOutcome::Failed, "the VRFs cannot be read", "update_vrf_ipv6:162: "},
 };
 
 class FailingUpgrade : public testing::TestWithParam<Failing> {
@@ -268,8 +428,12 @@ protected:
     }
 
     bgp_platform::Device device;
-    UpgradeSteps steps{[this] { return bgp_rehearse::totals_of(device.calls()); }};
+    UpgradeSteps steps{[this] { return bgp_rehearse::totals_of(device.calls()); },
+                       [this](const bgp_contract::Condition& condition) {
+                           return bgp_rehearse::holds(condition, device.configuration(bgp_platform::Datastore::Stored));
+                       }};
     std::map<std::string, std::vector<std::string>> paths;  // by step
+    std::vector<std::tuple<std::string, Function, std::string>> failed;
 
 private:
     void note_calls()
@@ -278,6 +442,9 @@ private:
         for (; noted_ < calls.size(); ++noted_) {
             if (effect_of(calls[noted_].function) != bgp_platform::capi::Effect::Session) {
                 paths[steps.current()].push_back(calls[noted_].path);
+            }
+            if (calls[noted_].result < 0) {
+                failed.emplace_back(steps.current(), calls[noted_].function, calls[noted_].path);
             }
         }
     }
@@ -289,7 +456,28 @@ TEST_P(FailingUpgrade, CallThatFails_TellsWhatCameOfItsStep)
     upgrade();
     const Step& step = step_of(steps, GetParam().step);
     EXPECT_EQ(step.outcome, GetParam().outcome);
-    EXPECT_THAT(step.text, testing::StartsWith(GetParam().text));
+    EXPECT_EQ(step.text, GetParam().text);
+    EXPECT_THAT(step.line, testing::StartsWith(GetParam().line));
+}
+
+// The failed call's own site in the contract says the same of it.
+TEST_P(FailingUpgrade, CallThatFails_StopsItsStepByTheContract)
+{
+    upgrade();
+    for (const auto& [step, function, path] : failed) {
+        const auto* const site =
+            bgp_rehearse::find_call_site(step, name_of(function), bgp_rehearse::without_keys(path));
+        ASSERT_NE(site, nullptr) << step << ": " << path;
+        if (function == GetParam().function && path.rfind(GetParam().path, 0) == 0) {
+            const bgp_rehearse::FailureMeaning meaning = bgp_rehearse::meaning_of(site->meaning, CONFD_ERR_INTERNAL);
+            EXPECT_EQ(meaning.kind, bgp_contract::Class::Stops) << path;
+            if (!step_of(steps, GetParam().step).line.empty()) {
+                EXPECT_EQ(meaning.sentence, step_of(steps, GetParam().step).text);
+            }
+            return;
+        }
+    }
+    FAIL() << "no call failed as it should";
 }
 
 TEST_P(FailingUpgrade, CallsOfUpdateItself_AreThoseThatDecideOnSteps)

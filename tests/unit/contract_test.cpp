@@ -66,9 +66,9 @@ TEST(Contract, StepWithoutTitle_DoesNotCompile)
 {
     using namespace bgp_contract;  // all the words of a step
     EXPECT_TRUE((std::is_constructible_v<Step, const char*, Title, FirstLine, LastLine, NothingToDo, Failed, PassedOver,
-                                         Condition, Removes, CallSites>));
+                                         Unread, Conditions, Removes, CallSites>));
     EXPECT_FALSE((std::is_constructible_v<Step, const char*, FirstLine, LastLine, NothingToDo, Failed, PassedOver,
-                                          Condition, Removes, CallSites>));
+                                          Unread, Conditions, Removes, CallSites>));
 }
 
 TEST(Contract, Sentences_AreNetworkWords)
@@ -80,6 +80,14 @@ TEST(Contract, Sentences_AreNetworkWords)
     }
     for (const bgp_contract::Step& step : bgp_contract::kSteps) {
         expect_network_words(step.title, step.name);
+        for (const auto& lines : {step.nothing_to_do, step.failed, step.passed_over, step.unread}) {
+            for (const bgp_contract::Line& line : lines) {
+                expect_network_words(line.words, line.beginning);
+            }
+        }
+        for (const bgp_contract::Condition& condition : step.conditions) {
+            expect_network_words(condition.words, condition.path);
+        }
         for (const bgp_contract::MeantRemoval& removal : step.meant_removals) {
             expect_network_words(removal.sentence, step.name);
         }

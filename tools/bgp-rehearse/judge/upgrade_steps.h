@@ -9,6 +9,9 @@
 //
 // Each step writes its first line before its first call and its last line after its last one, so that each call belongs
 // to one step. Calls outside of the steps belong to "update", which decides on them.
+//
+// Where a step did not run and the log does not say why, the contract's conditions for it do, one after the other: they
+// are asked of whoever knows the stored configuration (stored_condition.h).
 #pragma once
 
 #include <cstddef>
@@ -21,6 +24,7 @@
 #include <vector>
 
 #include "calls/recorder.h"
+#include "contract/step.h"
 
 namespace bgp_rehearse {
 
@@ -35,31 +39,37 @@ CallTotals totals_of(const bgp_platform::capi::CallCounts& counts) noexcept;
 // What came of a step; of several runs that which stands last here counts.
 enum class StepOutcome {
     NotRun,
+    CannotRun,  // it did not run because a value that it needs could not be read
     NothingToDo,
     Ran,
     Failed,  // it gave up
     Ended,   // the upgrade ended in it
 };
 
-// "did not run", "nothing to do", "ran", "failed", "ended"
+// "did not run", "could not run", "nothing to do", "ran", "failed", "ended"
 const char* name_of(StepOutcome outcome) noexcept;
 
 struct Step {
-    const char* name = "";  // of its function
+    const char* name = "";   // of its function
+    const char* title = "";  // in network words
     StepOutcome outcome = StepOutcome::NotRun;
-    std::string text;  // the log's line that tells why, without its line end; for a step that did not run and of
-                       // which the log is silent, the condition that was not met; empty where there is nothing to say
-    std::size_t runs = 0;                            // one for each entity that it ran for
+    std::string text;      // why, in network words; empty where there is nothing to say
+    std::string line;      // the log's line that says so, without its line end; empty where the log is silent
+    std::size_t runs = 0;  // one for each entity that it ran for
     std::optional<CallTotals> calls = CallTotals{};  // of all its runs; none when they are not known
 };
 
 class UpgradeSteps {
 public:
-    // `calls_so_far` is asked at the borders of steps for all calls since the upgrade began.
-    explicit UpgradeSteps(std::function<CallTotals()> calls_so_far);
+    // Whether what was stored when the upgrade began meets a condition.
+    using Holds = std::function<bool(const bgp_contract::Condition&)>;
 
-    // Takes a line of the log at the time that it is written. True when it began or ended a step or told why one is
-    // passed over; the other lines need not be given.
+    // `calls_so_far` is asked at the borders of steps for all calls since the upgrade began, `holds` at the end of the
+    // upgrade; without it every condition counts as met.
+    explicit UpgradeSteps(std::function<CallTotals()> calls_so_far, Holds holds = {});
+
+    // Takes a line of the log at the time that it is written. True when it began or ended a step or told what decides on
+    // one that is passed over; the other lines need not be given.
     bool take(std::string_view line);
 
     // The step that runs now, "update" between the steps.
@@ -76,17 +86,23 @@ public:
 
 private:
     void begin(std::size_t step);
-    void finish(StepOutcome outcome, std::string_view line);
+    void finish(StepOutcome outcome, const bgp_contract::Line* told = nullptr, std::string_view line = {});
     bool take_in_step(std::string_view line);
+    bool take_entities(std::string_view line);
     bool take_reason(std::string_view line);
+    bool take_reason(std::string_view line, const bgp_contract::Lines& lines, StepOutcome outcome, std::size_t step);
+    void not_one_entity(Step* step) const;
     void settle_calls(const CallTotals& so_far);
     void give_reasons(std::size_t first_missed);
+    void give_condition(std::size_t step);
 
     std::function<CallTotals()> calls_so_far_;
+    Holds holds_;
     std::unordered_set<uint64_t> heads_;  // how the lines begin that take() can know
     std::vector<Step> steps_;
     std::size_t current_ = 0;
     std::size_t last_begun_ = 0;
+    std::optional<long> entities_;  // that update() found; negative: they cannot be counted
     bool told_ = false;
     CallTotals settled_;  // calls that are in a step's count
 };

@@ -34,7 +34,11 @@ Json calls_json(const bgp_platform::capi::CallCounts& counts)
 
 Json step_json(const Step& step)
 {
-    Json json = {{"name", step.name}, {"outcome", name_of(step.outcome)}, {"text", step.text}, {"runs", step.runs}};
+    Json json = {{"name", step.name},
+                 {"outcome", name_of(step.outcome)},
+                 {"text", step.text},
+                 {"line", step.line},
+                 {"runs", step.runs}};
     json["reads"] = step.calls ? Json(step.calls->reads) : Json(nullptr);
     json["writes"] = step.calls ? Json(step.calls->writes) : Json(nullptr);
     json["failed_writes"] = step.calls ? Json(step.calls->failed_writes) : Json(nullptr);

@@ -212,7 +212,7 @@ std::string TextReport::what_came_of(const Step& step) const
     if (!step.text.empty()) {
         what += ": " + escaped(step.text);
     }
-    if (step.outcome == StepOutcome::Failed || step.outcome == StepOutcome::Ended) {
+    if (step.outcome == StepOutcome::CannotRun || step.outcome >= StepOutcome::Failed) {
         what = red(what);
     }
     if (step.calls && step.calls->failed_writes > 0) {

@@ -15,6 +15,7 @@
 #include "base/output_file.h"
 #include "base/progress.h"
 #include "base/text_escape.h"
+#include "judge/stored_condition.h"
 #include "report/change_list.h"
 #include "report/report.h"
 #include "run/again.h"
@@ -155,7 +156,8 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     report.library = upgrade_library->path();
     teller.library(report.library);
     device.keep_history(true);
-    UpgradeSteps steps([&device] { return totals_of(device.calls()); });
+    UpgradeSteps steps([&device] { return totals_of(device.calls()); },
+                       conditions_on(device.configuration(Datastore::Stored)));
     follow_log(options, device, files.log, teller, steps, report.log_lines);
     device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault, totals_of(device.calls())); };
 

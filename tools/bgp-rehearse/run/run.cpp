@@ -16,6 +16,7 @@
 #include "base/terminal.h"
 #include "base/text_escape.h"
 #include "judge/judgement.h"
+#include "judge/stored_condition.h"
 #include "report/report.h"
 #include "run/files.h"
 #include "run/library.h"
@@ -65,10 +66,11 @@ Ended explain(const ChildEnd& end, const Told& told)
 }
 
 // The steps of an upgrade that ended early. After a signal or an exit nobody could tell of the last calls.
-std::vector<Step> steps_of(const Told& told)
+std::vector<Step> steps_of(const Told& told, const Device& device)
 {
     CallTotals calls;
-    UpgradeSteps steps([&calls] { return calls; });
+    UpgradeSteps steps([&calls] { return calls; },
+                       conditions_on(device.configuration(bgp_platform::Datastore::Stored)));
     for (const StepLine& each : told.step_lines) {
         calls = each.calls;
         steps.take(each.line);
@@ -156,7 +158,7 @@ void Run::write_ended_report(Report report, const Ended& ended, std::optional<Ou
     report.library = told_.library.empty() ? library_ : told_.library;
     report.ended = ended;
     report.log = told_.log;
-    report.steps = steps_of(told_);
+    report.steps = steps_of(told_, device_);
     if (ftruncate(report_file_, 0) != 0 || lseek(report_file_, 0, SEEK_SET) != 0 ||
         !bgp_rehearse::write_report(report, options_.json_printed(), wants_colour(options_.colour), report_file_)) {
         throw CommandError(ExitStatus::NotWritten, fmt::format("the report: {}", std::strerror(errno)));

@@ -26,7 +26,8 @@ inline constexpr Step kUpdateOspfPeCe = {
     NothingToDo{},
     Failed{},
     PassedOver{},
-    Condition{kStepMissing},
+    Unread{},
+    Conditions{},
     Removes{},
     kUpdateOspfPeCeCalls,
 };
