@@ -8,6 +8,7 @@
 #include "confd_lib.h"
 #include "device.h"
 #include "generate/configuration.h"
+#include "judge/finding.h"
 #include "support/drawn_upgrade.h"
 #include "support/run_command.h"
 #include "support/scratch_folder.h"
@@ -284,11 +285,15 @@ TEST_F(GenerateHealthy, SinkThatTakesNoMore_EndsTheDrawing)
     EXPECT_EQ(pieces, 3U);
 }
 
-TEST_F(GenerateHealthy, TableOfFlaws_IsInTheOrderOfTheirNumbers)
+// A finding's id and severity in the table are among those that a rehearsal has.
+TEST_F(GenerateHealthy, TableOfFlaws_IsInTheirOrderAndNamesFindings)
 {
     for (std::size_t i = 0; i < known_flaws().size(); ++i) {
-        EXPECT_EQ(known_flaws()[i].flaw, static_cast<Flaw>(i)) << known_flaws()[i].name;
-        EXPECT_EQ(bgp_generator::healthy::flaw_named(known_flaws()[i].name), static_cast<Flaw>(i));
+        const KnownFlaw& flaw = known_flaws()[i];
+        EXPECT_EQ(flaw.flaw, static_cast<Flaw>(i)) << flaw.name;
+        EXPECT_EQ(bgp_generator::healthy::flaw_named(flaw.name), static_cast<Flaw>(i));
+        EXPECT_TRUE(flaw.finding == std::string("refused") || bgp_rehearse::finding_named(flaw.finding)) << flaw.name;
+        EXPECT_TRUE(bgp_rehearse::severity_named(flaw.severity)) << flaw.name;
     }
 }
 
