@@ -11,6 +11,15 @@
 #include "support/run_command.h"
 #include "support/scratch_folder.h"
 
+namespace bgp_generator::healthy {
+
+void PrintTo(const KnownFlaw& flaw, std::ostream* out)
+{
+    *out << flaw.name;
+}
+
+}  // namespace bgp_generator::healthy
+
 namespace bgp_test {
 namespace {
 
@@ -80,8 +89,9 @@ TEST_P(FlawedRouters, HaveItsFindingAndNoOtherAboveANote)
         upgrade.run();
         const Judgement judgement = upgrade.judged();
         const bool note = std::string(flaw.severity) == "note";
-        ASSERT_EQ(above_note(judgement),
-                  note ? std::set<std::string>() : std::set<std::string>{fmt::format("{} {}", flaw.severity, flaw.finding)})
+        ASSERT_EQ(above_note(judgement), note
+                                             ? std::set<std::string>()
+                                             : std::set<std::string>{fmt::format("{} {}", flaw.severity, flaw.finding)})
             << findings_text(judgement);
         const auto id = bgp_rehearse::finding_named(flaw.finding);
         ASSERT_TRUE(id);

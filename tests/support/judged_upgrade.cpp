@@ -5,6 +5,7 @@
 
 #include "bgp_update/update.h"
 #include "judge/row_changes.h"
+#include "judge/stored_condition.h"
 #include "store/changes.h"
 
 namespace bgp_test {

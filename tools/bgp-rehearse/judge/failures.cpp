@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 
 #include <map>
+#include <set>
 #include <tuple>
 
+#include "judge/call_site.h"
 #include "judge/rule.h"
 #include "judge/words.h"
 
@@ -34,6 +36,11 @@ public:
 
     void find(std::vector<Finding>* findings) override
     {
+        evidence_.failed_calls.for_each([this](const FailedCalls::Call& call) {
+            if (call.kind == Class::Stops) {
+                unread_.insert(without_keys(call.path));
+            }
+        });
         evidence_.failed_calls.for_each([this](const FailedCalls::Call& call) { take(call); });
         for (auto& [group, finding] : groups_) {
             finding.sentence = sentence(group, finding.count);
@@ -46,12 +53,13 @@ private:
     {
         if (call.kind == Class::Expected) {
             add({FindingId::FailedAsExpected, Severity::Note, call.step, call.sentence}, call);
-        } else if (call.kind == Class::Loses) {
+        } else if (call.kind == Class::Loses && (call.is_write() || unread_.count(without_keys(call.path)) == 0)) {
             add({FindingId::WriteFailed, Severity::Review, call.step, call.sentence}, call);
         } else if (call.kind == Class::Left && is_walk(call.function)) {
             add({FindingId::RowLeft, Severity::Review, call.step, call.sentence}, call);
         }
-        // A row that stays behind is told as such (left_rows.cpp, carried.cpp), and so is a step that gave up (outcome.cpp).
+        // A row that stays behind is told as such (left_rows.cpp, carried.cpp), and so is a step that gave up (outcome.cpp);
+        // what another step does without the value that stopped the one is told with it.
     }
 
     // Of a table, whose rows stay where they are.
@@ -92,6 +100,7 @@ private:
     }
 
     const Evidence& evidence_;
+    std::set<std::string> unread_;  // what steps gave up or did not run for, as keypaths without keys
     std::map<Group, Finding> groups_;
 };
 

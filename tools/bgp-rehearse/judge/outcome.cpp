@@ -2,9 +2,9 @@
 // run, whether the result is valid, and whether a second upgrade leaves it alone.
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <map>
+#include <utility>
 
-#include "contract/steps.h"
 #include "judge/rule.h"
 
 namespace bgp_rehearse {
@@ -29,14 +29,6 @@ void say(Finding* finding, std::string path, std::string text)
     finding->places.push_back(place);
 }
 
-const char* title_of(const char* step)
-{
-    const auto* const found =
-        std::find_if(std::begin(bgp_contract::kSteps), std::end(bgp_contract::kSteps),
-                     [step](const bgp_contract::Step& each) { return std::string_view(each.name) == step; });
-    return found == std::end(bgp_contract::kSteps) ? step : found->title;
-}
-
 class Outcome : public Rule {
 public:
     explicit Outcome(const Evidence& evidence) : evidence_(evidence) {}
@@ -47,9 +39,7 @@ public:
             findings->push_back(
                 stop(FindingId::Returned, fmt::format("the upgrade returned {} instead of 0", evidence_.result)));
         }
-        for (const Step& step : evidence_.steps) {
-            find_failed(step, findings);
-        }
+        find_failed(evidence_.steps, findings);
         for (const bgp_platform::Fault& fault : evidence_.device.faults()) {
             Finding finding = stop(FindingId::StepFailed, "a fault was reported, and the upgrade went on");
             say(&finding, {}, fmt::format("{} ({}:{}): {}", fault.function, fault.source, fault.line, fault.text));
@@ -66,15 +56,28 @@ public:
     }
 
 private:
-    static void find_failed(const Step& step, std::vector<Finding>* findings)
+    // One finding for each reason; the places are the steps.
+    static void find_failed(const std::vector<Step>& steps, std::vector<Finding>* findings)
     {
-        if (step.outcome != StepOutcome::Failed) {
-            return;
+        std::map<std::pair<StepOutcome, std::string>, std::vector<const Step*>> by_reason;
+        for (const Step& step : steps) {
+            if (step.outcome == StepOutcome::Failed || step.outcome == StepOutcome::CannotRun) {
+                by_reason[{step.outcome, step.text}].push_back(&step);
+            }
         }
-        Finding finding =
-            stop(FindingId::StepFailed, fmt::format("{} {}: {}", title_of(step.name), "gave up", step.text));
-        finding.step = step.name;
-        findings->push_back(std::move(finding));
+        for (const auto& [reason, all] : by_reason) {
+            const bool one = all.size() == 1;
+            Finding finding =
+                stop(FindingId::StepFailed,
+                     fmt::format("{} {}: {}", one ? all.front()->title : fmt::format("{} steps", all.size()),
+                                 reason.first == StepOutcome::Failed ? "gave up" : "could not run", reason.second));
+            finding.count = all.size();
+            finding.step = one ? all.front()->name : "";
+            for (const Step* step : all) {
+                say(&finding, {}, step->title);
+            }
+            findings->push_back(std::move(finding));
+        }
     }
 
     static void find_again(const Again& again, std::vector<Finding>* findings)
