@@ -22,7 +22,8 @@ inline constexpr CallSite kUpdateIpv6Calls[] = {
     {"maapi_create", "/internal/router-afi-safi-hidden{}",
      logs("Failed to create BGP RM AFI/SAFI ipv4 unicast internal hidden entry for BGP entity id: ")
          .explaining(kIpv6Rows),
-     loses("the router's IPv6 unicast family is not made: its IPv4 family cannot be put on record")},
+     where_there(loses("the router's IPv6 unicast family is not made: its IPv4 family is on record already"),
+                 loses("the router's IPv6 unicast family is not made: its IPv4 family cannot be put on record"))},
     {"maapi_create", "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{}",
      logs("Failed to create BGP RM AFI/SAFI ipv6 unicast entry for BGP entity id: ").explaining(kIpv6Rows),
      expected_where_there("the router has its IPv6 unicast family already",

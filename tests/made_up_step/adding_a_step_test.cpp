@@ -141,10 +141,13 @@ public:
     // bgp-rehearse, with the sources anew that the contract is in.
     CommandResult build_command() const
     {
-        const std::vector<std::string> anew = {"judge/call_site.cpp", "judge/upgrade_steps.cpp", "sweep/contract.cpp"};
         std::vector<std::string> sources;
-        for (const std::string& source : anew) {
-            sources.push_back(kHome / "tools/bgp-rehearse" / source);
+        for (const fs::directory_entry& entry : fs::recursive_directory_iterator(kHome / "tools/bgp-rehearse")) {
+            const fs::path& source = entry.path();
+            if (source.extension() == ".cpp" &&
+                content_of(source).find("#include \"contract/steps.h\"") != std::string::npos) {
+                sources.push_back(source);
+            }
         }
         for (const std::string& object : parts_of(BGP_REHEARSE_OBJECTS, ':')) {
             sources.push_back(object);
