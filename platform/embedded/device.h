@@ -60,7 +60,8 @@ public:
     Device(const Device&) = delete;
     Device& operator=(const Device&) = delete;
 
-    // The stored configuration. A load adds the file's content to it, or throws xml::LoadError and leaves it as it was.
+    // The stored configuration. A load adds the file's content ("-": that of standard input) to it, or throws
+    // xml::LoadError and leaves it as it was.
     void load_file(const std::string& path, const xml::Progress& progress = {}, const xml::Limits& limits = {});
     void load_text(std::string_view xml, const std::string& name = "configuration", const xml::Limits& limits = {});
     void clear();  // an empty stored configuration
@@ -70,6 +71,9 @@ public:
 
     // The history of the open transaction; null when none is open or it keeps none.
     store::History* history() const noexcept { return state_.history.get(); }
+
+    // What was loaded of modules that the schema does not know: no call sees it, and both datastores are written with it.
+    const std::vector<store::ForeignPart>& foreign() const noexcept { return state_.stored.foreign(); }
 
     // Opens the transaction and the two sockets (once; a second call before drop() or commit() throws
     // std::logic_error).

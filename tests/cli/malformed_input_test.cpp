@@ -60,7 +60,9 @@ void expect_told(const std::string& message, const Malformed& input)
     EXPECT_LE(line, std::count(input.text.begin(), input.text.end(), '\n') + 1) << message;
     const std::string what = behind_name.substr(digits);
     EXPECT_THAT(what, StartsWith(input.inside ? ": /" : ": ")) << message;
-    EXPECT_LT(message.size(), 400U);
+    for (const std::string& each : lines_of(message)) {
+        EXPECT_LT(each.size(), 400U);
+    }
 }
 
 std::vector<std::string> difference(const std::vector<std::string>& from, const std::vector<std::string>& to)
@@ -187,13 +189,12 @@ std::vector<Odd> odd_documents()
         attributes += " a" + std::to_string(i) + "=\"\"";
     }
     return {
-        {"", "small.xml:1: not well-formed: Document is empty"},
-        {std::string(1000, '\0'), "small.xml:1: not well-formed: "},
+        {"", "small.xml:1: the file is empty"},
+        {std::string(1000, '\0'), "small.xml:1: this is a binary file"},
         {"\x7F"
          "ELF\x02\x01\x01",
-         "small.xml:1: not well-formed: "},
-        {"\x1F\x8B\x08", "small.xml:1: not well-formed: "},
-        {"{\"config\": {}}", "small.xml:1: not well-formed: "},
+         "small.xml:1: this is a binary file"},
+        {"{\"config\": {}}", "small.xml:1: this begins like JSON"},
         {"\xEF\xBB\xBF" + in_config("<odd/>"), "small.xml:2: /: element <odd> is not in the data model"},
         {"<?xml version=\"1.0\" encoding=\"no-such\"?>" + in_config(""), "small.xml:1: not well-formed: "},
         {"<!DOCTYPE config>" + in_config(""), "small.xml:1: a DOCTYPE is not allowed"},
@@ -202,8 +203,8 @@ std::vector<Odd> odd_documents()
         {"<!DOCTYPE a SYSTEM \"/etc/passwd\">" + in_config(""), "small.xml:1: a DOCTYPE is not allowed"},
         {in_config("<!DOCTYPE a>"), "small.xml:2: /: not well-formed: "},
         {in_config(router + "<bgp><as-number>&b;"), "small.xml:2: /router/bgp/as-number: not well-formed: Entity 'b'"},
-        {in_config("<include xmlns=\"http://www.w3.org/2001/XInclude\" href=\"/etc/passwd\"/>"),
-         "small.xml:2: /: element <include>"},
+        {in_config(router + "<include xmlns=\"http://www.w3.org/2001/XInclude\" href=\"/etc/passwd\"/>"),
+         "small.xml:2: /router: element <include>"},
         {in_config(router + "<bgp" + attributes), "small.xml:3: /router: not well-formed: "},
         {in_config(router + "<bgp a=\"1\" a=\"2\"/>"), "small.xml:2: /router: not well-formed: Attribute a redefined"},
         {in_config(router + "<bgp><as-number>1]]></as-number></bgp></router>"),

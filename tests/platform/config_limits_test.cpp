@@ -94,13 +94,15 @@ TEST(ConfigLimits, EntryBeyondTheLimit_IsToldWithItsLine)
               "edge.xml:2: /bgp-internal/bgp-vrf{0}/bgp-free-index: an entry beyond the 3 that are allowed");
 }
 
-TEST(ConfigLimits, DeepElements_EndWhereTheModelEnds)
+TEST(ConfigLimits, DeepElements_AreTakenToTheLimit)
 {
     std::string deep;
     for (int i = 0; i < 100000; ++i) {
         deep += "<bgp>";
     }
-    EXPECT_EQ(refusal(deep), "edge.xml:1: /router/bgp/bgp: element <bgp> is not in the data model");
+    EXPECT_EQ(refusal(deep),
+              "edge.xml:1: /router/bgp/bgp: element <bgp> is not in the data model\n"
+              "edge.xml:1: /router/bgp/bgp: elements are nested more than 1000 deep");
 }
 
 }  // namespace

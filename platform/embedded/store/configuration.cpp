@@ -120,8 +120,16 @@ bool has_already(const Row& row, const NodeValue& given) noexcept
 }  // namespace
 
 Configuration::Configuration(std::shared_ptr<const schema::Schema> schema)
-    : schema_(std::move(schema)), root_(schema_->root())
+    : schema_(std::move(schema)), root_(schema_->root()), foreign_(std::make_shared<const std::vector<ForeignPart>>())
 {
+}
+
+void Configuration::add_foreign(std::vector<ForeignPart> parts)
+{
+    if (!foreign_->empty()) {
+        parts.insert(parts.begin(), foreign_->begin(), foreign_->end());
+    }
+    foreign_ = std::make_shared<const std::vector<ForeignPart>>(std::move(parts));
 }
 
 const Row* Configuration::find_row(const Path& path) const noexcept

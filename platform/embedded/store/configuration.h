@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "schema/schema.h"
+#include "store/foreign_part.h"
 #include "store/history.h"
 #include "store/list.h"
 #include "store/row.h"
@@ -114,6 +115,10 @@ public:
         return root_.edit();
     }
 
+    // What it holds of modules that the schema does not know, in the order in which it was added.
+    const std::vector<ForeignPart>& foreign() const noexcept { return *foreign_; }
+    void add_foreign(std::vector<ForeignPart> parts);
+
     // How often something was opened for writing: while it stays, rows and iterators of lists stay as they are.
     uint64_t openings() const noexcept { return openings_; }
 
@@ -144,6 +149,7 @@ private:
 
     std::shared_ptr<const schema::Schema> schema_;
     RowRef root_;
+    std::shared_ptr<const std::vector<ForeignPart>> foreign_;
     uint64_t openings_ = 0;
     Notes notes_;
 };

@@ -1,274 +1,245 @@
-// From elements to rows.
 #include "xml/config_loader.h"
 
-#include <algorithm>
-#include <functional>
 #include <utility>
 
 #include "schema/quote.h"
-#include "store/changes.h"
-#include "xml/config_reader.h"
 #include "xml/load_format.h"
 
 namespace bgp_platform::xml {
 
 using schema::in_quotes;
-using schema::Node;
-using schema::NodeKind;
 using schema::shortened;
-using schema::Value;
 
 namespace {
 
-bool is_blank(char letter)
+bool is(const StartTag& tag, std::string_view name, std::string_view uri)
 {
-    return letter == ' ' || letter == '\t' || letter == '\r' || letter == '\n';
+    return tag.uri != nullptr && name == tag.name && uri == tag.uri;
 }
 
-std::string_view trimmed(std::string_view text)
+bool holds_configuration(const StartTag& tag)
 {
-    while (!text.empty() && is_blank(text.front())) {
-        text.remove_prefix(1);
+    return is(tag, kConfigElement, kConfigNamespace) || is(tag, kConfigElement, kNetconfNamespace) ||
+           is(tag, kDataElement, kNetconfNamespace);
+}
+
+bool has_name_of_wrapper(const StartTag& tag)
+{
+    const std::string_view name = tag.name;
+    return name == kConfigElement || name == kDataElement || name == kReplyElement;
+}
+
+std::string described(const StartTag& tag)
+{
+    const std::string element = "<" + shortened(tag.name) + ">";
+    if (!has_name_of_wrapper(tag)) {
+        return element;
     }
-    while (!text.empty() && is_blank(text.back())) {
-        text.remove_suffix(1);
-    }
-    return text;
-}
-
-bool holds_text(const Node* node)
-{
-    return node != nullptr && (node->kind == NodeKind::Leaf || node->kind == NodeKind::LeafList);
-}
-
-std::string element(std::string_view name)
-{
-    return "element <" + shortened(name) + ">";
-}
-
-const Node* missing_key(const store::Row& entry)
-{
-    for (uint16_t slot = 0; slot < entry.record().keys; ++slot) {
-        if (entry.value(slot).absent()) {
-            return entry.record().values[slot];
-        }
-    }
-    return nullptr;
+    return element + (tag.uri == nullptr ? " in no namespace" : " in the namespace " + in_quotes(tag.uri));
 }
 
 }  // namespace
 
-std::size_t ConfigLoader::NameHash::operator()(const Name& name) const noexcept
-{
-    return std::hash<const void*>()(name.parent) * 31 + std::hash<const void*>()(name.name);
-}
-
 ConfigLoader::ConfigLoader(std::string file, store::Configuration* into, const Limits& limits)
-    : file_(std::move(file)), limits_(limits), schema_(into->schema()), root_(into->edit_root())
+    : file_(std::move(file)), limits_(limits), errors_(limits.errors), into_(into), rows_(into, limits)
 {
 }
 
-void ConfigLoader::start_element(const char* name, const char* uri, int line)
+void ConfigLoader::start_element(const StartTag& tag)
 {
-    if (open_.empty()) {
-        open_document(name, uri, line);
-        return;
+    if (++levels_ > limits_.levels) {
+        errors_.end(
+            told(tag.line, place() + ": elements are nested more than " + std::to_string(limits_.levels) + " deep"));
     }
-    const Open& around = open_.back();
-    if (holds_text(around.node)) {
-        refuse(line, (is_secret(*around.node) ? "an element" : element(name)) + " stands in a leaf");
+    if (beyond_ > 0) {
+        start_in_beyond(tag);
+    } else if (wrappers_ == 0) {
+        start_document(tag);
+    } else if (in_reply()) {
+        start_in_reply(tag);
+    } else if (rows_.open_elements() == 0 && is_foreign(tag)) {
+        foreign_.begin(tag, around_);
+        start_beyond(Beyond::Foreign);
+        check_foreign_size();
+    } else {
+        start_row(tag);
     }
-    const Node& node = find_node(name, uri, line);
-    Open opened{&node, {}, around.row, line};
-    if (node.kind == NodeKind::List) {
-        count_entry(line);
-        opened.entry = store::RowRef(*node.entry);
-        opened.row = &opened.entry.edit();
-    } else if (node.kind == NodeKind::Presence) {
-        opened.row->value(node.slot) = Value::present();
-    }
-    open_.push_back(std::move(opened));
-    text_.clear();
 }
 
-void ConfigLoader::open_document(const char* name, const char* uri, int line)
+void ConfigLoader::start_document(const StartTag& tag)
 {
-    if (name != std::string_view(kConfigElement) || uri == nullptr || uri != std::string_view(kConfigNamespace)) {
-        refuse_document(line, "the outermost element is <" + shortened(name) + ">; a configuration stands in <" +
-                                  kConfigElement + " xmlns=\"" + kConfigNamespace + "\">");
+    reply_ = is(tag, kReplyElement, kNetconfNamespace);
+    if (!reply_ && !holds_configuration(tag)) {
+        errors_.end(told(tag.line, "the outermost element is " + described(tag) + "; " + kWhereItStands));
     }
-    open_.push_back({nullptr, {}, &root_, line});
+    open_wrapper(tag);
 }
 
-const Node& ConfigLoader::find_node(const char* name, const char* uri, int line)
+void ConfigLoader::start_in_reply(const StartTag& tag)
 {
-    const Name key{open_.back().node, name};
-    const auto at = known_.find(key);
-    if (at != known_.end() && at->second.uri == uri) {
-        return *at->second.node;
+    if (is(tag, kDataElement, kNetconfNamespace) && !has_content_) {
+        open_wrapper(tag);
+    } else if (is(tag, kReplyErrorElement, kNetconfNamespace)) {
+        reply_error_line_ = tag.line;
+        error_message_.clear();
+        start_beyond(Beyond::ReplyError);
+    } else {
+        errors_.add(
+            told(tag.line, "element <" + shortened(tag.name) + "> stands in the reply, where one <data> belongs"));
+        start_beyond(Beyond::Refused);
     }
-    const Node* const node = look_up(key.parent, name, uri);
-    if (node == nullptr) {
-        refuse_name(name, uri, line);
-    }
-    if (node->state) {
-        refuse(line, element(name) + " is state, not configuration");
-    }
-    known_.insert_or_assign(key, Known{uri, node});
-    return *node;
 }
 
-// Null when the schema has no such node there, or in another namespace.
-const Node* ConfigLoader::look_up(const Node* parent, const char* name, const char* uri) const
+// A reply has attributes of its own, such as the number of the request.
+void ConfigLoader::open_wrapper(const StartTag& tag)
 {
-    if (uri == nullptr) {
-        return nullptr;
+    ++wrappers_;
+    around_.insert(around_.end(), tag.declarations.begin(), tag.declarations.end());
+    has_content_ = has_content_ || !in_reply();
+    if (!in_reply() && !tag.attributes.empty()) {
+        take(rows_.refused_attribute(tag));
     }
-    const schema::Module* const module = schema_.module_by_uri(uri);
-    if (module == nullptr) {
-        return nullptr;
-    }
-    return parent == nullptr ? schema_.top_node(name, module) : parent->child(name, module);
 }
 
-void ConfigLoader::end_element()
+// A name of the data model in an unknown namespace is rather a mistake than another module.
+bool ConfigLoader::is_foreign(const StartTag& tag) const
 {
-    const Open& closed = open_.back();
-    if (closed.node != nullptr) {
-        switch (closed.node->kind) {
-            case NodeKind::Leaf:
-                close_leaf(closed);
-                break;
-            case NodeKind::LeafList:
-                close_leaf_list_entry(closed);
-                break;
-            case NodeKind::List:
-                close_list_entry(closed);
-                break;
-            case NodeKind::Container:
-            case NodeKind::Presence:
-                break;
+    const schema::Schema& schema = into_->schema();
+    return tag.uri != nullptr && schema.module_by_uri(tag.uri) == nullptr &&
+           tag.uri != std::string_view(kConfigNamespace) && tag.uri != std::string_view(kNetconfNamespace) &&
+           schema.top_node(tag.name, nullptr) == nullptr;
+}
+
+void ConfigLoader::start_row(const StartTag& tag)
+{
+    try {
+        rows_.start_element(tag);
+    } catch (const Refusal& refusal) {
+        take(refusal);
+        start_beyond(Beyond::Refused);
+    }
+}
+
+void ConfigLoader::start_beyond(Beyond what)
+{
+    what_ = what;
+    beyond_ = 1;
+}
+
+void ConfigLoader::start_in_beyond(const StartTag& tag)
+{
+    ++beyond_;
+    if (what_ == Beyond::Foreign) {
+        foreign_.start_element(tag);
+        check_foreign_size();
+    }
+    in_error_message_ = what_ == Beyond::ReplyError && is(tag, "error-message", kNetconfNamespace);
+}
+
+void ConfigLoader::end_element(const char* name, const char* prefix)
+{
+    --levels_;
+    if (beyond_ > 0) {
+        end_in_beyond(name, prefix);
+    } else if (rows_.open_elements() > 0) {
+        try {
+            rows_.end_element();
+        } catch (const Refusal& refusal) {
+            take(refusal);
         }
-    }
-    open_.pop_back();
-}
-
-void ConfigLoader::close_leaf(const Open& leaf)
-{
-    Value& slot = leaf.row->value(leaf.node->slot);
-    if (!slot.absent()) {
-        refuse(leaf.line, "the leaf stands here twice");
-    }
-    slot = value_of(leaf);
-}
-
-void ConfigLoader::close_leaf_list_entry(const Open& entry)
-{
-    count_entry(entry.line);
-    store::RowRef row(*entry.node->entry);
-    row.edit().value(0) = value_of(entry);
-    if (!entry.row->list(entry.node->slot).insert(std::move(row))) {
-        refuse(entry.line, "the value " + in_quotes(trimmed(text_)) + " stands here twice");
+    } else {
+        --wrappers_;
     }
 }
 
-void ConfigLoader::count_entry(int line)
+void ConfigLoader::end_in_beyond(const char* name, const char* prefix)
 {
-    if (entries_ == limits_.entries) {
-        refuse(line, "an entry beyond the " + std::to_string(limits_.entries) + " that are allowed");
+    --beyond_;
+    in_error_message_ = false;
+    if (what_ == Beyond::Foreign) {
+        foreign_.end_element(name, prefix);
+        check_foreign_size();
+    } else if (what_ == Beyond::ReplyError && beyond_ == 0) {
+        const std::string message = error_message_.empty() ? "" : ": " + in_quotes(error_message_);
+        errors_.add(told(reply_error_line_, "the device answered with an error, not with its configuration" + message));
     }
-    ++entries_;
-}
-
-void ConfigLoader::close_list_entry(const Open& entry)
-{
-    if (const Node* const key = missing_key(*entry.entry)) {
-        refuse(entry.line, "an entry without its key " + key->name);
-    }
-    const Open& around = open_[open_.size() - 2];
-    if (!around.row->list(entry.node->slot).insert(entry.entry)) {
-        refuse(entry.line, "the entry stands here twice");
-    }
-}
-
-Value ConfigLoader::value_of(const Open& leaf) const
-{
-    const bool is_text = leaf.node->type->base == schema::BaseType::Text;
-    Value value;
-    std::string why;
-    if (!parse_value(*leaf.node, is_text ? std::string_view(text_) : trimmed(text_), &value, &why)) {
-        refuse(leaf.line, why);
-    }
-    return value;
 }
 
 void ConfigLoader::text(std::string_view piece, int line)
 {
-    if (!open_.empty() && holds_text(open_.back().node)) {
-        if (piece.size() > limits_.value_bytes - text_.size()) {
-            refuse(open_.back().line, "a value of more than " + std::to_string(limits_.value_bytes) + " bytes");
+    if (beyond_ == 0) {
+        try {
+            rows_.text(piece, line);
+        } catch (const Refusal& refusal) {
+            take(refusal);
         }
-        text_ += piece;
-        return;
-    }
-    const auto first = std::find_if_not(piece.begin(), piece.end(), is_blank);
-    if (first != piece.end()) {
-        const auto lines_behind = std::count(first, piece.end(), '\n');
-        refuse(line - static_cast<int>(lines_behind),
-               "text " + in_quotes(trimmed(piece)) + " stands where elements belong");
+    } else if (what_ == Beyond::Foreign) {
+        foreign_.text(piece);
+        check_foreign_size();
+    } else if (in_error_message_ && error_message_.size() < limits_.value_bytes) {
+        error_message_ += piece;
     }
 }
 
-void ConfigLoader::refuse_attribute(std::string_view attribute) const
+void ConfigLoader::comment(std::string_view text)
 {
-    refuse(open_.back().line, "the attribute " + shortened(attribute) + " is not supported; only xmlns is");
-}
-
-void ConfigLoader::refuse_markup(int line, const std::string& what) const
-{
-    if (open_.empty()) {
-        refuse_document(line, what);
+    if (in_foreign()) {
+        foreign_.comment(text);
+        check_foreign_size();
     }
-    const Node* const around = open_.back().node;
-    refuse(line, around != nullptr && is_secret(*around) ? "not well-formed; what stands here is not shown" : what);
 }
 
-void ConfigLoader::refuse_document(int line, const std::string& what) const
+void ConfigLoader::instruction(std::string_view target, std::string_view content)
 {
-    throw LoadError(file_ + ":" + std::to_string(line) + ": " + what);
-}
-
-void ConfigLoader::refuse(int line, const std::string& what) const
-{
-    refuse_document(line, path() + ": " + what);
-}
-
-void ConfigLoader::refuse_name(const char* name, const char* uri, int line) const
-{
-    const Node* const parent = open_.back().node;
-    const Node* const namesake = parent == nullptr ? schema_.top_node(name, nullptr) : parent->child(name);
-    if (namesake == nullptr) {
-        refuse(line, element(name) + " is not in the data model");
+    if (in_foreign()) {
+        foreign_.instruction(target, content);
+        check_foreign_size();
     }
-    const std::string found = uri == nullptr ? "no namespace" : "the namespace " + in_quotes(uri);
-    refuse(line, element(name) + " has " + found + " instead of " + in_quotes(namesake->module->uri));
 }
 
-// "/router/bgp{65010}/as-size" of the innermost open element; "/" of the outermost. Entries whose key is not whole
-// stand without it.
-std::string ConfigLoader::path() const
+void ConfigLoader::check_foreign_size()
 {
-    std::string path;
-    for (const Open& open : open_) {
-        if (open.node == nullptr) {
-            continue;
-        }
-        path += "/" + open.node->name;
-        if (open.entry && missing_key(*open.entry) == nullptr) {
-            path += "{" + shortened(store::key_text(*open.entry)) + "}";
-        }
+    if (foreign_.size() > limits_.foreign_bytes) {
+        errors_.end(told(foreign_.present().line,
+                         place() + ": with it, modules that are not in the data model take more than " +
+                             std::to_string(limits_.foreign_bytes) + " bytes"));
     }
-    return path.empty() ? "/" : path;
+}
+
+void ConfigLoader::refuse_markup(int line, const std::string& what)
+{
+    if (wrappers_ == 0) {
+        errors_.end(told(line, what));
+    }
+    const bool hidden = beyond_ > 0 || rows_.in_secret();
+    errors_.end(told(line, place() + ": " + (hidden ? "not well-formed; what stands here is not shown" : what)));
+}
+
+void ConfigLoader::finish()
+{
+    if (!has_content_ && !errors_.any()) {
+        errors_.add(told(1, "the reply holds no <data>"));
+    }
+    errors_.settle();
+    into_->add_foreign(foreign_.take());
+}
+
+std::string ConfigLoader::place() const
+{
+    return in_foreign() ? "/" + shortened(foreign_.present().name) : rows_.path();
+}
+
+std::string ConfigLoader::told(int line, const std::string& what) const
+{
+    return file_ + ":" + std::to_string(line) + ": " + what;
+}
+
+void ConfigLoader::take(const Refusal& refusal)
+{
+    if (refusal.final) {
+        errors_.end(told(refusal.line, refusal.what));
+    }
+    errors_.add(told(refusal.line, refusal.what));
 }
 
 }  // namespace bgp_platform::xml

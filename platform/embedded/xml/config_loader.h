@@ -1,82 +1,88 @@
-// Turns the elements of a configuration file, as they come, into rows: finds each element's node in the schema, checks
-// its value and its place, and puts an entry into its list once it is complete.
+// Where each element of a configuration file belongs: to its wrapper, to a row, to a part that is carried along, or to
+// what was refused and is passed over.
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "store/configuration.h"
-#include "xml/config_reader.h"
+#include "xml/foreign_recorder.h"
+#include "xml/limits.h"
+#include "xml/load_errors.h"
+#include "xml/row_builder.h"
+#include "xml/start_tag.h"
 
 namespace bgp_platform::xml {
 
-// The parts of a document in the order in which they stand there. Every function throws LoadError (config_reader.h) for
-// what the schema does not allow. `line` is where the part stands.
+// The parts of a document in the order in which they stand there. What is refused is gathered, with file and line, and
+// the reading goes on behind the element; what ends it throws LoadError with all that was gathered.
 class ConfigLoader {
 public:
     ConfigLoader(std::string file, store::Configuration* into, const Limits& limits);
 
-    // An element's name and namespace (null: none) are interned by the caller: the same text has the same address.
-    void start_element(const char* name, const char* uri, int line);
-    void end_element();
+    // The texts of names and namespaces are interned by the caller: the same text has the same address, and
+    // stays.
+    void start_element(const StartTag& tag);
+    void end_element(const char* name, const char* prefix);
 
     // Text comes in pieces of any size. The line is that of the piece's end.
     void text(std::string_view piece, int line);
+    void comment(std::string_view text);
+    void instruction(std::string_view target, std::string_view content);
 
-    // Attributes mean nothing here: the one just opened has one.
-    [[noreturn]] void refuse_attribute(std::string_view attribute) const;
+    // What the parser itself finds wrong, or is not allowed. Nothing of it is shown where it may be a password.
+    [[noreturn]] void refuse_markup(int line, const std::string& what);
 
-    // What the parser itself finds wrong, or is not allowed. Nothing of it is shown where a password stands.
-    [[noreturn]] void refuse_markup(int line, const std::string& what) const;
+    // The file cannot be read on.
+    [[noreturn]] void end_reading(const std::string& error) { errors_.end(error); }
+
+    // At the document's end.
+    void finish();
 
 private:
-    // An element that is open.
-    struct Open {
-        const schema::Node* node = nullptr;  // null: the outermost element
-        store::RowRef entry;                 // of a list entry: its row, not yet in the list
-        store::Row* row = nullptr;           // the row around, or the entry's: holds the slots of what stands inside
-        int line = 0;
-    };
+    // What the elements belong to that are no rows.
+    enum class Beyond { Refused, ReplyError, Foreign };
 
-    struct Name {
-        const schema::Node* parent;
-        const char* name;
-        bool operator==(const Name& other) const noexcept { return parent == other.parent && name == other.name; }
-    };
-    struct NameHash {
-        std::size_t operator()(const Name& name) const noexcept;
-    };
-    struct Known {
-        const char* uri;
-        const schema::Node* node;
-    };
+    void start_document(const StartTag& tag);
+    void start_in_reply(const StartTag& tag);
+    void open_wrapper(const StartTag& tag);
+    bool in_reply() const noexcept { return reply_ && wrappers_ == 1; }
 
-    void open_document(const char* name, const char* uri, int line);
-    const schema::Node& find_node(const char* name, const char* uri, int line);
-    const schema::Node* look_up(const schema::Node* parent, const char* name, const char* uri) const;
-    void close_leaf(const Open& leaf);
-    void close_leaf_list_entry(const Open& entry);
-    void close_list_entry(const Open& entry);
-    schema::Value value_of(const Open& leaf) const;
+    void start_row(const StartTag& tag);
 
-    void count_entry(int line);
+    bool is_foreign(const StartTag& tag) const;
+    bool in_foreign() const noexcept { return beyond_ > 0 && what_ == Beyond::Foreign; }
+    void start_beyond(Beyond what);
+    void start_in_beyond(const StartTag& tag);
+    void end_in_beyond(const char* name, const char* prefix);
 
-    [[noreturn]] void refuse_document(int line, const std::string& what) const;
-    [[noreturn]] void refuse(int line, const std::string& what) const;  // at the innermost open element
-    [[noreturn]] void refuse_name(const char* name, const char* uri, int line) const;
-    std::string path() const;
+    void check_foreign_size();
+
+    std::string place() const;
+    std::string told(int line, const std::string& what) const;
+    void take(const Refusal& refusal);
 
     std::string file_;
     Limits limits_;
-    std::size_t entries_ = 0;
-    const schema::Schema& schema_;
-    store::Row& root_;
-    std::vector<Open> open_;
-    std::string text_;  // of the leaf that is open
-    std::unordered_map<Name, Known, NameHash> known_;
+    LoadErrors errors_;
+    store::Configuration* into_;
+    RowBuilder rows_;
+    ForeignRecorder foreign_;
+
+    std::size_t levels_ = 0;                    // elements that are open
+    std::size_t wrappers_ = 0;                  // of them, those around the configuration
+    bool reply_ = false;                        // the outermost one is <rpc-reply>
+    bool has_content_ = false;                  // a wrapper of a configuration was opened
+    std::vector<NamespaceDeclaration> around_;  // of the wrappers; their texts are interned
+
+    std::size_t beyond_ = 0;  // of them, those in what is no rows
+    Beyond what_ = Beyond::Refused;
+
+    int reply_error_line_ = 0;
+    bool in_error_message_ = false;
+    std::string error_message_;
 };
 
 }  // namespace bgp_platform::xml

@@ -3,100 +3,20 @@
 // allocated.
 #include "xml/config_reader.h"
 
-#include <fcntl.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <exception>
 #include <memory>
-#include <system_error>
 
 #include "schema/quote.h"
 #include "xml/config_loader.h"
+#include "xml/look.h"
 
 namespace bgp_platform::xml {
 
 namespace {
-
-// Where a document's bytes come from.
-class Source {
-public:
-    Source() = default;
-    virtual ~Source() = default;
-    Source(const Source&) = delete;
-    Source& operator=(const Source&) = delete;
-    virtual std::size_t read(char* buffer, std::size_t size) = 0;  // 0 at the end
-};
-
-class TextSource : public Source {
-public:
-    explicit TextSource(std::string_view text) : rest_(text) {}
-
-    std::size_t read(char* buffer, std::size_t size) override
-    {
-        const std::size_t count = rest_.copy(buffer, size);
-        rest_.remove_prefix(count);
-        return count;
-    }
-
-private:
-    std::string_view rest_;
-};
-
-class FileSource : public Source {
-public:
-    FileSource(const std::string& path, const Progress& progress) : path_(path), progress_(progress)
-    {
-        do {
-            descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-        } while (descriptor_ < 0 && errno == EINTR);
-        if (descriptor_ < 0) {
-            fail();
-        }
-        struct stat status {};
-        if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
-            total_ = static_cast<std::size_t>(status.st_size);
-        }
-    }
-    ~FileSource() override { close(descriptor_); }
-
-    std::size_t read(char* buffer, std::size_t size) override
-    {
-        ssize_t count = 0;
-        do {
-            count = ::read(descriptor_, buffer, size);
-        } while (count < 0 && errno == EINTR);
-        if (count < 0) {
-            fail();
-        }
-        report(static_cast<std::size_t>(count));
-        return static_cast<std::size_t>(count);
-    }
-
-private:
-    static constexpr std::size_t kReportEvery = 1 << 20;
-
-    void report(std::size_t count)
-    {
-        bytes_ += count;
-        if (progress_ && (count == 0 || bytes_ - reported_ >= kReportEvery)) {
-            reported_ = bytes_;
-            progress_(bytes_, total_);
-        }
-    }
-
-    [[noreturn]] void fail() const { throw LoadError(path_ + ": " + std::generic_category().message(errno)); }
-
-    const std::string& path_;
-    const Progress& progress_;
-    int descriptor_ = -1;
-    std::size_t bytes_ = 0;
-    std::size_t reported_ = 0;
-    std::size_t total_ = 0;
-};
 
 // The parser's message without the piece of the document that some have behind a line end, or as bytes: it may be of a
 // password.
@@ -107,9 +27,39 @@ std::string_view without_excerpt(std::string_view message)
     return message.substr(0, message.find_last_not_of(" :") + 1);
 }
 
-std::string_view text_of(const xmlChar* text)
+const char* chars_of(const xmlChar* text)
 {
     return reinterpret_cast<const char*>(text);
+}
+
+std::string_view text_of(const xmlChar* text)
+{
+    return text == nullptr ? std::string_view() : std::string_view(chars_of(text));
+}
+
+// What the parser hands over: prefix, URI of each.
+void take_declarations(int count, const xmlChar** declared, StartTag* tag)
+{
+    tag->declarations.clear();
+    for (int i = 0; i < count; ++i, declared += 2) {
+        tag->declarations.push_back({text_of(declared[0]), text_of(declared[1])});
+    }
+}
+
+// Name, prefix, URI, begin and end of the value of each.
+void take_attributes(int count, const xmlChar** attribute, StartTag* tag)
+{
+    tag->attributes.clear();
+    for (int i = 0; i < count; ++i, attribute += 5) {
+        const std::string_view value(chars_of(attribute[3]), static_cast<std::size_t>(attribute[4] - attribute[3]));
+        tag->attributes.push_back({text_of(attribute[1]), text_of(attribute[0]), value});
+    }
+}
+
+// Elements may be nested more deeply than by the parser's default: the loader has a limit of its own.
+void allow_levels(std::size_t levels)
+{
+    xmlParserMaxDepth = std::max(xmlParserMaxDepth, static_cast<unsigned int>(levels) + 1);
 }
 
 struct ContextDeleter {
@@ -143,22 +93,29 @@ private:
 // would take away the buffer under the parser's feet when it is called from a read.)
 class Parse {
 public:
-    Parse(Source* source, const std::string& name, store::Configuration* into, const Limits& limits)
+    Parse(PeekedSource* source, const std::string& name, store::Configuration* into, const Limits& limits)
         : source_(source), name_(name), loader_(name, into, limits), errors_of_thread_(error, this)
     {
+        if (const std::string why = why_no_xml(source->head()); !why.empty()) {
+            loader_.refuse_markup(1, why);
+        }
+        allow_levels(limits.levels);
         xmlSAXHandler handler = events();
         context_.reset(xmlCreateIOParserCtxt(&handler, this, read, nullptr, this, XML_CHAR_ENCODING_NONE));
         if (!context_) {
             rethrow();  // the first read may have failed
             throw LoadError(name_ + ": cannot make an XML parser");
         }
-        xmlCtxtUseOptions(context_.get(), XML_PARSE_NONET | XML_PARSE_BIG_LINES);
+        // XML_PARSE_NOENT: an ampersand in an attribute comes as it is. There are no entities but XML's own five, for a
+        // DOCTYPE is refused, and what it declares has no event here.
+        xmlCtxtUseOptions(context_.get(), XML_PARSE_NONET | XML_PARSE_BIG_LINES | XML_PARSE_NOENT);
     }
 
     void run()
     {
         xmlParseDocument(context_.get());
         rethrow();
+        loader_.finish();
     }
 
 private:
@@ -171,6 +128,8 @@ private:
         handler.characters = text;
         handler.cdataBlock = text;
         handler.ignorableWhitespace = text;
+        handler.comment = comment;
+        handler.processingInstruction = instruction;
         handler.internalSubset = doctype;
         handler.reference = entity_reference;
         handler.serror = error;
@@ -204,28 +163,49 @@ private:
     {
         int count = -1;
         self(parse).guarded(
-            [&] { count = static_cast<int>(self(parse).source_->read(buffer, static_cast<std::size_t>(size))); });
+            [&] { count = static_cast<int>(self(parse).read(buffer, static_cast<std::size_t>(size))); });
         return count;
     }
 
-    static void start_element(void* parse, const xmlChar* name, const xmlChar* /*prefix*/, const xmlChar* uri,
-                              int /*namespaces*/, const xmlChar** /*declared*/, int attributes, int /*defaulted*/,
+    std::size_t read(char* buffer, std::size_t size)
+    {
+        try {
+            return source_->read(buffer, size);
+        } catch (const LoadError& error) {
+            loader_.end_reading(error.what());
+        }
+    }
+
+    static void start_element(void* parse, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+                              int declarations, const xmlChar** declared, int attributes, int /*defaulted*/,
                               const xmlChar** attribute)
     {
         Parse& me = self(parse);
         me.guarded([&] {
-            me.loader_.start_element(reinterpret_cast<const char*>(name), reinterpret_cast<const char*>(uri),
-                                     me.line());
-            if (attributes > 0) {  // name, prefix, ... of the first
-                const std::string prefix = attribute[1] != nullptr ? std::string(text_of(attribute[1])) + ":" : "";
-                me.loader_.refuse_attribute(prefix + std::string(text_of(attribute[0])));
-            }
+            StartTag& tag = me.tag_;
+            tag.name = chars_of(name);
+            tag.prefix = chars_of(prefix);
+            tag.uri = chars_of(uri);
+            tag.line = me.line();
+            take_declarations(declarations, declared, &tag);
+            take_attributes(attributes, attribute, &tag);
+            me.loader_.start_element(tag);
         });
     }
 
-    static void end_element(void* parse, const xmlChar* /*name*/, const xmlChar* /*prefix*/, const xmlChar* /*uri*/)
+    static void end_element(void* parse, const xmlChar* name, const xmlChar* prefix, const xmlChar* /*uri*/)
     {
-        self(parse).guarded([&] { self(parse).loader_.end_element(); });
+        self(parse).guarded([&] { self(parse).loader_.end_element(chars_of(name), chars_of(prefix)); });
+    }
+
+    static void comment(void* parse, const xmlChar* text)
+    {
+        self(parse).guarded([&] { self(parse).loader_.comment(text_of(text)); });
+    }
+
+    static void instruction(void* parse, const xmlChar* target, const xmlChar* content)
+    {
+        self(parse).guarded([&] { self(parse).loader_.instruction(text_of(target), text_of(content)); });
     }
 
     static void text(void* parse, const xmlChar* text, int size)
@@ -260,9 +240,10 @@ private:
         });
     }
 
-    Source* source_;
+    PeekedSource* source_;
     const std::string& name_;
     ConfigLoader loader_;
+    StartTag tag_;  // of the element that starts
     std::exception_ptr failure_;
     ErrorsOfThread errors_of_thread_;
     std::unique_ptr<xmlParserCtxt, ContextDeleter> context_;
@@ -273,13 +254,14 @@ private:
 void read_config_file(const std::string& path, store::Configuration* into, const Progress& progress,
                       const Limits& limits)
 {
-    FileSource source(path, progress);
-    Parse(&source, path, into, limits).run();
+    const std::string name = shown_name(path);
+    const std::unique_ptr<PeekedSource> source = open_input(path, name, progress);
+    Parse(source.get(), name, into, limits).run();
 }
 
 void read_config_text(std::string_view text, const std::string& name, store::Configuration* into, const Limits& limits)
 {
-    TextSource source(text);
+    PeekedSource source(std::make_unique<TextSource>(text));
     Parse(&source, name, into, limits).run();
 }
 

@@ -131,6 +131,7 @@ public:
         out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
         open_element(kConfigElement, kConfigNamespace);
         write_top_nodes();
+        write_foreign();
         close_element(kConfigElement);
         finish();
     }
@@ -209,6 +210,21 @@ private:
     }
 
     void write_top_nodes() { write_nodes(configuration_.schema().top_nodes(), configuration_.root()); }
+
+    void write_foreign()
+    {
+        for (const store::ForeignPart& part : configuration_.foreign()) {
+            begin_line();
+            for (const std::string& piece : part.text) {
+                out_ += piece;
+                if (out_.size() >= kPiece) {
+                    hand_over();
+                }
+            }
+            end_line();
+            report(kReportEvery);
+        }
+    }
 
     void write_nodes(const std::vector<const Node*>& nodes, const Row& row)
     {
