@@ -106,6 +106,7 @@ void add_device(CLI::App* command, DeviceOptions* device)
               });
     add_number(command, "--max-entries", &device->max_entries, kMost32,
                "The most entries that a configuration may have");
+    add_number(command, "--max-errors", &device->max_errors, kMost32, "The most errors of a configuration to show", 1);
 }
 
 void add_colour(CLI::App* command, Colour* colour)
@@ -232,7 +233,8 @@ CLI::App* add_run(CLI::App* app, RunOptions* options)
     CLI::App* run = app->add_subcommand("run", "Upgrade a copy of a stored configuration and report what changed");
     run->footer(kExitStatuses);
     add_file(run);
-    run->add_option("CONFIG.xml", options->configuration, "The stored configuration, in ConfD's XML load format")
+    run->add_option("CONFIG.xml", options->configuration,
+                    "The stored configuration: XML, also compressed; - for standard input")
         ->required()
         ->configurable(false)
         ->option_text(" ");

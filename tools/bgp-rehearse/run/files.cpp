@@ -14,7 +14,8 @@ std::string check_target(const std::string& option, const std::string& name, con
         return {};
     }
     std::string target = replaceable_file(option, name);
-    refuse_same_file(option, target, "the configuration to upgrade", configuration);
+    const std::string stored = configuration == "-" ? "/dev/stdin" : configuration;
+    refuse_same_file(option, target, "the configuration to upgrade", stored);
     refuse_same_file(option, target, "the upgrade library", library);
     return target;
 }

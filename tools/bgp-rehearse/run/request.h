@@ -23,6 +23,7 @@ struct DeviceOptions {
     bool interfaces_known = false;    // told by option or facts, not assumed
     bool user_profile_known = false;
     std::size_t max_entries = bgp_platform::xml::Limits().entries;  // that a configuration loaded on it may have
+    std::size_t max_errors = bgp_platform::xml::Limits().errors;    // that are told of one
 };
 
 // The verdict from which on the command exits with VerdictReached.

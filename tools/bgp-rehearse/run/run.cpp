@@ -33,7 +33,7 @@ using bgp_platform::Device;
 Report blank_report(const RunOptions& options, const std::string& library, const Device& device)
 {
     Report report;
-    report.configuration = options.configuration;
+    report.configuration = bgp_platform::xml::shown_name(options.configuration);
     report.library = library;
     report.show_log = options.log_in_report();
     report.loaded = size_of(device.configuration(bgp_platform::Datastore::Stored));
@@ -222,6 +222,20 @@ Outcome Run::settle(RunFiles& files) const
             {}};
 }
 
+// The errors of a configuration, one a line.
+std::string all_errors(const bgp_platform::xml::LoadError& error)
+{
+    std::string lines;
+    for (const std::string& each : error.errors()) {
+        lines += (lines.empty() ? "" : "\n") + escaped(each);
+    }
+    if (error.more() > 0) {
+        lines += fmt::format("\nand {} more; --max-errors {} shows {}", error.more(),
+                             error.errors().size() + error.more(), error.more() == 1 ? "it" : "them");
+    }
+    return lines;
+}
+
 // Copies the report to standard output.
 void print(int report)
 {
@@ -266,12 +280,13 @@ Device& load_device(const DeviceOptions& options, const std::string& configurati
     device.set_user_profile(options.user_profile);
     bgp_platform::xml::Limits limits;
     limits.entries = options.max_entries;
-    ProgressLine progress("loading " + escaped(configuration));
+    limits.errors = options.max_errors;
+    ProgressLine progress("loading " + escaped(bgp_platform::xml::shown_name(configuration)));
     try {
         device.load_file(
             configuration, [&](std::size_t bytes, std::size_t total) { progress.show(bytes, total); }, limits);
     } catch (const bgp_platform::xml::LoadError& error) {
-        throw CommandError(ExitStatus::BadInput, escaped(error.what()));
+        throw CommandError(ExitStatus::BadInput, all_errors(error));
     }
     return device;
 }
