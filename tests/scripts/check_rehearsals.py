@@ -1,0 +1,170 @@
+#!/usr/bin/env python3
+"""Checks rehearsals by what stands in the files before and after them.
+
+A folder has NAME.xml (the stored configuration), NAME.upgraded.xml and
+NAME.json (the report) of each. Counts, from the two configurations alone, the
+prefix limits and actions that were rewritten, the neighbours' families that
+were turned off, the rows that stayed behind and the references that lead
+nowhere, and holds the findings of the report against them. Applies the
+changes of the report to the stored configuration, which must give the other.
+"""
+
+import argparse
+import json
+import sys
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+from typing import Any, Dict, Iterator, List, Optional, Tuple
+
+import apply_journal
+from check_references import (BGP, ENTITY, FAMILY, JOIN, LISTEN, NETWORK, PEER, PEER_KEYS, RECORD, ROUTE_MAP,
+                              ROUTER_FAMILY, RTM, RULE, RULE_KEYS, Key, Row, Tables, key)
+
+INTERNAL = "/internal/"
+STATUS = BGP + "bgpPeerStatusTable/bgpPeerStatusEntry"
+RTM_JOIN = RTM + "rtmMjTable/rtmMjEntry"
+PROTOCOL = "/redist-protocol"
+FAMILY_KEYS = PEER_KEYS + ("bgpPeerAfiSafiAfi", "bgpPeerAfiSafiSafi")
+MAP_KEYS = ("bgpRmEntIndex", "bgpRouteMapIndex", "bgpRouteMapEntryIndex")
+GLOBAL_INDEX = "1"
+BGP_TAG = "555337807"
+
+# The tables that move to the global index, by their keys; the first one is the index.
+MOVED = {
+    INTERNAL + "rtmRedistEntry-hidden/rtmRedistEntry-set": ("entity", "rtm-index", "address", "length"),
+    INTERNAL + "rtmRedistEntry-hidden/rtmRedistEntry-get": ("entity", "rtm-index", "entry"),
+    **{INTERNAL + f"bgpRouteMapEntry-hidden/bgpRouteMapEntry{suffix}": ("entity", "map", "entry")
+       for suffix in ("", "-get", "-set")},
+    **{INTERNAL + f"bgpConfigEntry-hidden/bgpConfigEntry{suffix}": ("entity", "index")
+       for suffix in ("", "-get", "-set")},
+    INTERNAL + "bgpPeerEntry-global": ("entity", "peer"),
+    INTERNAL + "bgpPeerEntry-prefix-list-hidden": ("entity", "peer"),
+    INTERNAL + "match-ip-list-hidden": ("entity", "list"),
+    INTERNAL + "neighbor-valid-hidden": ("entity", "address"),
+    INTERNAL + "route-policy-valid-hidden": ("entity", "name"),
+    INTERNAL + "router-afi-safi-hidden": ("entity", "afi", "safi"),
+    INTERNAL + "neighbor-afi-safi-hidden": ("entity", "address", "afi", "safi"),
+    ENTITY: ("bgpRmEntIndex",),
+    ROUTER_FAMILY: ("bgpRmEntIndex", "bgpRmAfiSafiAfi", "bgpRmAfiSafiSafi"),
+    PEER: PEER_KEYS,
+    FAMILY: FAMILY_KEYS,
+    STATUS: PEER_KEYS,
+    ROUTE_MAP: MAP_KEYS,
+    RECORD: ("bgpRmEntIndex", "bgpConfigIndex"),
+    JOIN: ("bgpRmEntIndex", "bgpRmAfmJoin"),
+    NETWORK: ("bgpNmEntIndex",),
+    LISTEN: ("bgpNmEntIndex", "bgpNmListenIndex"),
+}
+
+
+class Upgrade:
+    """The configurations before and after one upgrade."""
+
+    def __init__(self, stored: Path, upgraded: Path) -> None:
+        self.before = Tables(ElementTree.parse(stored).getroot())
+        self.after = Tables(ElementTree.parse(upgraded).getroot())
+        entities = self.before.rows(ENTITY)
+        self.entity = entities[0] if len(entities) == 1 else {}
+        self.rekeyed = "bgpRmEntLocalAs" in self.entity and not self._is_mapped()
+
+    def _is_mapped(self) -> bool:
+        own = ("0", self.entity["bgpRmEntLocalAs"])
+        return any((vrf["vrf-idx"], row["as"]) == own
+                   for vrf, row in self.before.inside("/bgp-internal/bgp-vrf", "as-to-bgp-idx"))
+
+    def pairs(self, path: str, names: Tuple[str, ...]) -> Iterator[Tuple[Row, Row]]:
+        """Each stored row with the one that it has become: under its own index, or else under the global one."""
+        after = {key(row, *names): row for row in self.after.rows(path)}
+        for row in self.before.rows(path):
+            own = key(row, *names)
+            yield row, after.get(own) or after.get((GLOBAL_INDEX,) + own[1:], {})
+
+    def rewritten(self, path: str, names: Tuple[str, ...], leaf: str) -> int:
+        return sum(1 for before, after in self.pairs(path, names)
+                   if leaf in before and after.get(leaf) != before[leaf])
+
+    def families_off(self) -> int:
+        leaf = "bgpPeerAfiSafiDisable"
+        return sum(1 for before, after in self.pairs(FAMILY, FAMILY_KEYS)
+                   if before.get(leaf) != "true" and after.get(leaf) == "true")
+
+    def left(self) -> int:
+        """Rows that the re-keying moves and that are where they were."""
+        if not self.rekeyed:
+            return 0
+        index = self.entity["bgpRmEntIndex"]
+        count = 0
+        for path, names in MOVED.items():
+            stored = self.before.keys(path, *names)
+            for row in self.after.rows(path):
+                own = key(row, *names)
+                made_before = own[0] == index and (path != FAMILY or own[-1] == "mplsBgpVpn")
+                count += own[0] != GLOBAL_INDEX and (own in stored or made_before)
+        return count + self._left_joins() + self._left_rules()
+
+    def _left_joins(self) -> int:
+        names = ("rtmMjRtmFteIndex", "rtmMjSlaveFteId", "rtmMjSlaveType")
+        stored = self.before.keys(RTM_JOIN, *names)
+        joins = [key(row, *names) for row in self.after.rows(RTM_JOIN)]
+        return sum(1 for join in joins if join[2] == "ariPrtnrBgp" and join[1] != GLOBAL_INDEX
+                   and (join in stored or join[1] == self.entity["bgpRmEntIndex"]))
+
+    def _left_rules(self) -> int:
+        """The rules' numbers move by as much as the entity's index does, one after the other."""
+        rules = [(key(row, *RULE_KEYS), row.get("rtmRedistInfoDest") == "bgp") for row in self.before.rows(RULE)]
+        protocols = [(key(row, "rtm-index", "entry"), row.get("protocol-xmltag") == BGP_TAG)
+                     for row in self.before.rows(PROTOCOL)]
+        return self._stuck(rules) + self._stuck(protocols)
+
+    def _stuck(self, rows: List[Tuple[Key, bool]]) -> int:
+        shift = int(GLOBAL_INDEX) - int(self.entity["bgpRmEntIndex"])
+        taken = {(int(own[0]), int(own[1])) for own, _ in rows}
+        stuck = 0
+        for number in sorted((int(own[0]), int(own[1])) for own, moves in rows if moves):
+            target = (number[0], (number[1] + shift) % 2**32)
+            if target != number and target in taken:
+                stuck += 1
+            else:
+                taken.remove(number)
+                taken.add(target)
+        return stuck
+
+
+def counted(report: Dict[str, Any], finding: str, step: Optional[str] = None) -> int:
+    return sum(each["count"] for each in report["findings"]
+               if each["id"] == finding and step in (None, each["step"]))
+
+
+def mistakes(folder: Path, name: str) -> List[str]:
+    stored, upgraded, document = (folder / f"{name}{end}" for end in (".xml", ".upgraded.xml", ".json"))
+    report = json.loads(document.read_text(encoding="utf-8"))
+    upgrade = Upgrade(stored, upgraded)
+    limits = upgrade.rewritten(PEER, PEER_KEYS, "bgpPeerConfigMaxPrfx")
+    actions = (upgrade.rewritten(PEER, PEER_KEYS, "bgpPeerConfigDropWarn")
+               + upgrade.rewritten(FAMILY, FAMILY_KEYS, "bgpPeerAfiSafiConfigDropWarn"))
+    both = {
+        "limits rewritten": (limits, counted(report, "limit-rewritten")),
+        "actions rewritten": (actions, counted(report, "action-rewritten")),
+        "families off": (upgrade.families_off(), counted(report, "family-off")),
+        "rows left": (upgrade.left(), counted(report, "row-left", "update_rm_index")),
+    }
+    found = [f"{name}: {what}: {ours} by the files, {theirs} by the report"
+             for what, (ours, theirs) in both.items() if ours != theirs]
+    found += [f"{name}: {line}" for line in apply_journal.differences(str(stored), str(document), str(upgraded))]
+    return found
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("folder", type=Path)
+    folder = parser.parse_args().folder
+    names = sorted(path.name[:-len(".upgraded.xml")] for path in folder.glob("*.upgraded.xml"))
+    found = [line for name in names for line in mistakes(folder, name)]
+    for line in found[:100]:
+        print(line)
+    print(f"{len(names)} rehearsals, {len(found)} mistakes")
+    return 1 if found or not names else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
