@@ -119,6 +119,75 @@ TEST_F(RehearseOutput, ReplacedFile_KeepsItsMode)
     EXPECT_EQ(fs::status(output).permissions(), fs::perms(0600));
 }
 
+TEST_F(RehearseOutput, Files_AreReadableByNobodyWhoMayNotReadTheConfiguration)
+{
+    struct Case {
+        int umask, input, old, expected;
+    };
+    const std::string library = fake_library(folder, kCreate);
+    const mode_t before = umask(0);
+    for (const Case& each : {Case{0, 0600, 0, 0600}, Case{0, 0640, 0, 0640}, Case{0, 0664, 0, 0664},
+                             Case{0, 0604, 0, 0604}, Case{022, 0666, 0, 0644}, Case{077, 0644, 0, 0600},
+                             Case{0, 0400, 0, 0600}, Case{0, 0755, 0, 0644}, Case{0, 0600, 0644, 0600},
+                             Case{0, 0640, 0666, 0640}, Case{0, 0644, 0600, 0600}, Case{077, 0644, 0664, 0644}}) {
+        SCOPED_TRACE(testing::Message() << std::oct << each.umask << " " << each.input << " " << each.old);
+        for (const char* name : {"out.xml", "log", "report.json"}) {
+            fs::remove(folder / name);
+            if (each.old != 0) {
+                folder.file(name, "old");
+                fs::permissions(folder / name, fs::perms(each.old));
+            }
+        }
+        fs::permissions(config, fs::perms(each.input));
+        umask(static_cast<mode_t>(each.umask));
+        const CommandResult result = rehearse({"run", config, "--library", library, "-o", output, "--log",
+                                               folder / "log", "--json=" + (folder / "report.json")});
+        umask(0);
+        EXPECT_EQ(result.signal, 0) << result.err;
+        for (const char* name : {"out.xml", "log", "report.json"}) {
+            EXPECT_THAT(content_of(folder / name), Not(testing::StrEq("old"))) << name;
+            EXPECT_EQ(fs::status(folder / name).permissions(), fs::perms(each.expected)) << name;
+        }
+    }
+    umask(before);
+}
+
+// As root, who may give a file to another group.
+TEST_F(RehearseOutput, GroupThatIsNotTheConfigurations_CountsAsOthers)
+{
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can give a file to another group";
+    }
+    const std::string library = fake_library(folder, kCreate);
+    ASSERT_EQ(chown(config.c_str(), 0, getegid() + 1), 0);
+    const mode_t before = umask(0);
+    for (const auto& [input, expected] : {std::pair{0640, 0600}, {0664, 0644}, {0604, 0604}}) {
+        fs::remove(output);
+        fs::permissions(config, fs::perms(input));
+        rehearse({"run", config, "--library", library, "-o", output});
+        EXPECT_EQ(fs::status(output).permissions(), fs::perms(expected)) << std::oct << input;
+    }
+    folder.file("out.xml", "old");
+    ASSERT_EQ(chown(output.c_str(), 0, getegid() + 1), 0);
+    fs::permissions(output, fs::perms(0660));
+    fs::permissions(config, fs::perms(0640));
+    rehearse({"run", config, "--library", library, "-o", output});
+    EXPECT_EQ(fs::status(output).permissions(), fs::perms(0640)) << "it passes on its group";
+    umask(before);
+}
+
+TEST_F(RehearseOutput, FilesOfStandardInput_AreTheirOwnersAlone)
+{
+    const mode_t before = umask(0);
+    const CommandResult result =
+        run_command({"/bin/sh", "-c", "exec \"$0\" \"$@\" < '" + config + "'", BGP_REHEARSE, "run", "-", "--library",
+                     fake_library(folder, kCreate), "-o", output, "--log", folder / "log"});
+    umask(before);
+    EXPECT_EQ(result.signal, 0) << result.err;
+    EXPECT_EQ(fs::status(output).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(folder / "log").permissions(), fs::perms(0600));
+}
+
 TEST_F(RehearseOutput, SymbolicLink_StaysAndItsTargetIsReplaced)
 {
     fs::create_directory(folder / "elsewhere");

@@ -74,6 +74,21 @@ int uninterrupted(Call call)
     return result;
 }
 
+mode_t mode_of_umask()
+{
+    const mode_t mask = umask(077);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+// What a mode leaves to whom a file may be for. Those of another group count as others.
+mode_t narrowed(mode_t mode, gid_t group, const Readers& most)
+{
+    const mode_t others = most.mode & 0006;
+    const bool same_group = !most.group || *most.group == group;
+    return mode & (0711 | (same_group ? most.mode & 0060 : most.mode & others << 3) | others);
+}
+
 [[noreturn]] void not_written(const std::string& target, const char* reason)
 {
     throw CommandError(ExitStatus::NotWritten, fmt::format("{} could not be written: {}", escaped(target), reason));
@@ -121,21 +136,31 @@ void refuse_same_file(const std::string& option, const std::string& name, const 
     }
 }
 
-OutputFile::OutputFile(const std::string& option, std::string target)
+Readers readers_of(const std::string& file)
+{
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0) {
+        return {0, std::nullopt};
+    }
+    return {status.st_mode & 0066, status.st_gid};
+}
+
+OutputFile::OutputFile(const std::string& option, std::string target, const Readers& most)
     : target_(std::move(target)), folder_(folder_of(target_))
 {
+    make_temporary(option);
     struct stat old {};
-    if (stat(target_.c_str(), &old) != 0) {
-        make_temporary(option, 0666);  // less the umask
-        return;
-    }
-    make_temporary(option, 0600);
+    const bool replaces = stat(target_.c_str(), &old) == 0;
     // Where owner or mode cannot be taken over the file is its maker's alone, which is the safe side. Only root may
     // give a file away.
-    if (geteuid() == 0 && fchown(descriptor_, old.st_uid, old.st_gid) != 0) {
+    if (replaces && geteuid() == 0 && fchown(descriptor_, old.st_uid, old.st_gid) != 0) {
         return;
     }
-    static_cast<void>(fchmod(descriptor_, old.st_mode & 0777));
+    struct stat made {};
+    if (fstat(descriptor_, &made) == 0) {
+        const mode_t mode = replaces ? old.st_mode & 0777 : mode_of_umask();
+        static_cast<void>(fchmod(descriptor_, narrowed(mode, made.st_gid, most)));
+    }
 }
 
 OutputFile::~OutputFile()
@@ -146,11 +171,11 @@ OutputFile::~OutputFile()
     close(descriptor_);
 }
 
-void OutputFile::make_temporary(const std::string& option, mode_t mode)
+void OutputFile::make_temporary(const std::string& option)
 {
     for (unsigned int attempt = 0;; ++attempt) {
         std::string name = fmt::format("{}/.bgp-rehearse-{}-{}", folder_, getpid(), attempt);
-        descriptor_ = uninterrupted([&] { return open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode); });
+        descriptor_ = uninterrupted([&] { return open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); });
         if (descriptor_ >= 0) {
             temporary_ = std::move(name);
             return;

@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 
 namespace bgp_rehearse {
@@ -18,11 +19,20 @@ std::string replaceable_file(const std::string& option, const std::string& name)
 void refuse_same_file(const std::string& option, const std::string& name, const std::string& what,
                       const std::string& other);
 
+// Who may read and write a file besides its owner.
+struct Readers {
+    mode_t mode = 0066;          // the bits of group and others
+    std::optional<gid_t> group;  // whom those of the group are for; none: any group
+};
+
+// Those of a file, whom what is made of it is for; nobody where that cannot be told.
+Readers readers_of(const std::string& file);
+
 class OutputFile {
 public:
-    // Makes the temporary file, empty, with the mode of the file that it will replace, else as the umask says. `target`
-    // comes from replaceable_file(). Throws CommandError (BadInput).
-    OutputFile(const std::string& option, std::string target);
+    // Makes the temporary file, empty, with the mode of the file that it will replace, else as the umask says; either way
+    // for nobody besides its owner and `most`. `target` comes from replaceable_file(). Throws CommandError (BadInput).
+    OutputFile(const std::string& option, std::string target, const Readers& most = {});
 
     // Removes the temporary file when it was not put in place.
     ~OutputFile();
@@ -37,7 +47,7 @@ public:
     void put_in_place();
 
 private:
-    void make_temporary(const std::string& option, mode_t mode);
+    void make_temporary(const std::string& option);
     void sync_folder() const;
 
     std::string target_;

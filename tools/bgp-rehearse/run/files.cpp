@@ -28,10 +28,11 @@ void refuse_same_target(const std::string& option, const std::string& target, co
     }
 }
 
-void open_file(const std::string& option, const std::string& target, std::optional<OutputFile>* file)
+void open_file(const std::string& option, const std::string& target, const Readers& readers,
+               std::optional<OutputFile>* file)
 {
     if (!target.empty()) {
-        file->emplace(option, target);
+        file->emplace(option, target, readers);
     }
 }
 
@@ -46,6 +47,7 @@ RunTargets check_targets(const RunOptions& options, const std::string& library)
         return check_target(option, name, options.configuration, library);
     };
     RunTargets targets;
+    targets.readers = options.configuration == "-" ? Readers{0, std::nullopt} : readers_of(options.configuration);
     targets.output = target("-o", options.output);
     targets.log = target("--log", options.log_in_file() ? options.log : std::string());
     targets.json = target("--json", options.json_in_file() ? options.json : std::string());
@@ -57,9 +59,9 @@ RunTargets check_targets(const RunOptions& options, const std::string& library)
 
 RunFiles::RunFiles(const RunTargets& targets)
 {
-    open_file("-o", targets.output, &output);
-    open_file("--log", targets.log, &log);
-    open_file("--json", targets.json, &json);
+    open_file("-o", targets.output, targets.readers, &output);
+    open_file("--log", targets.log, targets.readers, &log);
+    open_file("--json", targets.json, targets.readers, &json);
 }
 
 void put_in_place(std::optional<OutputFile>& file)

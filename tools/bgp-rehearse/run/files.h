@@ -14,6 +14,7 @@ struct RunTargets {
     std::string output;
     std::string log;
     std::string json;
+    Readers readers;  // whom the configuration is for
 };
 
 // Throws CommandError where one cannot be replaced, or would replace what is read or another one.
