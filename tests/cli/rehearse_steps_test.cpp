@@ -37,7 +37,7 @@ protected:
     static json report_of(std::vector<std::string> arguments, int status = 0)
     {
         arguments.insert(arguments.begin(), "run");
-        arguments.emplace_back("--json");
+        arguments.insert(arguments.end(), {"--json", "--fail-on", "never"});
         const CommandResult result = rehearse(arguments);
         EXPECT_EQ(result.status, status) << result.err;
         return json::parse(result.out);
