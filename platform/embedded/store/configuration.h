@@ -133,6 +133,7 @@ private:
 
         Notes() = default;
         Notes(const Notes& /*other*/) noexcept {}
+        // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned
         Notes& operator=(const Notes& /*other*/) noexcept { return *this; }
         ~Notes() = default;
     };

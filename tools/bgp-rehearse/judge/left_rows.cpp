@@ -131,7 +131,7 @@ private:
 
     static std::string words(const Row& row, const Row* there, bool same)
     {
-        const std::string left = words_of_row({}, row);
+        std::string left = words_of_row({}, row);
         if (there == nullptr) {
             return left;
         }
