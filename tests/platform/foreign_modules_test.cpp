@@ -134,7 +134,7 @@ TEST(ForeignModules, Namespaces_MeanTheSame)
              "<a xmlns=\"urn:a?x&amp;y=&lt;&quot;&#10;\" xmlns:q='urn:\"'><q:b/></a>",
          }) {
         expect_carried("<config xmlns=\"" + tail + "\" xmlns:o=\"urn:outer\">" + content + "</config>");
-        expect_carried("<o:config xmlns:o=\"" + tail + "\">" + content + "</o:config>");
+        expect_carried("<w:config xmlns:w=\"" + tail + "\" xmlns:o=\"urn:outer\">" + content + "</w:config>");
         expect_carried(
             "<rpc-reply xmlns:o=\"urn:outer\" xmlns:unused=\"urn:unused\" message-id=\"1\" "
             "xmlns=\"urn:ietf:params:xml:ns:netconf:base:1.0\"><data xmlns:o=\"urn:nearer\">" +
