@@ -1,6 +1,10 @@
 #include "judge/words.h"
 
+#include <arpa/inet.h>
 #include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
 
 #include "calls/recorder.h"
 #include "store/changes.h"
@@ -13,9 +17,283 @@ using bgp_platform::schema::Value;
 using bgp_platform::store::Row;
 using bgp_platform::store::Trail;
 
-Noun noun_of(const Node& /*list*/)
+namespace {
+
+// The rows of a list. In `row` stands $N for the key N in words, $addressN for octets that a text holds, $familyN for the
+// address family of the keys N and N + 1, $peer for the neighbour of the keys from the second one on, and $around for the
+// key of the row around.
+struct ListWords {
+    std::string_view list;
+    Noun noun;
+    std::string_view row;
+};
+
+constexpr ListWords kLists[] = {
+    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", {"router entity", "router entities"}, "router entity $0"},
+    {"/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry", {"router family", "router families"}, "router $family1"},
+    {"/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry", {"join", "joins"}, "join $1"},
+    {"/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry", {"network manager", "network managers"}, "network manager $0"},
+    {"/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry",
+     {"listen row", "listen rows"},
+     "listen row $1 of network manager $0"},
+    {"/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry", {"neighbour", "neighbours"}, "neighbour $peer"},
+    {"/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry",
+     {"neighbour family", "neighbour families"},
+     "neighbour $peer $family8"},
+    {"/DC-BGP-MIB/bgpPeerStatusTable/bgpPeerStatusEntry",
+     {"neighbour status row", "neighbour status rows"},
+     "status of neighbour $peer"},
+    {"/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry", {"route map row", "route map rows"}, "map $1 entry $2"},
+    {"/DC-BGP-MIB/bgpConfigTable/bgpConfigEntry",
+     {"configuration record", "configuration records"},
+     "configuration record $1"},
+    {"/DC-RTM-MIB/rtmEntityTable/rtmEntityEntry", {"routing table", "routing tables"}, "routing table $0"},
+    {"/DC-RTM-MIB/rtmMjTable/rtmMjEntry",
+     {"routing table join", "routing table joins"},
+     "join of routing table $0 with $2 $1"},
+    {"/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry",
+     {"redistribution rule", "redistribution rules"},
+     "redistribution rule $1 of routing table $0"},
+    {"/redist-protocol",
+     {"redistributed protocol", "redistributed protocols"},
+     "protocol of redistribution rule $1 of routing table $0"},
+    {"/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry",
+     {"access list rule", "access list rules"},
+     "access list $0 rule $1"},
+    {"/DC-OSPF-MIB/ospfPmEntTable/ospfPmEntEntry", {"OSPF entity", "OSPF entities"}, "OSPF entity $0"},
+    {"/MPLS-VPN-MIB/mplsVpnEntTable/mplsVpnEntEntry", {"MPLS VPN entity", "MPLS VPN entities"}, "MPLS VPN entity $0"},
+    {"/router/bgp", {"router", "routers"}, "router of AS $0"},
+    {"/router/bgp/vrf", {"VRF", "VRFs"}, "VRF $0"},
+    {"/router/bgp/vrf/address-family", {"VRF family", "VRF families"}, "VRF $around $family0"},
+    {"/router/bgp/vrf/neighbor", {"VRF neighbour", "VRF neighbours"}, "VRF $around neighbour $0"},
+    {"/prefix-list", {"prefix list", "prefix lists"}, "prefix list $0"},
+    {"/prefix-list/seq", {"prefix list sequence", "prefix list sequences"}, "prefix list $around sequence $0"},
+    {"/prefix-list-internal/name-to-idx", {"prefix list index", "prefix list indexes"}, "index of prefix list $0"},
+    {"/prefix-list-internal/idx-to-name", {"prefix list name", "prefix list names"}, "name of prefix list $0"},
+    {"/bgp-internal/bgp-vrf", {"VRF's index map", "VRFs' index maps"}, "index map of VRF $0"},
+    {"/bgp-internal/bgp-vrf/bgp-free-index", {"free instance number", "free instance numbers"}, "free number $0"},
+    {"/bgp-internal/bgp-vrf/as-to-bgp-idx",
+     {"AS's instance number", "ASs' instance numbers"},
+     "instance number of AS $0 in VRF $around"},
+    {"/bgp-internal/bgp-vrf/idx-to-bgp-as",
+     {"instance's AS number", "instances' AS numbers"},
+     "AS number of instance $0 in VRF $around"},
+    {"/internal/vrf-config/stringTOindex", {"VRF index", "VRF indexes"}, "index of VRF $0"},
+    {"/internal/vrf-config/indexTOstring", {"VRF name", "VRF names"}, "name of VRF $0"},
+    {"/internal/vrf-config/route-map/vrf", {"VRF's route map names", "VRFs' route map names"}, "map names of VRF $0"},
+    {"/internal/vrf-config/route-map/vrf/stringTOindex",
+     {"route map name", "route map names"},
+     "route map $0 of VRF $around"},
+    {"/internal/vrf-config/route-policy/vrf",
+     {"VRF's route policy names", "VRFs' route policy names"},
+     "policy names of VRF $0"},
+    {"/internal/vrf-config/route-policy/vrf/stringTOindex",
+     {"route policy name", "route policy names"},
+     "route policy $0 of VRF $around"},
+    {"/internal/rtmRedistEntry-hidden/rtmRedistEntry-set",
+     {"internal announced network", "internal announced networks"},
+     "internal row of network $address2/$3 of routing table $1"},
+    {"/internal/rtmRedistEntry-hidden/rtmRedistEntry-get",
+     {"internal redistribution row", "internal redistribution rows"},
+     "internal row of redistribution rule $2 of routing table $1"},
+    {"/internal/bgpRouteMapEntry-hidden/bgpRouteMapEntry",
+     {"internal route map row", "internal route map rows"},
+     "internal row of map $1 entry $2"},
+    {"/internal/bgpRouteMapEntry-hidden/bgpRouteMapEntry-get",
+     {"internal route map row", "internal route map rows"},
+     "internal row of map $1 entry $2"},
+    {"/internal/bgpRouteMapEntry-hidden/bgpRouteMapEntry-set",
+     {"internal route map row", "internal route map rows"},
+     "internal row of map $1 entry $2"},
+    {"/internal/bgpConfigEntry-hidden/bgpConfigEntry",
+     {"internal configuration row", "internal configuration rows"},
+     "internal row of configuration record $1"},
+    {"/internal/bgpConfigEntry-hidden/bgpConfigEntry-get",
+     {"internal configuration row", "internal configuration rows"},
+     "internal row of configuration record $1"},
+    {"/internal/bgpConfigEntry-hidden/bgpConfigEntry-set",
+     {"internal configuration row", "internal configuration rows"},
+     "internal row of configuration record $1"},
+    {"/internal/bgpPeerEntry-global",
+     {"internal neighbour row", "internal neighbour rows"},
+     "internal row of neighbour $1"},
+    {"/internal/bgpPeerEntry-prefix-list-hidden",
+     {"internal neighbour prefix list row", "internal neighbour prefix list rows"},
+     "internal row of neighbour $1's prefix list"},
+    {"/internal/match-ip-list-hidden",
+     {"internal matched list row", "internal matched list rows"},
+     "internal row of matched list $1"},
+    {"/internal/neighbor-valid-hidden",
+     {"internal neighbour check row", "internal neighbour check rows"},
+     "internal check of neighbour $1"},
+    {"/internal/route-policy-valid-hidden",
+     {"internal route policy check row", "internal route policy check rows"},
+     "internal check of route policy $1"},
+    {"/internal/router-afi-safi-hidden",
+     {"internal router family row", "internal router family rows"},
+     "internal row of router $family1"},
+    {"/internal/neighbor-afi-safi-hidden",
+     {"internal neighbour family row", "internal neighbour family rows"},
+     "internal row of neighbour $1 $family2"},
+    {"/internal/aallPreAccessListEntry-hidden/aallPreAccessListEntry-get",
+     {"internal access list name", "internal access list names"},
+     "internal name of access list $1"},
+    {"/internal/ospf-proc-id-to-index",
+     {"OSPF process index", "OSPF process indexes"},
+     "index of OSPF process $0 in VRF $1"},
+};
+
+// Names of enumerations that stand for something else than their text says.
+constexpr std::pair<std::string_view, std::string_view> kNames[] = {
+    {"ipv4", "IPv4"},
+    {"ipv6", "IPv6"},
+    {"l2vpn", "L2VPN"},
+    {"labeled", "labelled unicast"},
+    {"mplsBgpVpn", "VPN"},
+    {"vpls", "VPLS"},
+    {"evpn", "EVPN"},
+    {"ariPrtnrBgp", "router entity"},
+    {"ariPrtnrRtm", "routing table"},
+};
+
+// Whether a node has that path. From its end, and without a text of the node's path: a report asks for every row.
+bool has_path(const Node* node, std::string_view path)
 {
-    return {"row", "rows"};
+    while (node != nullptr) {
+        const std::string& name = node->name;
+        if (path.size() <= name.size() || path.substr(path.size() - name.size()) != name ||
+            path[path.size() - name.size() - 1] != '/') {
+            return false;
+        }
+        path.remove_suffix(name.size() + 1);
+        node = node->parent;
+    }
+    return path.empty();
+}
+
+const ListWords* find_words(const Node& list)
+{
+    const auto* const found = std::find_if(std::begin(kLists), std::end(kLists),
+                                           [&list](const ListWords& words) { return has_path(&list, words.list); });
+    return found == std::end(kLists) ? nullptr : found;
+}
+
+// The octets of "0a:00:00:01"; none where the text is no such list.
+std::string octets_of(std::string_view text)
+{
+    constexpr std::size_t kWidth = 3;
+    constexpr int kHex = 16;
+    std::string octets;
+    if (text.size() % kWidth != 2) {
+        return {};
+    }
+    for (std::size_t at = 0; at < text.size(); at += kWidth) {
+        const std::string octet(text.substr(at, 2));
+        const bool separated = at + 2 == text.size() || text[at + 2] == ':';
+        if (!separated || octet.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
+            return {};
+        }
+        octets += static_cast<char>(std::stoi(octet, nullptr, kHex));
+    }
+    return octets;
+}
+
+bool is_address(std::string_view octets)
+{
+    return octets.size() == sizeof(in_addr) || octets.size() == sizeof(in6_addr);
+}
+
+// A text with what are octets of an address in it as addresses: that of a neighbour's hidden keys.
+std::string with_addresses(std::string_view text)
+{
+    std::string words;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(' '), text.size());
+        const std::string octets = octets_of(text.substr(0, end));
+        words += is_address(octets) ? address_words(octets) : std::string(text.substr(0, end));
+        words.append(end < text.size() ? " " : "");
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return words;
+}
+
+std::string value_text(const Node& leaf, const Value& value)
+{
+    return value.is_octets() && is_address(value.bytes()) ? address_words(value.bytes()) : leaf.type->text(value);
+}
+
+std::string key_word(const Row& row, uint16_t key)
+{
+    const std::string text = value_text(*row.record().values[key], row.value(key));
+    if (row.value(key).kind() == Value::Kind::Enum) {
+        const auto* const found = std::find_if(std::begin(kNames), std::end(kNames),
+                                               [&text](const auto& name) { return name.first == text; });
+        return found == std::end(kNames) ? text : std::string(found->second);
+    }
+    return text.empty() ? "\"\"" : text;
+}
+
+bool is_zero(std::string_view octets)
+{
+    return octets.find_first_not_of('\0') == std::string_view::npos;
+}
+
+std::string with_port(std::string address, const Value& port)
+{
+    return port.as_uint() == 0 ? address : fmt::format("{} port {}", address, port.as_uint());
+}
+
+// "192.0.2.2", "192.0.2.2 port 1790 from 10.0.0.1", "fe80::1%3": what is not told is any.
+std::string peer_words(const Row& row)
+{
+    enum Key : uint16_t { LocalAddress = 2, LocalPort = 3, RemoteAddress = 5, RemotePort = 6, Scope = 7 };
+    std::string words = key_word(row, RemoteAddress);
+    if (row.value(Scope).as_uint() != 0) {
+        words += fmt::format("%{}", row.value(Scope).as_uint());
+    }
+    words = with_port(words, row.value(RemotePort));
+    const Value& local = row.value(LocalAddress);
+    if (local.is_octets() && !is_zero(local.bytes())) {
+        words += " from " + with_port(key_word(row, LocalAddress), row.value(LocalPort));
+    } else if (row.value(LocalPort).as_uint() != 0) {
+        words = with_port(words + " from", row.value(LocalPort));
+    }
+    return words;
+}
+
+// The words of a placeholder, "peer" or "family8".
+std::string placeholder_words(std::string_view name, const Trail& around, const Row& row)
+{
+    if (name == "peer") {
+        return peer_words(row);
+    }
+    if (name == "around") {
+        return around.empty() ? std::string() : key_word(*around.back(), 0);
+    }
+    const auto key = static_cast<uint16_t>(name.back() - '0');
+    if (name.size() == 1) {
+        return key_word(row, key);
+    }
+    if (name.front() == 'a') {
+        const std::string words = key_word(row, key);
+        const std::string octets = octets_of(words);
+        return is_address(octets) ? address_words(octets) : words;
+    }
+    return key_word(row, key) + " " + key_word(row, static_cast<uint16_t>(key + 1));
+}
+
+// A list that has no words of its own: its name and the key.
+std::string plain_words(const Row& row)
+{
+    return row.record().owner->name + " " + words_of_key(row);
+}
+
+}  // namespace
+
+Noun noun_of(const Node& list)
+{
+    const ListWords* const words = find_words(list);
+    return words == nullptr ? Noun{"row", "rows"} : words->noun;
 }
 
 std::string grouped(std::size_t number)
@@ -34,7 +312,29 @@ std::string counted(std::size_t number, const Noun& noun)
 
 std::string words_of_row(const Trail& around, const Row& row)
 {
-    return bgp_platform::store::keypath(around, &row);
+    if (row.record().owner == nullptr) {
+        return {};
+    }
+    const ListWords* const words = find_words(*row.record().owner);
+    if (words == nullptr) {
+        return plain_words(row);
+    }
+    constexpr std::string_view kOfPlaceholders = "abcdefghijklmnopqrstuvwxyz";
+    constexpr std::string_view kDigits = "0123456789";
+    std::string text;
+    for (std::string_view rest = words->row; !rest.empty();) {
+        const std::size_t placeholder = std::min(rest.find('$'), rest.size());
+        text += rest.substr(0, placeholder);
+        rest.remove_prefix(placeholder);
+        if (!rest.empty()) {
+            rest.remove_prefix(1);
+            std::size_t end = std::min(rest.find_first_not_of(kOfPlaceholders), rest.size());
+            end += end < rest.size() && kDigits.find(rest[end]) != std::string_view::npos ? 1 : 0;
+            text += placeholder_words(rest.substr(0, end), around, row);
+            rest.remove_prefix(end);
+        }
+    }
+    return text;
 }
 
 std::string words_of_value(const Node& leaf, const Value* value)
@@ -45,7 +345,41 @@ std::string words_of_value(const Node& leaf, const Value* value)
     if (is_secret(leaf)) {
         return bgp_platform::capi::kMasked;
     }
-    return leaf.kind == NodeKind::Presence ? "(present)" : leaf.type->text(*value);
+    if (value->kind() == Value::Kind::Present) {
+        return "(present)";
+    }
+    const std::string text = value_text(leaf, *value);
+    if (text.empty()) {
+        return "(empty)";
+    }
+    return leaf.name == "keys" ? with_addresses(text) : text;
+}
+
+std::string words_of_key(const Row& row)
+{
+    std::string text;
+    for (uint16_t key = 0; key < row.record().keys; ++key) {
+        const Node& leaf = *row.record().values[key];
+        const Value& value = row.value(key);
+        text.append(key == 0 ? "" : " ");
+        if (value.is_octets() && is_address(value.bytes())) {
+            text += address_words(value.bytes());
+        } else {
+            bgp_platform::store::append_key(*leaf.type, value, &text);
+        }
+    }
+    return text;
+}
+
+std::string address_words(std::string_view octets)
+{
+    char text[INET6_ADDRSTRLEN] = {};
+    if (is_address(octets)) {
+        inet_ntop(octets.size() == sizeof(in_addr) ? AF_INET : AF_INET6, octets.data(), text, sizeof text);
+        return text;
+    }
+    return fmt::format("{:02x}", fmt::join(reinterpret_cast<const unsigned char*>(octets.data()),
+                                           reinterpret_cast<const unsigned char*>(octets.data()) + octets.size(), ":"));
 }
 
 }  // namespace bgp_rehearse

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "device.h"
 
@@ -25,5 +26,11 @@ std::string words_of_row(const bgp_platform::store::Trail& around, const bgp_pla
 
 // A value as a report shows it: octets of an address in dotted or colon form, a secret one masked, "(not set)" for none.
 std::string words_of_value(const bgp_platform::schema::Node& leaf, const bgp_platform::schema::Value* value);
+
+// A row's key values as they stand in a keypath but for the addresses: "5 ipv4 0.0.0.0 0 ipv4 192.0.2.2 0 0".
+std::string words_of_key(const bgp_platform::store::Row& row);
+
+// Four or sixteen octets as an address; what else there is as "0a:00:ff".
+std::string address_words(std::string_view octets);
 
 }  // namespace bgp_rehearse
