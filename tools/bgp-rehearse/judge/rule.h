@@ -21,9 +21,10 @@ public:
 };
 
 // The rules, one for each source of that name. The evidence outlives them.
-std::unique_ptr<Rule> failures_rule(const Evidence& evidence);   // failed writes
-std::unique_ptr<Rule> left_rows_rule(const Evidence& evidence);  // rows that stayed under their old index
-std::unique_ptr<Rule> outcome_rule(const Evidence& evidence);    // steps that gave up, and what update() came to
-std::unique_ptr<Rule> removed_rows_rule();                       // rows that are gone
+std::unique_ptr<Rule> failures_rule(const Evidence& evidence);    // failed writes
+std::unique_ptr<Rule> left_rows_rule(const Evidence& evidence);   // rows that stayed under their old index
+std::unique_ptr<Rule> outcome_rule(const Evidence& evidence);     // steps that gave up, and what update() came to
+std::unique_ptr<Rule> references_rule(const Evidence& evidence);  // references that lead nowhere
+std::unique_ptr<Rule> removed_rows_rule();                        // rows that are gone
 
 }  // namespace bgp_rehearse

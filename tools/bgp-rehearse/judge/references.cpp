@@ -1,0 +1,421 @@
+// References that lead nowhere in the result: those that led to a row before, those that did not either, and those of new
+// rows. And rows that had nothing to belong to, and do after their move.
+#include "judge/references.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <deque>
+#include <iterator>
+#include <map>
+#include <stdexcept>
+#include <unordered_set>
+
+#include "judge/path_template.h"
+#include "judge/rule.h"
+#include "judge/words.h"
+#include "store/changes.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_platform::Datastore;
+using bgp_platform::capi::Function;
+using bgp_platform::schema::Node;
+using bgp_platform::schema::NodeKind;
+using bgp_platform::schema::Schema;
+using bgp_platform::schema::Value;
+using bgp_platform::store::Configuration;
+using bgp_platform::store::History;
+using bgp_platform::store::List;
+using bgp_platform::store::Row;
+using bgp_platform::store::Trail;
+
+constexpr std::size_t kShownTargets = 3;
+
+// A reference as the schema has it.
+class Compiled {
+public:
+    Compiled(const Schema& schema, const Reference& reference)
+        : said(reference), list(known_list(schema, reference.from)), leaf(known_leaf(*list, reference.leaf))
+    {
+        for (const char* const to : reference.to) {
+            if (to != nullptr) {
+                targets.emplace_back(schema, to, list, leaf);
+            }
+        }
+        take_condition(reference.where);
+        const std::string_view which = reference.which;
+        const std::size_t name = which.find('$');
+        which_.emplace(which.substr(name), list, leaf, *list->entry->values.front());
+        before_which_ = which.substr(0, name);
+    }
+
+    // Whether the row's key refers, or a part of it.
+    bool by_key() const noexcept { return leaf == nullptr || leaf->key; }
+
+    bool refers(const Row& row) const
+    {
+        if (condition_ != nullptr) {
+            const Value& value = row.value(condition_->slot);
+            if (std::find(allowed_.begin(), allowed_.end(), value) == allowed_.end()) {
+                return false;
+            }
+        }
+        const Value* const value = leaf == nullptr ? nullptr : value_in(row, *leaf);
+        switch (said.none) {
+            case None::Never:
+                break;
+            case None::Unset:
+                return value != nullptr;
+            case None::Zero:
+                return value != nullptr && *value != zero_ && *value != signed_zero_;
+            case None::Empty:
+                return value != nullptr && !value->bytes().empty();
+        }
+        return true;
+    }
+
+    // "map 3"
+    std::string which(const RowPlace& place) const
+    {
+        const Value& value = which_->source(place);
+        return before_which_ + words_of_value(*which_->leaf(), value.absent() ? nullptr : &value);
+    }
+
+    const Reference& said;
+    const Node* list;
+    const Node* leaf;  // null: the key refers
+    std::vector<PathTemplate> targets;
+
+private:
+    static const Node* known_list(const Schema& schema, std::string_view path)
+    {
+        const Node* const node = find_node(schema, path);
+        if (node == nullptr || node->kind != NodeKind::List) {
+            throw std::invalid_argument(fmt::format("there is no list {}", path));
+        }
+        return node;
+    }
+
+    static const Node* known_leaf(const Node& list, std::string_view name)
+    {
+        const Node* const node = name.empty() ? nullptr : list.child(name);
+        if (node == nullptr && !name.empty()) {
+            throw std::invalid_argument(fmt::format("{} has no leaf {}", list.name, name));
+        }
+        return node;
+    }
+
+    // "leaf=value|value"
+    void take_condition(std::string_view where)
+    {
+        if (where.empty()) {
+            return;
+        }
+        condition_ = known_leaf(*list, where.substr(0, where.find('=')));
+        while (!where.empty()) {
+            where.remove_prefix(std::min(where.find_first_of("=|"), where.size() - 1) + 1);
+            const std::string_view value = where.substr(0, where.find('|'));
+            if (!condition_->type->parse(value, &allowed_.emplace_back())) {
+                throw std::invalid_argument(fmt::format("{} is never {}", condition_->name, value));
+            }
+            where.remove_prefix(value.size());
+        }
+    }
+
+    const Node* condition_ = nullptr;
+    std::vector<Value> allowed_;
+    std::optional<Operand> which_;
+    std::string before_which_;
+    Value zero_ = Value::of_uint(0);
+    Value signed_zero_ = Value::of_int(0);
+};
+
+// What is told of a reference. The first three lead nowhere in the result.
+enum class State {
+    Lost,    // it led to a row before
+    New,     // of a new row, or of a leaf that had none
+    Before,  // it led nowhere before either
+    Healed,  // it leads to a row, and led nowhere before the row moved
+};
+constexpr std::size_t kStates = 4;
+
+// The findings of one reference.
+class Told {
+public:
+    Told(const Compiled& reference, const History* history) : reference_(reference), history_(history) {}
+
+    // `to` says whose target is named, of the result or stored.
+    // Each other target has another number than the one before it.
+    void add(State state, const Row* before, const Row& after, const Trail& around, const RowPlace& to,
+             std::size_t target)
+    {
+        Finding& finding = findings_[static_cast<std::size_t>(state)];
+        Named& targets = named_[static_cast<std::size_t>(state)];
+        Place place;
+        place.before = before;
+        place.after = &after;
+        if (!around.empty()) {
+            if (finding.around.back() != around) {
+                finding.around.push_back(around);
+            }
+            place.around = static_cast<uint32_t>(finding.around.size() - 1);
+        }
+        finding.places.push_back(place);
+        if (target != targets.last) {
+            targets.last = target;
+            targets.add(reference_.which(to));
+        }
+        const char* const step = step_of_writer(history_ == nullptr ? 0 : history_->writer_of(after));
+        if (finding.places.size() == 1) {
+            finding.step = step;
+        } else if (finding.step != step) {
+            finding.step.clear();
+        }
+    }
+
+    void find(std::vector<Finding>* findings)
+    {
+        for (std::size_t i = 0; i < kStates; ++i) {
+            Finding& finding = findings_[i];
+            if (!finding.places.empty()) {
+                const auto state = static_cast<State>(i);
+                finding.id = FindingId::ReferenceBroken;
+                finding.severity = severity_of(state);
+                finding.count = finding.places.size();
+                finding.sentence = sentence(state, finding.count) + named_[i].text();
+                findings->push_back(std::move(finding));
+            }
+        }
+    }
+
+private:
+    struct Named {
+        std::vector<std::string> first;
+        bool more = false;
+        std::size_t last = 0;
+
+        void add(std::string target)
+        {
+            if (std::find(first.begin(), first.end(), target) == first.end()) {
+                more = more || first.size() == kShownTargets;
+                if (!more) {
+                    first.push_back(std::move(target));
+                }
+            }
+        }
+        std::string text() const { return fmt::format(": {}{}", fmt::join(first, ", "), more ? " and others" : ""); }
+    };
+
+    static Severity severity_of(State state) noexcept
+    {
+        return state == State::Lost ? Severity::Stop : state == State::New ? Severity::Review : Severity::Note;
+    }
+
+    std::string sentence(State state, std::size_t count) const
+    {
+        const bool one = count == 1;
+        const Noun noun = noun_of(*reference_.list);
+        if (state == State::Healed) {
+            return fmt::format("{} had no {} before and {} one by the move", counted(count, noun), reference_.said.what,
+                               one ? "gets" : "get");
+        }
+        const std::string who = state == State::New
+                                    ? fmt::format("{} new {}", grouped(count), one ? noun.one : noun.many)
+                                    : counted(count, noun);
+        const char* const gone = state == State::Lost     ? "is not there now"
+                                 : state == State::Before ? "was not there before either"
+                                                          : "is not there";
+        return fmt::format("{} {} {} {} that {}", who, one ? reference_.said.verb.one : reference_.said.verb.many,
+                           article(reference_.said.what), reference_.said.what, gone);
+    }
+
+    static const char* article(std::string_view noun) { return noun.find_first_of("AEIOUaeiou") == 0 ? "an" : "a"; }
+
+    const Compiled& reference_;
+    const History* history_;
+    std::array<Finding, kStates> findings_;
+    std::array<Named, kStates> named_;
+};
+
+// Looks one reference up in a configuration.
+class Targets {
+public:
+    Targets(const Compiled& reference, const Configuration& configuration)
+    {
+        for (const PathTemplate& target : reference.targets) {
+            lookups_.emplace_back(target, configuration);
+        }
+    }
+
+    bool holds(const RowPlace& place)
+    {
+        const bool found = std::any_of(lookups_.begin(), lookups_.end(),
+                                       [&place](Lookup& lookup) { return lookup.row(place) != nullptr; });
+        number_ += lookups_.front().fresh() ? 1 : 0;
+        return found;
+    }
+
+    // Of the target looked up last, another one than that of the target before it.
+    std::size_t number() const noexcept { return number_; }
+
+private:
+    std::vector<Lookup> lookups_;
+    std::size_t number_ = 0;
+};
+
+struct Check {
+    Check(const Compiled& the_reference, const Evidence& evidence)
+        : reference(the_reference),
+          told(the_reference, evidence.device.history()),
+          after(the_reference, evidence.device.configuration(Datastore::Transaction)),
+          before(the_reference, evidence.device.configuration(Datastore::Stored))
+    {
+    }
+
+    const Compiled& reference;
+    Told told;
+    Targets after;
+    Targets before;
+};
+
+class References : public Rule {
+public:
+    explicit References(const Evidence& evidence) : evidence_(evidence), history_(evidence.device.history())
+    {
+        for (const Reference& reference : kReferences) {
+            compiled_.emplace_back(evidence.device.schema(), reference);
+            Check& check = checks_.emplace_back(compiled_.back(), evidence);
+            of_list_[compiled_.back().list].push_back(&check);
+        }
+        evidence.failed_calls.for_each([this](const FailedCalls::Call& call) {
+            if (call.function == Function::maapi_move) {
+                left_.insert(call.path);
+            }
+        });
+    }
+
+    void row(const RowChange& change) override
+    {
+        if (change.fate != Fate::Moved && change.fate != Fate::MovedAndChanged) {
+            return;
+        }
+        const auto checks = of_list_.find(&change.list());
+        if (checks == of_list_.end()) {
+            return;
+        }
+        // The rows around are those of the result: a row that moves and refers by its key stands in none.
+        const RowPlace before{*change.around, *change.before};
+        const RowPlace after{*change.around, *change.after};
+        for (Check* check : checks->second) {
+            if (check->reference.by_key() && check->reference.refers(*change.before) && !check->before.holds(before) &&
+                check->after.holds(after)) {
+                check->told.add(State::Healed, change.before, *change.after, *change.around, before,
+                                check->before.number());
+            }
+        }
+    }
+
+    void find(std::vector<Finding>* findings) override
+    {
+        for (auto& [list, checks] : of_list_) {
+            std::vector<const Node*> way = {list};
+            for (const Node* around = list->parent; around != nullptr; around = around->parent) {
+                if (around->kind == NodeKind::List) {
+                    way.insert(way.begin(), around);
+                }
+            }
+            Sides sides;
+            walk(way, 0, evidence_.device.configuration(Datastore::Transaction).root(),
+                 &evidence_.device.configuration(Datastore::Stored).root(), checks, sides);
+        }
+        for (Check& check : checks_) {
+            check.told.find(findings);
+        }
+    }
+
+private:
+    struct Sides {
+        Trail result;
+        Trail stored;  // as long; null for what is new
+    };
+
+    const Row* stored_entry(const Row& row, const List* stored) const
+    {
+        if (history_ != nullptr) {
+            return history_->stored_entry(row, stored);
+        }
+        return stored == nullptr ? nullptr : stored->find(row.keys(), row.record().keys);
+    }
+
+    // The rows of the list at the end of the way, below a row of the result and the stored one that it came from.
+    void walk(const std::vector<const Node*>& way, std::size_t depth, const Row& below, const Row* stored_below,
+              const std::vector<Check*>& checks, Sides& sides)
+    {
+        const uint16_t slot = way[depth]->slot;
+        const List* const stored = stored_below == nullptr ? nullptr : &stored_below->list(slot);
+        below.list(slot).for_each([&](const Row& row) {
+            if (depth + 1 == way.size()) {
+                for (Check* check : checks) {
+                    look_at(*check, row, stored, sides);
+                }
+                return;
+            }
+            const Row* const before = stored_entry(row, stored);
+            sides.result.push_back(&row);
+            sides.stored.push_back(before);
+            walk(way, depth + 1, row, before, checks, sides);
+            sides.result.pop_back();
+            sides.stored.pop_back();
+        });
+    }
+
+    void look_at(Check& check, const Row& row, const List* stored, const Sides& sides)
+    {
+        const RowPlace place{sides.result, row};
+        if (!check.reference.refers(row) || check.after.holds(place)) {
+            return;
+        }
+        const Row* const before = stored_entry(row, stored);
+        State state = State::New;
+        if (before != nullptr && check.reference.refers(*before)) {
+            state = check.before.holds({sides.stored, *before}) ? State::Lost : State::Before;
+            if (check.reference.by_key() && was_left(place)) {
+                return;
+            }
+        }
+        check.told.add(state, before, row, sides.result, place, check.after.number());
+    }
+
+    // Whether the row was to be moved and was not: what its key says is told as that.
+    bool was_left(const RowPlace& place) const
+    {
+        return !left_.empty() && left_.count(bgp_platform::store::keypath(place.around, &place.row)) > 0;
+    }
+
+    const Evidence& evidence_;
+    const History* history_;
+    std::deque<Compiled> compiled_;
+    std::deque<Check> checks_;
+    std::map<const Node*, std::vector<Check*>> of_list_;
+    std::unordered_set<std::string_view> left_;  // the rows that could not be moved, by their paths
+};
+
+}  // namespace
+
+void check_references(const Schema& schema)
+{
+    for (const Reference& reference : kReferences) {
+        const Compiled fits(schema, reference);
+    }
+}
+
+std::unique_ptr<Rule> references_rule(const Evidence& evidence)
+{
+    return std::make_unique<References>(evidence);
+}
+
+}  // namespace bgp_rehearse
