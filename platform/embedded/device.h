@@ -123,6 +123,9 @@ public:
     capi::FaultPlan& fault_plan() noexcept { return state_.fault_plan; }
     const capi::CallCounts& calls() const noexcept { return state_.calls; }
 
+    // Notes each call there from now on, in memory that the caller shares with another process; null: no more.
+    void watch(capi::LastCalls* last_calls) noexcept { state_.last_calls = last_calls; }
+
     // Of the questions that the published pages leave open (calls/readings.h), those that calls depended on, by number.
     std::vector<capi::MetReading> readings() const;
 

@@ -19,6 +19,7 @@
 #include "calls/readings.h"
 #include "calls/recorder.h"
 #include "keypath/keypath.h"
+#include "keypath/last_calls.h"
 #include "store/configuration.h"
 #include "store/history.h"
 
@@ -97,7 +98,8 @@ struct DeviceState {
     capi::Recorder recorder;
     capi::FaultPlan fault_plan;
     capi::CallCounts calls;
-    capi::Readings readings;  // of the open questions, those that calls depended on
+    capi::LastCalls* last_calls = nullptr;  // where they are noted; null: nowhere
+    capi::Readings readings;                // of the open questions, those that calls depended on
     capi::KeypathCache keypaths;
     std::size_t cursors = 0;  // initialised and not destroyed
     int data_timeout = -1;    // seconds last set, -1 when never

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <utility>
@@ -53,6 +54,37 @@ TEST(Value, EveryKind_GivesBackWhatItWasMadeOf)
     char printed[INET6_ADDRSTRLEN];
     const in6_addr address = ipv6("2001:db8::1").as_ipv6();
     EXPECT_STREQ(inet_ntop(AF_INET6, &address, printed, sizeof printed), "2001:db8::1");
+}
+
+TEST(Value, FlatCopy_IsTheValueAgain)
+{
+    for (const Value& value :
+         {Value(), Value::present(), Value::of_int(-5), Value::of_uint(5), Value::of_enum(2), Value::of_bool(true),
+          Value::of_ipv4(ipv4("192.0.2.1")), ipv6("2001:db8::1"), Value::of_ipv4_prefix(ipv4("192.0.2.0"), 24),
+          Value::of_text("short"), Value::of_text(std::string(44, 'x')), Value::of_octets(std::string("\0\1", 2)),
+          Value::of_octets(std::string(30, '\xFF'))}) {
+        Value::Flat flat;
+        value.flatten(&flat);
+        EXPECT_EQ(Value::of_flat(flat), value);
+        EXPECT_FALSE(flat.cut());
+    }
+}
+
+TEST(Value, FlatCopyOfALongText_HasItsBeginning)
+{
+    Value::Flat flat;
+    Value::of_text(std::string(44, 'x') + "y").flatten(&flat);
+    EXPECT_EQ(Value::of_flat(flat), Value::of_text(std::string(44, 'x')));
+    EXPECT_TRUE(flat.cut());
+}
+
+TEST(Value, BytesThatAreNoValue_AreAbsent)
+{
+    Value::Flat flat;
+    std::memset(&flat, 0xD5, sizeof flat);
+    EXPECT_TRUE(Value::of_flat(flat).absent());
+    std::memset(&flat, 0xAA, sizeof flat);  // a long text of more bytes than there are
+    EXPECT_EQ(Value::of_flat(flat), Value::of_text(std::string(44, '\xAA')));
 }
 
 TEST(Value, EqualValues_HaveEqualHashes)

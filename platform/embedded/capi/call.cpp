@@ -73,6 +73,9 @@ bool Call::begin()
         return false;
     }
     endpoint_ = &found->second;
+    if (LastCalls* const last = device().last_calls) {
+        last->begin(function_);
+    }
     if (Registry::instance().several()) {
         meet(Reading::OneThreadOneDevice);
     }
@@ -129,8 +132,12 @@ bool Call::locate(const char* format, va_list arguments, store::Path* path)
     device().readings.meet_all(device().keypaths.met(), [this] { return place(); });
     if (error) {
         fail(error.code, error.detail);
+        if (LastCalls* const last = device().last_calls) {
+            last->go_to(this->path());
+        }
         return false;
     }
+    go_to(*path);
     if (endpoint_->kind == Endpoint::Kind::Maapi && picks_by_position(*path)) {
         fail(CONFD_ERR_BADPATH, "a position, which CDB alone takes");
         return false;
@@ -224,6 +231,9 @@ int Call::finish(int result) noexcept
         return result;
     }
     count(result);
+    if (LastCalls* const last = device().last_calls) {
+        last->end(result < 0);
+    }
     if (recorded()) {
         record(result);
     }

@@ -49,6 +49,14 @@ public:
     int fail(store::Result result);  // CONFD_OK for Result::Ok
     int fail_for_memory() noexcept;
 
+    // Notes where the call goes, for a parent of this process: a place, or an entry of a list by the key `below` it.
+    void go_to(const store::Path& path, const std::vector<schema::Value>& below = {}) noexcept
+    {
+        if (LastCalls* const last = device().last_calls) {
+            last->go_to(path, below);
+        }
+    }
+
     // Notes that the call depends on a reading of an open question.
     void meet(Reading reading) noexcept;
     void meet_missing_entry(store::Result set, const store::Path& path) noexcept;  // by a set

@@ -119,8 +119,11 @@ int cursor_call(Function function, maapi_cursor* cursor, Work&& work)
     if (position == nullptr) {
         return fail_call(name_of(function), CONFD_ERR_PROTOUSAGE, {}, "the cursor is not initialised");
     }
-    return run_call(function, {cursor->sock, cursor->thandle}, position->path,
-                    [&](Call& call) { return work(call, position); });
+    return run_call(function, {cursor->sock, cursor->thandle}, position->path, [&](Call& call) {
+        const int result = work(call, position);
+        call.go_to(position->list, position->keys);
+        return result;
+    });
 }
 
 }  // namespace

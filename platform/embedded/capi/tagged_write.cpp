@@ -73,6 +73,7 @@ private:
             return call_.fail(error.code, error.detail);
         }
         path->entries.push_back(std::move(selector));
+        call_.go_to(*path);
         return CONFD_OK;
     }
 

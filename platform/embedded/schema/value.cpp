@@ -1,6 +1,7 @@
 // The memory behind values, and their order.
 #include "schema/value.h"
 
+#include <algorithm>
 #include <functional>
 #include <limits>
 #include <new>
@@ -128,6 +129,35 @@ std::string_view Value::bytes() const noexcept
         return {reinterpret_cast<const char*>(block()->bytes()), block()->size};
     }
     return {reinterpret_cast<const char*>(bytes_), meta_ & 0x0FU};
+}
+
+void Value::flatten_block(Flat* flat) const noexcept
+{
+    const std::string_view all = bytes();
+    all.copy(flat->bytes, Flat::kMost);
+    flat->size = static_cast<uint8_t>(std::min(all.size(), Flat::kMost + 1));
+}
+
+Value Value::of_flat(const Flat& flat)
+{
+    Value value;
+    value.meta_ = flat.value[kInPlace];
+    const Kind kind = value.kind();
+    value.meta_ = 0;  // a block of another process is none here
+    const std::string_view block(flat.bytes, std::min<std::size_t>(flat.size, Flat::kMost));
+    if (kind == Kind::Ipv6) {
+        in6_addr address{};
+        block.copy(reinterpret_cast<char*>(&address), sizeof address);
+        return of_ipv6(address);
+    }
+    if (kind == Kind::LongText || kind == Kind::LongOctets) {
+        return kind == Kind::LongText ? of_text(block) : of_octets(block);
+    }
+    if (kind <= Kind::Octets) {
+        std::memcpy(value.bytes_, flat.value, kInPlace);
+        value.meta_ = flat.value[kInPlace];
+    }
+    return value;
 }
 
 std::size_t Value::hash() const noexcept

@@ -101,6 +101,26 @@ public:
     std::string_view bytes()
         const noexcept;  // of text and octets; valid while a copy of this value lives and stays put
 
+    // A copy as plain bytes, without a block, for memory that another process reads. Of longer text and octets it has the
+    // first.
+    struct Flat {
+        static constexpr std::size_t kMost = 44;
+        unsigned char value[16];  // as it lies in memory; of a block, only the kind counts
+        uint8_t size;             // of a block, kMost + 1 where it is longer
+        char bytes[kMost];        // of a block
+
+        bool cut() const noexcept { return has_block(static_cast<Kind>(value[kInPlace] >> 4)) && size > kMost; }
+    };
+    void flatten(Flat* flat) const noexcept
+    {
+        std::memcpy(flat->value, bytes_, kInPlace);
+        flat->value[kInPlace] = meta_;
+        if (has_block()) {
+            flatten_block(flat);
+        }
+    }
+    static Value of_flat(const Flat& flat);  // absent for bytes that are no value
+
     std::size_t hash() const noexcept;  // the same for equal values
 
     // The bytes of memory that the value's block takes, 0 for a value in place (shared blocks count for each holder).
@@ -152,16 +172,18 @@ private:
     static Value scalar(Kind kind, const T& content) noexcept;
     static Value of_bytes(Kind in_place, Kind long_kind, std::string_view bytes);
     Block* block() const noexcept { return load<Block*>(); }
-    bool has_block() const noexcept
+    static bool has_block(Kind kind) noexcept
     {
-        return kind() == Kind::LongText || kind() == Kind::LongOctets || kind() == Kind::Ipv6;
+        return kind == Kind::LongText || kind == Kind::LongOctets || kind == Kind::Ipv6;
     }
+    bool has_block() const noexcept { return has_block(kind()); }
     void release() noexcept
     {
         if (has_block()) {
             drop_block();
         }
     }
+    void flatten_block(Flat* flat) const noexcept;
     void share_block() const noexcept;
     void drop_block() noexcept;
 
