@@ -143,8 +143,8 @@ void print_steps(const bgp_rehearse::UpgradeSteps& steps)
     std::printf("\"steps\": {");
     const char* between = "";
     for (const bgp_rehearse::Step& step : steps.all()) {
-        if (step.runs > 0 && step.calls) {
-            std::printf("%s\"%s\": [%zu, %zu]", between, step.name, step.calls->reads, step.calls->writes);
+        if (step.runs > 0) {
+            std::printf("%s\"%s\": [%zu, %zu]", between, step.name, step.calls.reads, step.calls.writes);
             between = ", ";
         }
     }

@@ -111,5 +111,13 @@ TEST_F(Masking, RefusedConfiguration_DoesNotShowThePassword)
     }
 }
 
+TEST_F(Masking, UpgradeThatEndsAtAPassword_NamesItsPlaceAlone)
+{
+    const std::string end = "maapi_set_elem2(maapi, th, \"y-hush\", \"%s\", password(1).c_str()); _exit(1);";
+    EXPECT_THAT(run_body(end, {}).out,
+                HasSubstr("written   /DC-BGP-MIB/bgpPeerTable/bgpPeerEntry{1 unknown \"\" 0 ipv4 c0:00:02:02 0 0}/"
+                          "bgpPeerConfigPassword\n"));
+}
+
 }  // namespace
 }  // namespace bgp_test

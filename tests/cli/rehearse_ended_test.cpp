@@ -51,7 +51,10 @@ TEST_F(RehearseEnded, Fault_IsToldWithItsPlace)
     EXPECT_THAT(result.out, HasSubstr("did not return: fault\n"
                                       "            function  CreateThing\n"
                                       "            source    src/daemon/things:42\n"
-                                      "            text      No thing\n"));
+                                      "            text      No thing\n"
+                                      "            step      update\n"
+                                      "            calls     0 reads, 0 writes (0 failed)\n"
+                                      "            log       before\n"));
     EXPECT_THAT(result.out, Not(HasSubstr("Changes")));
     EXPECT_EQ(result.err,
               "bgp-rehearse: the upgrade ended in a fault in CreateThing (src/daemon/things:42): No thing; " +
@@ -138,6 +141,86 @@ TEST_F(RehearseEnded, ControlCharactersInAFault_AreEscaped)
 TEST_F(RehearseEnded, ProcessLeftBehind_DoesNotHoldUpTheReport)
 {
     EXPECT_EQ(ended("if (fork() == 0) { for (;;) pause(); } _exit(9);")["status"], 9);
+}
+
+// Reads and writes one row each, and then ends in some way, within update_vrf.
+constexpr char kWorking[] = R"(
+    confd_value_t value;
+    log("Starting BGP update\n");
+    cdb_get(cdb, &value, "/router/bgp{%u}/router-id", 65010u);
+    log("Update BGP VRF\n");
+    cdb_get(cdb, &value, "/prefix-list[%d]/seq{%u}/address", 0, 10u);
+    maapi_set_elem2(maapi, th, "fourOctet", "/router/bgp{%u}/as-size", 65010u);
+    maapi_set_elem2(maapi, th, "fourOctet", "/router/bgp{%u}/as-size", 65099u);
+    log("the last line");
+)";
+
+TEST_F(RehearseEnded, AnyWay_NamesTheRowsThatWereWorkedOnLast)
+{
+    const std::string library = fake_library(folder, std::string(kWorking) + R"(
+        switch (*getenv("END_BY")) {
+            case 'f': nzmw_gen_fault(1, "F", "src/f", 1, "odd"); exit(1);
+            case 'a': assert(1 + 1 == 3); return 0;
+            case 's': signal(SIGSEGV, SIG_DFL); raise(SIGSEGV); return 0;
+            case 'k': kill(getpid(), SIGKILL); return 0;
+            case 'e': _exit(0);
+            default: throw 5;
+        })");
+    for (const char* end : {"fault", "assertion", "signal", "kill", "exit", "throw"}) {
+        const CommandResult result = rehearse({"run", config, "--library", library}, {std::string("END_BY=") + end});
+        EXPECT_EQ(result.status, 1) << end;
+        EXPECT_THAT(result.out, HasSubstr("            step      update_vrf\n"
+                                          "            last read /prefix-list{a}/seq{10}/address\n"
+                                          "            written   /router/bgp{65099}/as-size\n"
+                                          "            last call maapi_set_elem2\n"
+                                          "            calls     2 reads, 2 writes (1 failed)\n"
+                                          "            log       Starting BGP update\n"
+                                          "                      Update BGP VRF\n"
+                                          "                      the last line\n"))
+            << end;
+    }
+}
+
+TEST_F(RehearseEnded, CrashWithinACall_NamesTheCall)
+{
+    const CommandResult result = run_body(std::string(kWorking) + R"(
+        signal(SIGSEGV, SIG_DFL);
+        maapi_set_elem(maapi, th, nullptr, "/router/bgp{%u}/vrf{%s}/administrative-status", 65010u, "red");
+        return 0;)");
+    EXPECT_THAT(result.out, HasSubstr("did not return: SIGSEGV"));
+    EXPECT_THAT(result.out, HasSubstr("written   /router/bgp{65010}/vrf{red}/administrative-status\n"
+                                      "            last call maapi_set_elem, which had not returned\n"));
+}
+
+TEST_F(RehearseEnded, OfALongLog_ShowsTheLastTenLines)
+{
+    const CommandResult result = run_body("for (int i = 1; i <= 12; ++i) log(\"line %d\\n\", i); _exit(1);");
+    EXPECT_THAT(result.out, HasSubstr("log       line 3\n                      line 4\n"));
+    EXPECT_THAT(result.out, HasSubstr("                      line 12\nSteps"));
+}
+
+TEST_F(RehearseEnded, UpgradeThatDidNothing_SaysSoOfItsCalls)
+{
+    const CommandResult result = run_body("_exit(1);");
+    EXPECT_THAT(result.out, HasSubstr("            step      update\n"
+                                      "            calls     0 reads, 0 writes (0 failed)\nSteps"));
+}
+
+TEST_F(RehearseEnded, WildWritesToTheSharedMemory_DoNotReachTheReport)
+{
+    const CommandResult result = run_body(std::string(kWorking) + R"(
+        std::ifstream maps("/proc/self/maps");
+        for (std::string line; std::getline(maps, line);) {
+            if (line.find("rw-s") != std::string::npos && line.find("/dev/zero") != std::string::npos) {
+                const std::size_t begin = std::stoul(line, nullptr, 16);
+                const std::size_t end = std::stoul(line.substr(line.find('-') + 1), nullptr, 16);
+                for (std::size_t at = begin; at < end; ++at) *reinterpret_cast<unsigned char*>(at) = 0xA5;
+                log("overwritten");
+            }
+        }
+        _exit(1);)");
+    EXPECT_EQ(result.status, 1) << result.err;
+    EXPECT_THAT(result.out, HasSubstr("did not return: an exit with status 1"));
 }
 
 TEST_F(RehearseEnded, FaultThatDoesNotEndTheUpgrade_IsInTheSummary)

@@ -241,7 +241,7 @@ void UpgradeSteps::finish(StepOutcome outcome, const Line* told, std::string_vie
 
 void UpgradeSteps::settle_calls(const CallTotals& so_far)
 {
-    add(so_far - settled_, &*steps_[current_].calls);
+    add(so_far - settled_, &steps_[current_].calls);
     settled_ = so_far;
 }
 
@@ -255,13 +255,9 @@ void UpgradeSteps::returned()
     give_reasons(steps_.size());
 }
 
-void UpgradeSteps::ended(const std::optional<CallTotals>& calls)
+void UpgradeSteps::ended(const CallTotals& calls)
 {
-    if (calls) {
-        settle_calls(*calls);
-    } else {
-        steps_[current_].calls.reset();
-    }
+    settle_calls(calls);
     steps_[kUpdate].outcome = StepOutcome::Ended;
     steps_[current_].outcome = StepOutcome::Ended;
     steps_[current_].text.clear();

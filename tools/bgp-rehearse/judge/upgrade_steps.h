@@ -17,7 +17,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -56,7 +55,7 @@ struct Step {
     std::string text;      // why, in network words; empty where there is nothing to say
     std::string line;      // the log's line that says so, without its line end; empty where the log is silent
     std::size_t runs = 0;  // one for each entity that it ran for
-    std::optional<CallTotals> calls = CallTotals{};  // of all its runs; none when they are not known
+    CallTotals calls;      // of all its runs
 };
 
 class UpgradeSteps {
@@ -76,10 +75,9 @@ public:
     const char* current() const noexcept { return steps_[current_].name; }
     std::size_t current_number() const noexcept { return current_ + 1; }  // its place among all, from 1
 
-    // The end of the upgrade: update() returned, or the upgrade ended where it was. `calls` are those up to that place,
-    // when they are known.
+    // The end of the upgrade: update() returned, or the upgrade ended where it was, after so many calls.
     void returned();
-    void ended(const std::optional<CallTotals>& calls);
+    void ended(const CallTotals& calls);
 
     // "update" and then the steps in their order; none when no line of the log told of any.
     const std::vector<Step>& all() const noexcept;

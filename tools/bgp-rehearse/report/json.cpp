@@ -39,9 +39,9 @@ Json step_json(const Step& step)
                  {"text", step.text},
                  {"line", step.line},
                  {"runs", step.runs}};
-    json["reads"] = step.calls ? Json(step.calls->reads) : Json(nullptr);
-    json["writes"] = step.calls ? Json(step.calls->writes) : Json(nullptr);
-    json["failed_writes"] = step.calls ? Json(step.calls->failed_writes) : Json(nullptr);
+    json["reads"] = step.calls.reads;
+    json["writes"] = step.calls.writes;
+    json["failed_writes"] = step.calls.failed_writes;
     return json;
 }
 

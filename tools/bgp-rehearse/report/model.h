@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "calls/recorder.h"
-#include "report/change.h"
 #include "judge/judgement.h"
 #include "judge/upgrade_steps.h"
+#include "report/change.h"
 #include "store/configuration.h"
 
 namespace bgp_rehearse {
@@ -22,6 +22,17 @@ struct ConfigurationSize {
 
 ConfigurationSize size_of(const bgp_platform::store::Configuration& configuration);
 
+// Where an upgrade had come to when it ended.
+struct LastSeen {
+    std::string reading;           // the keypath that was read last; empty: none was
+    std::string writing;           // and written
+    std::string function;          // of the C API, that was called last; empty: none was
+    bool under_way = false;        // it had not returned
+    std::vector<std::string> log;  // the last ten lines, the oldest first, a long one cut
+    CallTotals calls;              // all that were made
+    const char* step = "";         // the one it was in, "update" between the steps
+};
+
 // How an upgrade ended that did not return.
 struct Ended {
     enum class Kind { Fault, Assertion, Exception, Signal, Exit };
@@ -33,6 +44,7 @@ struct Ended {
     std::string text;
     int signal = 0;  // that ended the process, 0 when it exited
     int status = 0;  // that it exited with
+    LastSeen last;
 };
 
 // "fault", "assertion", "exception", "signal", "exit"

@@ -63,6 +63,7 @@ private:
 
     void summary();
     void ending(const Ended& ended);
+    void last_seen(const LastSeen& last);
     void returned();
     void failures();
     void steps();
@@ -148,6 +149,27 @@ void TextReport::ending(const Ended& ended)
     if (!ended.text.empty()) {
         more("text      " + escaped(ended.text));
     }
+    last_seen(ended.last);
+}
+
+// Where it had come to: the row that was being worked on, and what the log said last.
+void TextReport::last_seen(const LastSeen& last)
+{
+    more(fmt::format("step      {}", last.step));
+    if (!last.reading.empty()) {
+        more("last read " + escaped(last.reading));
+    }
+    if (!last.writing.empty()) {
+        more("written   " + escaped(last.writing));
+    }
+    if (!last.function.empty()) {
+        more(fmt::format("last call {}{}", last.function, last.under_way ? ", which had not returned" : ""));
+    }
+    more(fmt::format("calls     {}, {} ({} failed)", counted(last.calls.reads, "read", "reads"),
+                     counted(last.calls.writes, "write", "writes"), grouped(last.calls.failed_writes)));
+    for (std::size_t i = 0; i < last.log.size(); ++i) {
+        more((i == 0 ? "log       " : "          ") + escaped_line(last.log[i]));
+    }
 }
 
 void TextReport::returned()
@@ -195,9 +217,9 @@ void TextReport::step(const Step& step)
 {
     std::string reads;
     std::string writes;
-    if (step.runs > 0 && step.calls) {
-        reads = counted(step.calls->reads, "read", "reads");
-        writes = counted(step.calls->writes, "write", "writes");
+    if (step.runs > 0) {
+        reads = counted(step.calls.reads, "read", "reads");
+        writes = counted(step.calls.writes, "write", "writes");
     }
     line("  {:<{}}  {:>{}}  {:>{}}  {}", step.name, kStepNames, reads, kStepCalls, writes, kStepCalls,
          what_came_of(step));
@@ -215,8 +237,8 @@ std::string TextReport::what_came_of(const Step& step) const
     if (step.outcome == StepOutcome::CannotRun || step.outcome >= StepOutcome::Failed) {
         what = red(what);
     }
-    if (step.calls && step.calls->failed_writes > 0) {
-        what += " " + red(fmt::format("({} failed)", counted(step.calls->failed_writes, "write", "writes")));
+    if (step.calls.failed_writes > 0) {
+        what += " " + red(fmt::format("({} failed)", counted(step.calls.failed_writes, "write", "writes")));
     }
     return what;
 }

@@ -68,14 +68,12 @@ void take_message(const std::string& kind, const Json& content, Told* told)
     } else if (kind == "log_failed") {
         told->log_error = content.get<std::string>();
     } else if (kind == "step_line") {
-        told->step_lines.push_back({content.at("line").get<std::string>(), calls_of(content.at("calls"))});
-        told->calls_at_report.reset();  // of a fault that the upgrade went on from
+        told->calls_at_step_line = calls_of(content.at("calls"));
+        told->steps.take(content.at("line").get<std::string>());
     } else if (kind == "fault") {
-        told->faults.push_back(fault_of(content.at("fault")));
-        told->calls_at_report = calls_of(content.at("calls"));
+        told->faults.push_back(fault_of(content));
     } else if (kind == "exception") {
-        told->exception = content.at("text").get<std::string>();
-        told->calls_at_report = calls_of(content.at("calls"));
+        told->exception = content.get<std::string>();
     } else if (kind == "returned") {
         told->returned = true;
     } else if (kind == "finished") {
@@ -105,13 +103,13 @@ void Teller::step_line(std::string_view line, const CallTotals& calls) const
 {
     send(channel_, "step_line", {{"line", line}, {"calls", calls_json(calls)}});
 }
-void Teller::fault(const Fault& fault, const CallTotals& calls) const
+void Teller::fault(const Fault& fault) const
 {
-    send(channel_, "fault", {{"fault", fault_json(fault)}, {"calls", calls_json(calls)}});
+    send(channel_, "fault", fault_json(fault));
 }
-void Teller::exception(const std::string& text, const CallTotals& calls) const
+void Teller::exception(const std::string& text) const
 {
-    send(channel_, "exception", {{"text", text}, {"calls", calls_json(calls)}});
+    send(channel_, "exception", text);
 }
 void Teller::returned() const
 {

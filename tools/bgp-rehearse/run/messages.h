@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "device.h"
@@ -32,30 +33,29 @@ public:
     void returned() const;                             // update() has
     void finished(const Finished& finished) const;
 
-    // With the calls made so far: a log line at the border of a step, a fault of an upgrade that may go on, and what
-    // left update().
+    void fault(const bgp_platform::Fault& fault) const;  // of an upgrade that may go on
+    void exception(const std::string& text) const;       // that left update()
+
+    // A log line at the border of a step, and all calls made until it was written.
     void step_line(std::string_view line, const CallTotals& calls) const;
-    void fault(const bgp_platform::Fault& fault, const CallTotals& calls) const;
-    void exception(const std::string& text, const CallTotals& calls) const;
 
 private:
     int channel_;
 };
 
-// A log line at the border of a step, and all calls made until it was written.
-struct StepLine {
-    std::string line;
-    CallTotals calls;
-};
-
-// The parent's side: all that it was told.
+// The parent's side: all that it was told. `steps` follows the upgrade, so that its current() step is that of the moment.
 struct Told {
+    // `holds` tells the conditions of the steps apart (UpgradeSteps).
+    explicit Told(UpgradeSteps::Holds holds) : steps([this] { return calls_at_step_line; }, std::move(holds)) {}
+    Told(const Told&) = delete;
+    Told& operator=(const Told&) = delete;
+
     std::string library;
     std::optional<std::string> refused;
     std::vector<std::string> log;
     std::string log_error;
-    std::vector<StepLine> step_lines;
-    std::optional<CallTotals> calls_at_report;  // made until the fault or exception that was told last
+    CallTotals calls_at_step_line;
+    UpgradeSteps steps;
     std::vector<bgp_platform::Fault> faults;
     std::optional<std::string> exception;
     bool returned = false;

@@ -31,13 +31,14 @@ using bgp_platform::Device;
 
 // Each line goes out with a write of its own, so that the log is complete up to the moment the upgrade ends, whichever
 // way it does.
-void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller, UpgradeSteps& steps,
-                std::size_t& lines)
+void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller, const Watch& watch,
+                UpgradeSteps& steps, std::size_t& lines)
 {
     const bool tell = !options.json.empty() || options.log_in_report();
     device.keep_reports(tell);  // the log of a large configuration takes as much memory as its rows
     device.log_sink = [&, tell, teller, log, failed = false](std::string_view line) mutable {
         ++lines;
+        watch.take_line(line);
         if (steps.take(line)) {
             device.history()->set_writer(static_cast<bgp_platform::store::Writer>(steps.current_number()));
             teller.step_line(line, totals_of(device.calls()));
@@ -63,9 +64,9 @@ std::optional<int> run_update(const UpgradeLibrary& library, Device& device, con
     try {
         return library.update(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket);
     } catch (const std::exception& error) {
-        teller.exception(error.what(), totals_of(device.calls()));
+        teller.exception(error.what());
     } catch (...) {
-        teller.exception("of a type that is not known", totals_of(device.calls()));
+        teller.exception("of a type that is not known");
     }
     return std::nullopt;
 }
@@ -143,7 +144,7 @@ std::string write_reports(const RunOptions& options, const Report& report, const
 }  // namespace
 
 int rehearse(const RunOptions& options, const std::string& library, Device& device, Report report,
-             const RehearsalFiles& files, bool colour, int channel)
+             const RehearsalFiles& files, const Watch& watch, bool colour, int channel)
 {
     const Teller teller(channel);
     std::optional<UpgradeLibrary> upgrade_library;
@@ -158,8 +159,9 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     device.keep_history(true);
     UpgradeSteps steps([&device] { return totals_of(device.calls()); },
                        conditions_on(device.configuration(Datastore::Stored)));
-    follow_log(options, device, files.log, teller, steps, report.log_lines);
-    device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault, totals_of(device.calls())); };
+    follow_log(options, device, files.log, teller, watch, steps, report.log_lines);
+    device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault); };
+    watch.start(device);
 
     FailedCalls failed_calls;
     device.recorder().after_failure = [&](const bgp_platform::capi::Failure& failure) {

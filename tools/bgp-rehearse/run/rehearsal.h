@@ -7,6 +7,7 @@
 #include "device.h"
 #include "report/model.h"
 #include "run/request.h"
+#include "run/watch.h"
 
 namespace bgp_rehearse {
 
@@ -20,8 +21,8 @@ struct RehearsalFiles {
 
 // Runs the upgrade in this process, which a fault in the library then ends. `report` comes with what is known before
 // the run. Everything that the parent needs to know goes through the channel (messages.h), the report's text to its
-// file. Returns the exit status of the process: 0 when update() returned.
+// file; calls and log lines are noted in the watch as they come. Returns the exit status of the process: 0 when update() returned.
 int rehearse(const RunOptions& options, const std::string& library, bgp_platform::Device& device, Report report,
-             const RehearsalFiles& files, bool colour, int channel);
+             const RehearsalFiles& files, const Watch& watch, bool colour, int channel);
 
 }  // namespace bgp_rehearse

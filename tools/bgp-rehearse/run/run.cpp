@@ -22,6 +22,7 @@
 #include "run/library.h"
 #include "run/messages.h"
 #include "run/rehearsal.h"
+#include "run/watch.h"
 
 namespace bgp_rehearse {
 
@@ -65,20 +66,6 @@ Ended explain(const ChildEnd& end, const Told& told)
     return ended;
 }
 
-// The steps of an upgrade that ended early. After a signal or an exit nobody could tell of the last calls.
-std::vector<Step> steps_of(const Told& told, const Device& device)
-{
-    CallTotals calls;
-    UpgradeSteps steps([&calls] { return calls; },
-                       conditions_on(device.configuration(bgp_platform::Datastore::Stored)));
-    for (const StepLine& each : told.step_lines) {
-        calls = each.calls;
-        steps.take(each.line);
-    }
-    steps.ended(told.calls_at_report);
-    return steps.all();
-}
-
 // How the command ends, and what it says about it on standard error; empty: nothing.
 struct Outcome {
     ExitStatus status = ExitStatus::Ok;
@@ -93,7 +80,11 @@ bool reaches(FailOn from, Severity verdict)
 class Run {
 public:
     Run(const RunOptions& options, std::string library, const RunTargets& targets, Device& device)
-        : options_(options), library_(std::move(library)), targets_(targets), device_(device)
+        : options_(options),
+          library_(std::move(library)),
+          targets_(targets),
+          device_(device),
+          told_(conditions_on(device.configuration(bgp_platform::Datastore::Stored)))
     {
     }
 
@@ -104,7 +95,7 @@ public:
 
 private:
     void write_ended_report(Report report, const Ended& ended, std::optional<OutputFile>& json) const;
-    Outcome ended(const ChildEnd& end, Report report, RunFiles& files) const;
+    Outcome ended(const ChildEnd& end, Report report, RunFiles& files);
     Outcome settle(RunFiles& files) const;
     void keep_log(std::optional<OutputFile>& log) const;
     std::string without_output() const;
@@ -114,6 +105,7 @@ private:
     const RunTargets& targets_;
     Device& device_;
     int report_file_ = -1;
+    const Watch watch_;
     Told told_;
 };
 
@@ -128,7 +120,9 @@ Outcome Run::rehearse()
                                open.descriptor(open.json)};
     const ChildEnd end = run_in_child(
         interrupts,
-        [&](int channel) { return bgp_rehearse::rehearse(options_, library_, device_, blank, files, colour, channel); },
+        [&](int channel) {
+            return bgp_rehearse::rehearse(options_, library_, device_, blank, files, watch_, colour, channel);
+        },
         [this](std::string_view line) { told_.take(line); });
     if (end.interrupted_by != 0) {
         throw Interrupted{end.interrupted_by};
@@ -158,7 +152,7 @@ void Run::write_ended_report(Report report, const Ended& ended, std::optional<Ou
     report.library = told_.library.empty() ? library_ : told_.library;
     report.ended = ended;
     report.log = told_.log;
-    report.steps = steps_of(told_, device_);
+    report.steps = told_.steps.all();
     if (ftruncate(report_file_, 0) != 0 || lseek(report_file_, 0, SEEK_SET) != 0 ||
         !bgp_rehearse::write_report(report, options_.json_printed(), wants_colour(options_.colour), report_file_)) {
         throw CommandError(ExitStatus::NotWritten, fmt::format("the report: {}", std::strerror(errno)));
@@ -168,15 +162,18 @@ void Run::write_ended_report(Report report, const Ended& ended, std::optional<Ou
     }
 }
 
-Outcome Run::ended(const ChildEnd& end, Report report, RunFiles& files) const
+Outcome Run::ended(const ChildEnd& end, Report report, RunFiles& files)
 {
-    const Ended ended = explain(end, told_);
+    Ended ended = explain(end, told_);
     if (told_.returned) {
         throw CommandError(
             ExitStatus::NotWritten,
             fmt::format("update returned, but what came of it could not be written: the process ended by {}{}",
                         describe(ended), without_output()));
     }
+    ended.last = watch_.seen(device_);
+    ended.last.step = told_.steps.current();
+    told_.steps.ended(ended.last.calls);
     write_ended_report(std::move(report), ended, files.json);
     Outcome outcome{ExitStatus::UpgradeEnded,
                     fmt::format("the upgrade ended in {}{}", describe(ended), without_output())};
