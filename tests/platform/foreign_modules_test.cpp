@@ -131,7 +131,7 @@ TEST(ForeignModules, Namespaces_MeanTheSame)
              "<o:a><o:b xmlns:o=\"urn:inner\" o:c=\"1\"/><type>o:thing</type></o:a>",
              "<a xmlns=\"urn:a\"><type>o:only-in-a-value</type></a>",
              "<a xmlns=\"urn:a\" xmlns:o=\"urn:redeclared\" o:x=\"\" xml:lang=\"en\" xml:space=\"preserve\"/>",
-             "<a xmlns=\"urn:a?x&amp;y=&lt;&quot;&#10;\" xmlns:q='urn:\"'><q:b/></a>",
+             "<a xmlns=\"urn:a?x&amp;y=z\" xmlns:q='urn:it&apos;s'><q:b/></a>",
          }) {
         expect_carried("<config xmlns=\"" + tail + "\" xmlns:o=\"urn:outer\">" + content + "</config>");
         expect_carried("<w:config xmlns:w=\"" + tail + "\" xmlns:o=\"urn:outer\">" + content + "</w:config>");
