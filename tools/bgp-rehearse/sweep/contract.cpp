@@ -31,9 +31,9 @@ Site site_of(const char* step, const CallSite& call, const std::string& path)
     return {step, function_named(call.function), path};
 }
 
-std::vector<Rule> all_rules()
+std::vector<SiteRule> all_rules()
 {
-    std::vector<Rule> rules;
+    std::vector<SiteRule> rules;
     for (const bgp_contract::Step& step : bgp_contract::kSteps) {
         for (const CallSite& call : step.calls) {
             rules.push_back({site_of(step.name, call, call.path), call.demand});
@@ -50,9 +50,9 @@ std::vector<Rule> all_rules()
 
 }  // namespace
 
-const std::vector<Rule>& contract()
+const std::vector<SiteRule>& contract()
 {
-    static const std::vector<Rule> rules = all_rules();
+    static const std::vector<SiteRule> rules = all_rules();
     return rules;
 }
 

@@ -13,13 +13,13 @@ using bgp_contract::Demand;
 using bgp_contract::Must;
 
 // A call site and what is demanded of it.
-struct Rule {
+struct SiteRule {
     Site site;
     Demand demand;
 };
 
 // Every call site that an upgrade can reach, each once.
-const std::vector<Rule>& contract();
+const std::vector<SiteRule>& contract();
 
 // The place in contract() of the rule for a site, or contract().size() when there is none.
 std::size_t place_of(const Site& site);

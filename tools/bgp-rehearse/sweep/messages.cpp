@@ -18,7 +18,7 @@ std::string text_of(const Json& message)
 
 }  // namespace
 
-std::string message_of(const Verdict& verdict)
+std::string message_of(const RunVerdict& verdict)
 {
     Json found = Json::array();
     for (const auto& [call, site] : verdict.found) {
@@ -30,13 +30,13 @@ std::string message_of(const Verdict& verdict)
                     {"found", std::move(found)}});
 }
 
-Verdict verdict_of(const std::string& message)
+RunVerdict verdict_of(const std::string& message)
 {
     const Json json = Json::parse(message);
-    Verdict verdict{json.at("outcome").get<Outcome>(),
-                    json.at("failed").get<std::vector<std::size_t>>(),
-                    json.at("breaks").get<std::vector<std::string>>(),
-                    {}};
+    RunVerdict verdict{json.at("outcome").get<Outcome>(),
+                       json.at("failed").get<std::vector<std::size_t>>(),
+                       json.at("breaks").get<std::vector<std::string>>(),
+                       {}};
     for (const Json& found : json.at("found")) {
         verdict.found.emplace_back(found.at(0).get<std::size_t>(),
                                    Site{found.at(1).get<std::string>(), found.at(2).get<bgp_platform::capi::Function>(),

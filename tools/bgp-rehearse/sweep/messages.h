@@ -8,11 +8,11 @@
 
 namespace bgp_rehearse {
 
-std::string message_of(const Verdict& verdict);
+std::string message_of(const RunVerdict& verdict);
 std::string message_of(const Tally& tally);
 
 // Of a whole message; they throw for any other text.
-Verdict verdict_of(const std::string& message);
+RunVerdict verdict_of(const std::string& message);
 Tally tally_of(const std::string& message);
 
 }  // namespace bgp_rehearse

@@ -70,7 +70,7 @@ private:
         line("  {:<10}{:>8}{:>10}{:>8}{:>11}{:>6}{:>8}", "must", "runs", "returned", "fault", "assertion", "died",
              "breaks");
         for (std::size_t place = 0; place < contract().size(); ++place) {
-            const Rule& rule = contract()[place];
+            const SiteRule& rule = contract()[place];
             const SiteTally& site = tally_.sites[place];
             if (rule.site.step != step) {
                 step = rule.site.step;
@@ -110,7 +110,7 @@ Json named(const std::array<std::size_t, kOutcomes>& outcomes)
     return json;
 }
 
-Json site_json(const Rule& rule, const SiteTally& site)
+Json site_json(const SiteRule& rule, const SiteTally& site)
 {
     return {{"step", rule.site.step},           {"function", bgp_platform::capi::name_of(rule.site.function)},
             {"path", rule.site.path},           {"must", word_for(rule.demand.must)},

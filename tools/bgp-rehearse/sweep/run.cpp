@@ -24,7 +24,7 @@ using bgp_platform::Fault;
 
 constexpr unsigned int kMostSeconds = 120;  // for one run, before it counts as hanging
 
-void send(int channel, const Verdict& verdict)
+void send(int channel, const RunVerdict& verdict)
 {
     const std::string text = message_of(verdict);
     static_cast<void>(write_all(channel, text.data(), text.size()));
@@ -49,7 +49,7 @@ void order_failures(const SweepPlan& plan, Device& device)
 }
 
 // The upgrade with what is planned, up to the return of update().
-Verdict judged_upgrade(Device& device, const UpgradeLibrary& library, const SweepPlan& plan, const SweptRun& run)
+RunVerdict judged_upgrade(Device& device, const UpgradeLibrary& library, const SweepPlan& plan, const SweptRun& run)
 {
     const bgp_platform::UpgradeHandles handles = device.open_upgrade();
     if (plan.allocation != 0) {
@@ -107,12 +107,12 @@ std::string end_text(int status)
                                : fmt::format("exit status {}", WEXITSTATUS(status));
 }
 
-Verdict judge_end(const std::string& told, int status)
+RunVerdict judge_end(const std::string& told, int status)
 {
     if (told.empty()) {
         return {Outcome::Died, {}, {"the process ended by " + end_text(status) + ", without a report"}, {}};
     }
-    Verdict verdict = verdict_of(told);
+    RunVerdict verdict = verdict_of(told);
     if (!fits(status, verdict.outcome)) {
         verdict.breaks.push_back("the process ended by " + end_text(status) + " after its report");
     }
@@ -138,7 +138,7 @@ Baseline run_baseline(Device& device, const UpgradeLibrary& library)
     return baseline;
 }
 
-Verdict run_plan(Device& device, const UpgradeLibrary& library, const Baseline& baseline, const SweepPlan& plan)
+RunVerdict run_plan(Device& device, const UpgradeLibrary& library, const Baseline& baseline, const SweepPlan& plan)
 {
     const SweepProcess::End end =
         SweepProcess([&](int channel) { return run_and_tell(device, library, baseline, plan, channel); }).wait();

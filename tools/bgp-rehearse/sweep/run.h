@@ -12,7 +12,7 @@ namespace bgp_rehearse {
 Baseline run_baseline(bgp_platform::Device& device, const UpgradeLibrary& library);
 
 // Runs the upgrade in a child process, whatever it does there, and judges it.
-Verdict run_plan(bgp_platform::Device& device, const UpgradeLibrary& library, const Baseline& baseline,
-                 const SweepPlan& plan);
+RunVerdict run_plan(bgp_platform::Device& device, const UpgradeLibrary& library, const Baseline& baseline,
+                    const SweepPlan& plan);
 
 }  // namespace bgp_rehearse

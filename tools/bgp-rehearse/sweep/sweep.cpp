@@ -79,7 +79,7 @@ private:
     }
 
     // A site that only a failure leads to: a call there fails as well.
-    void sweep_found(const Baseline& baseline, const SweepPlan& plan, const Verdict& verdict)
+    void sweep_found(const Baseline& baseline, const SweepPlan& plan, const RunVerdict& verdict)
     {
         if (plan.calls.size() != 1 || plan.calls.front().from_there) {
             return;
@@ -94,9 +94,9 @@ private:
         }
     }
 
-    Verdict run(const Baseline& baseline, const SweepPlan& plan)
+    RunVerdict run(const Baseline& baseline, const SweepPlan& plan)
     {
-        Verdict verdict = run_plan(device_, library_, baseline, plan);
+        RunVerdict verdict = run_plan(device_, library_, baseline, plan);
         tally_.take(plan, verdict, name_ + ": " + describe(plan));
         return verdict;
     }

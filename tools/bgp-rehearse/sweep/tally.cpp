@@ -44,7 +44,7 @@ void Tally::take_baseline(const Baseline& baseline, const std::string& run)
     }
 }
 
-void Tally::take(const SweepPlan& plan, const Verdict& verdict, const std::string& run)
+void Tally::take(const SweepPlan& plan, const RunVerdict& verdict, const std::string& run)
 {
     const auto outcome = static_cast<std::size_t>(verdict.outcome);
     ++runs[static_cast<std::size_t>(kind_of(plan))];

@@ -34,7 +34,7 @@ struct Tally {
 
     // The sites that the run without failures reaches; one that the contract does not know is a break.
     void take_baseline(const Baseline& baseline, const std::string& run);
-    void take(const SweepPlan& plan, const Verdict& verdict, const std::string& run);
+    void take(const SweepPlan& plan, const RunVerdict& verdict, const std::string& run);
     void add(const Tally& other);
     void add_break(const std::string& text, const std::string& run);
 

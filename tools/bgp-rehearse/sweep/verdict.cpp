@@ -58,7 +58,7 @@ public:
         }
     }
 
-    Verdict returned(int result, const bgp_platform::OpenThings& open)
+    RunVerdict returned(int result, const bgp_platform::OpenThings& open)
     {
         if (last_ != nullptr && ends(last_->demand)) {
             broken(last_->site.name() + ": went on after a failure that must end the process");
@@ -73,7 +73,7 @@ public:
         return take(Outcome::Returned);
     }
 
-    Verdict ended(const Fault& fault)
+    RunVerdict ended(const Fault& fault)
     {
         const Outcome outcome = fault.kind == Fault::Kind::Fault ? Outcome::Faulted : Outcome::Asserted;
         const bool by_call = last_ != nullptr && demanded(last_->demand, fault);
@@ -167,7 +167,7 @@ private:
 
     void broken(std::string text) { verdict_.breaks.push_back(std::move(text)); }
 
-    Verdict take(Outcome outcome)
+    RunVerdict take(Outcome outcome)
     {
         verdict_.outcome = outcome;
         return std::move(verdict_);
@@ -175,11 +175,11 @@ private:
 
     const Baseline& baseline_;
     const Trail& trail_;
-    Verdict verdict_;
+    RunVerdict verdict_;
     std::set<std::string> found_;
     const SweptRun& run_;
     std::vector<const Demand*> lost_;  // what has failed that the run without failures had
-    const Rule* last_ = nullptr;       // of the last failed call
+    const SiteRule* last_ = nullptr;   // of the last failed call
 };
 
 }  // namespace
@@ -201,12 +201,12 @@ Baseline baseline_of(const Trail& trail, std::size_t allocations)
     return baseline;
 }
 
-Verdict judge_returned(const SweptRun& run, int result, const bgp_platform::OpenThings& open)
+RunVerdict judge_returned(const SweptRun& run, int result, const bgp_platform::OpenThings& open)
 {
     return Judge(run).returned(result, open);
 }
 
-Verdict judge_ended(const SweptRun& run, const Fault& fault)
+RunVerdict judge_ended(const SweptRun& run, const Fault& fault)
 {
     return Judge(run).ended(fault);
 }

@@ -28,7 +28,7 @@ Baseline baseline_of(const Trail& trail, std::size_t allocations);
 
 enum class Outcome { Returned, Faulted, Asserted, Died };
 
-struct Verdict {
+struct RunVerdict {
     Outcome outcome = Outcome::Died;
     std::vector<std::size_t> failed;  // places in contract() of the sites where a call failed
     std::vector<std::string> breaks;  // of the contract; empty: it was kept
@@ -45,7 +45,7 @@ struct SweptRun {
 };
 
 // A run that returned, and one that ended in a fault report or an assertion.
-Verdict judge_returned(const SweptRun& run, int result, const bgp_platform::OpenThings& open);
-Verdict judge_ended(const SweptRun& run, const bgp_platform::Fault& fault);
+RunVerdict judge_returned(const SweptRun& run, int result, const bgp_platform::OpenThings& open);
+RunVerdict judge_ended(const SweptRun& run, const bgp_platform::Fault& fault);
 
 }  // namespace bgp_rehearse
