@@ -9,6 +9,7 @@
 #include <exception>
 
 #include "base/text_escape.h"
+#include "findings/findings.h"
 #include "generate/generate.h"
 #include "options.h"
 #include "run/run.h"
@@ -38,6 +39,9 @@ ExitStatus run_command(int argc, const char* const* argv)
         }
         if (command.sweep) {
             return bgp_rehearse::sweep(*command.sweep);
+        }
+        if (command.findings) {
+            return bgp_rehearse::tell_findings(*command.findings);
         }
         return command.run ? bgp_rehearse::run(*command.run) : command.status;
     } catch (const bgp_rehearse::CommandError& error) {

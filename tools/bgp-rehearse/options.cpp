@@ -18,12 +18,13 @@ namespace {
 
 constexpr char kExitStatuses[] =
     "Exit status:\n"
-    "  0  the upgrade ran; failed writes, if any, are in the summary\n"
+    "  0  the upgrade ran, and the verdict is SAFE or REVIEW\n"
     "  1  the upgrade ended in a fault, an assertion, a signal or an exit; no output is written\n"
     "  2  bad command line, configuration or library; nothing was run\n"
-    "  3  with --fail-on review: the upgrade ran, and a write failed, a fault was reported or update did not return 0\n"
+    "  3  the verdict is STOP, or what else --fail-on says\n"
     "  4  with --commit-check: the result is not valid; no output is written\n"
-    "  5  the output, the log or the report could not be written";
+    "  5  the output, the log or the report could not be written\n"
+    "  70 the command found itself wrong";
 
 constexpr uint32_t kMost32 = std::numeric_limits<uint32_t>::max();
 
@@ -353,6 +354,14 @@ CLI::App* add_sweep(CLI::App* app, SweepOptions* options)
     return sweep;
 }
 
+CLI::App* add_findings(CLI::App* app, FindingsOptions* options)
+{
+    CLI::App* findings = app->add_subcommand("findings", "List the findings, or tell what one means and what to do");
+    findings->add_option("ID", options->id, "The finding (default: all are listed)")->option_text(" ");
+    findings->footer("Exit status: 0; 2 no finding has the id; 5 standard output could not be written");
+    return findings;
+}
+
 // The command that was named, for messages.
 std::string named(const CLI::App& app)
 {
@@ -422,23 +431,28 @@ CommandLine parse_command_line(int argc, const char* const* argv)
     app.require_subcommand(1);
     app.footer(
         "See bgp-rehearse run --help for the options of a rehearsal, bgp-rehearse generate --help for those of a "
-        "configuration, bgp-rehearse sweep --help for those of a fault sweep.");
+        "configuration, bgp-rehearse sweep --help for those of a fault sweep, and bgp-rehearse findings for what is "
+        "found.");
     const CLI::App* run = add_run(&app, &run_options);
     const CLI::App* generate = add_generate(&app, &generate_options);
-    add_sweep(&app, &sweep_options);
+    const CLI::App* sweep = add_sweep(&app, &sweep_options);
+    FindingsOptions findings_options;
+    add_findings(&app, &findings_options);
     app.failure_message([](const CLI::App* parsed, const CLI::Error& error) { return message_of(*parsed, error); });
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return {std::nullopt, std::nullopt, std::nullopt, app.exit(error) == 0 ? ExitStatus::Ok : ExitStatus::BadInput};
+        return {{}, {}, {}, {}, app.exit(error) == 0 ? ExitStatus::Ok : ExitStatus::BadInput};
     }
     CommandLine command;
     if (run->parsed()) {
         command.run = run_options;
     } else if (generate->parsed()) {
         command.generate = generate_options;
-    } else {
+    } else if (sweep->parsed()) {
         command.sweep = sweep_options;
+    } else {
+        command.findings = findings_options;
     }
     return command;
 }

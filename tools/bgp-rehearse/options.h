@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "base/exit_status.h"
+#include "findings/findings.h"
 #include "generate/generate.h"
 #include "run/request.h"
 #include "sweep/sweep.h"
@@ -16,6 +17,7 @@ struct CommandLine {
     std::optional<RunOptions> run;
     std::optional<GenerateOptions> generate;
     std::optional<SweepOptions> sweep;
+    std::optional<FindingsOptions> findings;
     ExitStatus status = ExitStatus::Ok;
 };
 
