@@ -90,6 +90,32 @@ TEST(OutcomeFindings, RowWhosePlaceTheSameRowHas_IsLeftAsANote)
     EXPECT_NE(words_of(left, left.places.at(0)).find("under index 1 stands the same"), std::string::npos);
 }
 
+// A neighbour's family whose routes go through a route map.
+std::string family_through(int map)
+{
+    const std::string keys =
+        "<bgpRmEntIndex>5</bgpRmEntIndex><bgpPeerLocalAddrType>unknown</bgpPeerLocalAddrType><bgpPeerLocalAddr/>"
+        "<bgpPeerLocalPort>0</bgpPeerLocalPort><bgpPeerRemoteAddrType>ipv4</bgpPeerRemoteAddrType>"
+        "<bgpPeerRemoteAddr>c6:33:64:02</bgpPeerRemoteAddr><bgpPeerRemotePort>0</bgpPeerRemotePort>"
+        "<bgpPeerLocalAddrScopeId>0</bgpPeerLocalAddrScopeId>";
+    return "<bgpPeerTable><bgpPeerEntry>" + keys +
+           "</bgpPeerEntry></bgpPeerTable><bgpPeerAfiSafiTable><bgpPeerAfiSafiEntry>" + keys +
+           "<bgpPeerAfiSafiAfi>ipv4</bgpPeerAfiSafiAfi><bgpPeerAfiSafiSafi>unicast</bgpPeerAfiSafiSafi>" +
+           "<bgpPeerAfiSafiInMapIndex>" + std::to_string(map) +
+           "</bgpPeerAfiSafiInMapIndex></bgpPeerAfiSafiEntry></bgpPeerAfiSafiTable>";
+}
+
+TEST(OutcomeFindings, RowOfAMapThatIsUsed_IsForReviewOfAnotherANote)
+{
+    for (const auto& [map, severity] : {std::pair{1, Severity::Review}, {2, Severity::Note}}) {
+        JudgedUpgrade upgrade(
+            router(family_through(map) + route_maps(route_map(1, 1, 10, "deny") + route_map(5, 1, 10, "permit") +
+                                                    route_map(5, 2, 10, "permit"))));
+        upgrade.run();
+        EXPECT_EQ(the_finding(upgrade.judged(), FindingId::RowLeft).severity, severity) << "map " << map;
+    }
+}
+
 TEST(OutcomeFindings, StoredRowThatIsGone_IsLost)
 {
     JudgedUpgrade upgrade(router(route_maps(route_map(5, 1, 10, "permit"))));

@@ -134,6 +134,7 @@ private:
         Notes() = default;
         Notes(const Notes& /*other*/) noexcept {}
         // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned
+        // cppcheck-suppress operatorEqVarError
         Notes& operator=(const Notes& /*other*/) noexcept { return *this; }
         ~Notes() = default;
     };

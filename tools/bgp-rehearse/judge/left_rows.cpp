@@ -7,6 +7,7 @@
 
 #include "contract/rekeyed_tables.h"
 #include "judge/rule.h"
+#include "judge/used_rows.h"
 #include "judge/words.h"
 #include "libvrfid.h"
 
@@ -63,7 +64,9 @@ std::vector<Value> new_key(const RekeyedTable& table, const Row& row, uint64_t b
 class LeftRows : public Rule {
 public:
     explicit LeftRows(const Evidence& evidence)
-        : evidence_(evidence), result_(evidence.device.configuration(Datastore::Transaction))
+        : evidence_(evidence),
+          result_(evidence.device.configuration(Datastore::Transaction)),
+          used_(evidence.device.configuration(Datastore::Stored))
     {
     }
 
@@ -104,7 +107,8 @@ private:
         const Row* const stored = evidence_.device.history()->stored_row(result_.root(), path->entries);
         const Row* const there = row_in_its_place(*row, *result_.find_list(*path));
         const bool same = there != nullptr && same_content(*row, *there);
-        Finding& finding = groups_[{path->node, same ? Severity::Note : Severity::Review, there != nullptr}];
+        Finding& finding =
+            groups_[{path->node, same || !used_.is_used(*row) ? Severity::Note : Severity::Review, there != nullptr}];
         finding.step = call.step;
         finding.said.push_back({std::string(call.path), words(*row, there, same)});
         Place place{stored, row, 0, static_cast<uint32_t>(finding.said.size())};
@@ -162,6 +166,7 @@ private:
 
     const Evidence& evidence_;
     const Configuration& result_;
+    UsedRows used_;
     std::map<Group, Finding> groups_;
 };
 
