@@ -21,6 +21,8 @@ public:
 };
 
 // The rules, one for each source of that name. The evidence outlives them.
+std::unique_ptr<Rule> effects_rule(const Evidence& evidence);     // leaves that get another value
+std::unique_ptr<Rule> family_off_rule(const Evidence& evidence);  // neighbours' families that are turned off
 std::unique_ptr<Rule> failures_rule(const Evidence& evidence);    // failed writes
 std::unique_ptr<Rule> left_rows_rule(const Evidence& evidence);   // rows that stayed under their old index
 std::unique_ptr<Rule> outcome_rule(const Evidence& evidence);     // steps that gave up, and what update() came to

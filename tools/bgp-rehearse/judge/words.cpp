@@ -371,6 +371,15 @@ std::string words_of_key(const Row& row)
     return text;
 }
 
+std::string words_of_keys(const Row& row, uint16_t first)
+{
+    std::string text;
+    for (uint16_t key = first; key < row.record().keys; ++key) {
+        text += (key == first ? "" : " ") + key_word(row, key);
+    }
+    return text;
+}
+
 std::string address_words(std::string_view octets)
 {
     char text[INET6_ADDRSTRLEN] = {};

@@ -30,6 +30,9 @@ std::string words_of_value(const bgp_platform::schema::Node& leaf, const bgp_pla
 // A row's key values as they stand in a keypath but for the addresses: "5 ipv4 0.0.0.0 0 ipv4 192.0.2.2 0 0".
 std::string words_of_key(const bgp_platform::store::Row& row);
 
+// The key values from the one at `first` on as words of a row have them: "IPv6 unicast".
+std::string words_of_keys(const bgp_platform::store::Row& row, uint16_t first);
+
 // Four or sixteen octets as an address; what else there is as "0a:00:ff".
 std::string address_words(std::string_view octets);
 
