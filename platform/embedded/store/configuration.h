@@ -133,9 +133,10 @@ private:
 
         Notes() = default;
         Notes(const Notes& /*other*/) noexcept {}
-        // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned
+        // NOLINTBEGIN(bugprone-unhandled-self-assignment): nothing is assigned
         // cppcheck-suppress operatorEqVarError
         Notes& operator=(const Notes& /*other*/) noexcept { return *this; }
+        // NOLINTEND(bugprone-unhandled-self-assignment)
         ~Notes() = default;
     };
 
