@@ -134,14 +134,19 @@ def content(element: Element) -> Any:
     """What an element holds, whatever the order; none for an empty container."""
     if len(element) == 0:
         return (element.text or "").strip()
-    inner = [(local_name(child), content(child)) for child in element]
+    inner = [(local_name(child), content(child)) for child in filled(element)]
     return sorted(((name, each) for name, each in inner if each != []), key=repr)
+
+
+def filled(element: Element) -> List[Element]:
+    """The children that hold something: whether an empty container stands there says nothing."""
+    return [child for child in element if len(child) or (child.text or "").strip()]
 
 
 def rows_of(element: Element, path: str = "") -> List[str]:
     """Every leaf with its way and what stands beside it, a line each, for a comparison that tells the difference."""
     lines = []
-    for child in element:
+    for child in filled(element):
         name = f"{path}/{local_name(child)}"
         lines += rows_of(child, name) if len(child) else [f"{name} {(child.text or '').strip()}"]
     return lines
