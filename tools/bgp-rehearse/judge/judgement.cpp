@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "contract/steps.h"
+#include "judge/assumptions.h"
 #include "judge/rule.h"
 
 namespace bgp_rehearse {
@@ -68,7 +69,8 @@ Judgement judge(const Evidence& evidence, const SeverityChoices& choices)
     const auto& result = evidence.device.configuration(Datastore::Transaction);
     AccountKeeper account(stored, result);
     const auto rules = all_rules(evidence);
-    std::vector<RowVisitor*> visitors = {&account};
+    AssumptionsRule assumptions(evidence);
+    std::vector<RowVisitor*> visitors = {&account, &assumptions};
     for (const std::unique_ptr<Rule>& rule : rules) {
         visitors.push_back(rule.get());
     }
@@ -83,6 +85,8 @@ Judgement judge(const Evidence& evidence, const SeverityChoices& choices)
     for (const std::unique_ptr<Rule>& rule : rules) {
         rule->find(&judgement.findings);
     }
+    assumptions.find(&judgement.findings);
+    judgement.assumptions = assumptions.take();
     settle(choices, &judgement);
     return judgement;
 }

@@ -20,8 +20,8 @@ using bgp_platform::store::Trail;
 namespace {
 
 // The rows of a list. In `row` stands $N for the key N in words, $addressN for octets that a text holds, $familyN for the
-// address family of the keys N and N + 1, $peer for the neighbour of the keys from the second one on, and $around for the
-// key of the row around.
+// address family of the keys N and N + 1, $peer for the neighbour of the keys from the second one on, $around for the key
+// of the row around, and $served for the VRF that an instance is for.
 struct ListWords {
     std::string_view list;
     Noun noun;
@@ -29,10 +29,10 @@ struct ListWords {
 };
 
 constexpr ListWords kLists[] = {
-    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", {"router entity", "router entities"}, "router entity $0"},
+    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", {"router entity", "router entities"}, "router entity $0$served"},
     {"/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry", {"router family", "router families"}, "router $family1"},
     {"/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry", {"join", "joins"}, "join $1"},
-    {"/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry", {"network manager", "network managers"}, "network manager $0"},
+    {"/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry", {"network manager", "network managers"}, "network manager $0$served"},
     {"/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry",
      {"listen row", "listen rows"},
      "listen row $1 of network manager $0"},
@@ -261,11 +261,26 @@ std::string peer_words(const Row& row)
     return words;
 }
 
+// " of VRF red"; the global instance has none.
+std::string served_words(const Row& row)
+{
+    for (const char* const name : {"bgpRmEntVrfName", "bgpNmEntVrfName"}) {
+        const Node* const leaf = row.record().owner->child(name);
+        if (leaf != nullptr && row.value(leaf->slot).is_text() && !row.value(leaf->slot).bytes().empty()) {
+            return fmt::format(" of VRF {}", row.value(leaf->slot).bytes());
+        }
+    }
+    return {};
+}
+
 // The words of a placeholder, "peer" or "family8".
 std::string placeholder_words(std::string_view name, const Trail& around, const Row& row)
 {
     if (name == "peer") {
         return peer_words(row);
+    }
+    if (name == "served") {
+        return served_words(row);
     }
     if (name == "around") {
         return around.empty() ? std::string() : key_word(*around.back(), 0);
