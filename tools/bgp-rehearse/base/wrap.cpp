@@ -1,40 +1,59 @@
 #include "base/wrap.h"
 
-#include <algorithm>
-
 namespace bgp_rehearse {
 
 namespace {
 
-constexpr std::string_view kBetweenWords = " \n";
+constexpr char kEscape = '\033';
 
-constexpr unsigned int kLeading = 0xC0;    // of a byte of UTF-8: the two bits that tell its place
-constexpr unsigned int kContinues = 0x80;  // their value behind a character's first byte
+std::size_t columns_of(std::string_view text)
+{
+    std::size_t columns = 0;
+    bool in_colour = false;
+    for (const char byte : text) {
+        const bool continues = (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+        in_colour = in_colour || byte == kEscape;
+        columns += continues || in_colour ? 0 : 1;
+        in_colour = in_colour && byte != 'm';
+    }
+    return columns;
+}
+
+// The text up to where blanks begin, or end; the rest stays.
+std::string_view take(std::string_view* text, bool blanks)
+{
+    const std::size_t end = blanks ? text->find_first_not_of(' ') : text->find(' ');
+    const std::string_view taken = text->substr(0, end);
+    text->remove_prefix(taken.size());
+    return taken;
+}
 
 }  // namespace
 
-std::size_t columns_of(std::string_view text) noexcept
+std::string wrapped(std::string_view text, std::optional<std::size_t> columns, std::size_t hanging)
 {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
-        return (static_cast<unsigned char>(byte) & kLeading) != kContinues;
-    }));
-}
-
-std::vector<std::string> wrapped(std::string_view text, std::size_t columns)
-{
-    std::vector<std::string> lines;
-    std::size_t start = 0;
-    while ((start = text.find_first_not_of(kBetweenWords, start)) != std::string_view::npos) {
-        const std::size_t end = std::min(text.find_first_of(kBetweenWords, start), text.size());
-        const std::string_view word = text.substr(start, end - start);
-        if (lines.empty() || columns_of(lines.back()) + 1 + columns_of(word) > columns) {
-            lines.emplace_back(word);
-        } else {
-            lines.back().append(1, ' ').append(word);
-        }
-        start = end;
+    if (!columns) {
+        return std::string(text);
     }
-    return lines;
+    std::string out;
+    std::size_t used = 0;  // columns of the line at hand
+    bool begun = false;    // it has a word
+    while (!text.empty()) {
+        const std::string_view blanks = take(&text, true);
+        const std::string_view word = take(&text, false);
+        const std::size_t width = columns_of(word);
+        if (begun && used + blanks.size() + width > *columns) {
+            out.append("\n").append(hanging, ' ');
+            used = hanging;
+        } else {
+            out += blanks;
+            used += blanks.size();
+        }
+        out += word;
+        used += width;
+        begun = true;
+    }
+    return out;
 }
 
 }  // namespace bgp_rehearse

@@ -1,18 +1,16 @@
-// Text broken into lines at words.
+// Lines broken between words.
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace bgp_rehearse {
 
-// How many columns a text takes: one for each character.
-std::size_t columns_of(std::string_view text) noexcept;
-
-// The words of a text, which stand between blanks and line ends, in lines of at most so many columns; a word that is
-// wider than that has a line of its own. One blank is left between two words. No line for a text without words.
-std::vector<std::string> wrapped(std::string_view text, std::size_t columns);
+// The text in lines of at most so many columns, those after the first behind `hanging` blanks; without columns, and when
+// it fits, as it is. A word that is longer than a line stays whole; the blanks that the text begins with stay. A code
+// point of UTF-8 is one column, a colour that a terminal takes ("\033[31m") none.
+std::string wrapped(std::string_view text, std::optional<std::size_t> columns, std::size_t hanging);
 
 }  // namespace bgp_rehearse

@@ -36,13 +36,10 @@ std::string names_of(const std::vector<Severity>& severities)
 std::string list_of(const std::vector<FindingSection>& sections, std::size_t columns)
 {
     std::string text;
-    const std::size_t before = kIds + kSeverities;
     for (const FindingSection& section : sections) {
-        std::string mark = fmt::format("{:<{}}{:<{}}", section.id, kIds, names_of(section.severities), kSeverities);
-        for (const std::string& line : wrapped(section.sentence, columns - std::min(before, columns))) {
-            text += fmt::format("{}{}\n", mark, line);
-            mark.assign(before, ' ');
-        }
+        const std::string line = fmt::format("{:<{}}{:<{}}{}", section.id, kIds, names_of(section.severities),
+                                             kSeverities, section.sentence);
+        text.append(wrapped(line, columns, kIds + kSeverities)).append(1, '\n');
     }
     return text + "bgp-rehearse findings ID tells what each means and what to do.\n";
 }

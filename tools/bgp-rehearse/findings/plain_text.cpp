@@ -75,7 +75,7 @@ std::vector<Block> blocks_of(std::string_view markdown)
         const Block::Kind kind = kind_of(line);
         const bool goes_on = !blocks.empty() && !after_empty && kind == Block::Kind::Paragraph;
         if (goes_on && !line.empty()) {
-            blocks.back().text.append(1, ' ').append(line);
+            blocks.back().text.append(1, ' ').append(line.substr(line.find_first_not_of(' ')));
         } else if (!line.empty()) {
             blocks.push_back({kind, std::string(line), after_empty || blocks.back().kind != kind});
         }
@@ -89,15 +89,8 @@ std::string lines_of(const Block& block, std::size_t columns)
     if (block.kind == Block::Kind::SetIn) {
         return block.text + "\n";
     }
-    const std::size_t hang = block.kind == Block::Kind::Item ? kItem.size() : 0;
-    std::string indent = block.text.substr(0, hang);
-    std::string lines;
-    for (const std::string& line :
-         wrapped(without_marks(std::string_view(block.text).substr(hang)), columns - std::min(hang, columns))) {
-        lines.append(indent).append(line).append(1, '\n');
-        indent.assign(hang, ' ');
-    }
-    return lines;
+    const std::size_t hanging = block.kind == Block::Kind::Item ? kItem.size() : 0;
+    return wrapped(without_marks(block.text), columns, hanging) + "\n";
 }
 
 }  // namespace
