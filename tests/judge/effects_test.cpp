@@ -69,12 +69,12 @@ protected:
         set(std::string(kPeer).replace(std::string(kPeer).find("%s"), 2, octet) + "/" + name, value);
     }
 
-    // All findings but of references, "note limit-rewritten: sentence [place, place]".
+    // All findings but of references and of the embedded platform, "note limit-rewritten: sentence [place, place]".
     std::vector<std::string> findings()
     {
         std::vector<std::string> texts;
         for (const Finding& finding : upgrade_->judged().findings) {
-            if (finding.id == FindingId::ReferenceBroken) {
+            if (finding.id == FindingId::ReferenceBroken || finding.id == FindingId::StandInDoubt) {
                 continue;
             }
             std::string text =

@@ -241,6 +241,73 @@ TEST(OutcomeFindings, SecondUpgradeThatStillChanges_IsForReview)
     EXPECT_EQ(findings_text(upgrade.judged()), "review again: a second upgrade of the result ends in SIGSEGV\n");
 }
 
+TEST(OutcomeFindings, PartOfAnUnknownModule_IsToldWithItsNameSpace)
+{
+    JudgedUpgrade upgrade(router({}, "<interfaces xmlns=\"urn:example:interfaces\"><interface/></interfaces>"));
+    upgrade.run();
+    const Finding left_out = the_finding(upgrade.judged(), FindingId::LeftOut);
+    EXPECT_EQ(left_out.severity, Severity::Note);
+    EXPECT_EQ(words_of(left_out, left_out.places.at(0)).rfind("interfaces (urn:example:interfaces), 2 elements", 0),
+              0U);
+}
+
+std::vector<std::string> doubts_of(JudgedUpgrade& upgrade)
+{
+    std::vector<std::string> doubts;
+    for (const Finding& finding : findings_of(upgrade.judged(), FindingId::StandInDoubt)) {
+        doubts.push_back(std::string(name_of(finding.severity)) + " " + finding.sentence.substr(0, 11));
+    }
+    return doubts;
+}
+
+TEST(StandInDoubts, PrefixWithHostBits_IsForReview)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.run();
+    EXPECT_EQ(doubts_of(upgrade), std::vector<std::string>());
+    upgrade.by_hand([](const UpgradeHandles& handles) {
+        EXPECT_EQ(maapi_create(handles.maapi_socket, handles.thandle, "/prefix-list{a}"), CONFD_OK);
+        EXPECT_EQ(maapi_create(handles.maapi_socket, handles.thandle, "/prefix-list{a}/seq{10}"), CONFD_OK);
+        EXPECT_EQ(
+            maapi_set_elem2(handles.maapi_socket, handles.thandle, "192.0.2.1/24", "/prefix-list{a}/seq{10}/address"),
+            CONFD_OK);
+    });
+    EXPECT_EQ(doubts_of(upgrade), std::vector<std::string>{"review question 6 "});
+}
+
+TEST(StandInDoubts, ValueOfAMissingRow_IsToldWhereTheRowIsNotMadeLater)
+{
+    JudgedUpgrade upgrade(router());
+    upgrade.run();
+    const char* const row = "/DC-BGP-MIB/bgpConfigTable/bgpConfigEntry{5 7}";
+    upgrade.by_hand([&](const UpgradeHandles& handles) {
+        EXPECT_EQ(maapi_set_elem2(handles.maapi_socket, handles.thandle, "up", "%s/bgpConfigAdminStatus", row),
+                  CONFD_ERR);
+    });
+    EXPECT_EQ(doubts_of(upgrade), std::vector<std::string>{"note question 3 "});
+    upgrade.by_hand([](const UpgradeHandles& handles) {
+        EXPECT_EQ(maapi_create(handles.maapi_socket, handles.thandle, "/DC-BGP-MIB/bgpConfigTable/bgpConfigEntry{1 7}"),
+                  CONFD_OK);
+    });
+    EXPECT_EQ(doubts_of(upgrade), std::vector<std::string>()) << "the re-keying gives the row that index";
+}
+
+TEST(StandInDoubts, MoveOntoTheOwnKey_IsToldWhereTheRowIsWrittenBehindIt)
+{
+    std::string entity = router(
+        "<bgpNmEntTable><bgpNmEntEntry><bgpNmEntIndex>1</bgpNmEntIndex><bgpNmEntRmIndex>7"
+        "</bgpNmEntRmIndex></bgpNmEntEntry></bgpNmEntTable>");
+    entity.replace(entity.find("<bgpRmEntIndex>5"), 16, "<bgpRmEntIndex>1");
+    JudgedUpgrade written(entity);
+    written.run();
+    EXPECT_EQ(doubts_of(written), std::vector<std::string>{"note question 2 "});
+
+    entity.replace(entity.find("<bgpNmEntRmIndex>7"), 18, "<bgpNmEntRmIndex>1");
+    JudgedUpgrade same(entity);
+    same.run();
+    EXPECT_EQ(doubts_of(same), std::vector<std::string>());
+}
+
 TEST(Verdict, IsThatOfTheSeverestFinding)
 {
     JudgedUpgrade upgrade(router());

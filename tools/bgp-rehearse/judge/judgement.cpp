@@ -50,6 +50,8 @@ std::vector<std::unique_ptr<Rule>> all_rules(const Evidence& evidence)
     rules.push_back(removed_rows_rule());
     rules.push_back(left_rows_rule(evidence));
     rules.push_back(failures_rule(evidence));
+    rules.push_back(doubts_rule(evidence));
+    rules.push_back(left_out_rule(evidence));
     rules.push_back(references_rule(evidence));
     rules.push_back(family_off_rule(evidence));
     rules.push_back(effects_rule(evidence));

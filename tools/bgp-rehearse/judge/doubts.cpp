@@ -1,0 +1,170 @@
+// What the result rests on that nobody has proved on a device: questions that the published pages leave open, where the
+// embedded platform takes one answer (platform/README.md numbers them). Told where the other answer would have changed the
+// result.
+#include <fmt/format.h>
+
+#include <cstring>
+
+#include "confd_lib.h"
+#include "judge/rule.h"
+#include "judge/words.h"
+#include "libvrfid.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_platform::Datastore;
+using bgp_platform::capi::Function;
+using bgp_platform::capi::MetReading;
+using bgp_platform::capi::Reading;
+using bgp_platform::schema::Value;
+using bgp_platform::store::Configuration;
+using bgp_platform::store::List;
+using bgp_platform::store::Path;
+
+enum class Matters {
+    Always,        // once a call has depended on it
+    Never,         // the other answer shows in texts of the log alone, or makes the upgrade do the same
+    WithWritten,   // where a row that was moved onto its own key was written behind the move
+    WithRowsMade,  // where the row that a value was to be set in is not in the result anyway
+};
+
+struct Doubt {
+    Reading reading;
+    Matters matters;
+    Severity severity;
+    const char* taken;  // what was taken for granted, behind "it is taken that "
+};
+
+constexpr Doubt kDoubts[] = {
+    // A device that refuses to count or walk such a list finds nothing there either.
+    {Reading::ListBelowMissingEntryIsEmpty, Matters::Never, Severity::Note, "a list below a missing entry is empty"},
+    {Reading::MoveOntoOwnKeysSucceeds, Matters::WithWritten, Severity::Note,
+     "a row can be moved onto the key that it has"},
+    {Reading::SetBelowMissingEntryFails, Matters::WithRowsMade, Severity::Note,
+     "setting a value does not make its row"},
+    {Reading::RowsBeforeTheFailingOneStay, Matters::Always, Severity::Note,
+     "rows written before one that fails stay written"},
+    // Without free numbers the next one is taken, whichever way their list says so.
+    {Reading::EmptyLeafListIsAbsent, Matters::Never, Severity::Note, "an empty list of free numbers is not there"},
+    {Reading::HostBitsOfPrefixAreKept, Matters::Always, Severity::Review,
+     "a prefix with host bits is accepted, which a device may refuse"},
+    {Reading::ShortNumberInPathIsTaken, Matters::Always, Severity::Note, "a short number can stand in a path"},
+    {Reading::WholeListOrContainerIsDeleted, Matters::Always, Severity::Note,
+     "an entry of a list of numbers can be deleted"},
+    {Reading::KeyOfMoreThanEightIsTaken, Matters::Always, Severity::Note, "a key may have more than eight parts"},
+    {Reading::OctetsAreInLowerCase, Matters::Never, Severity::Note, "octets are in lower case"},
+    {Reading::KeyIsQuotedBlanksAreTaken, Matters::Always, Severity::Note,
+     "a path may have quoted keys, and blanks beside braces"},
+    {Reading::EmptyPathIsBadDefaultExists, Matters::Always, Severity::Note, "a value that has only its default exists"},
+    {Reading::OneThreadOneDevice, Matters::Always, Severity::Note, "one thread calls, for one device"},
+};
+
+class Doubts : public Rule {
+public:
+    explicit Doubts(const Evidence& evidence) : evidence_(evidence) {}
+
+    void row(const RowChange& change) override
+    {
+        written_in_place_ = written_in_place_ || (change.fate == Fate::Changed && is_written_by_the_move(change));
+    }
+
+    void find(std::vector<Finding>* findings) override
+    {
+        const std::vector<MetReading> met = evidence_.device.readings();
+        for (const Doubt& doubt : kDoubts) {
+            for (const MetReading& reading : met) {
+                if (reading.number == static_cast<int>(doubt.reading) && matters(doubt.matters)) {
+                    findings->push_back(finding(doubt, reading));
+                }
+            }
+        }
+    }
+
+private:
+    // The re-keying moves each row and then writes the leaf that follows: a leaf of a row that kept its key.
+    static bool is_written_by_the_move(const RowChange& change)
+    {
+        bool written = false;
+        for_each_leaf_change(change, [&written](const LeafChange& leaf) {
+            written = written || std::strcmp(step_of_writer(leaf.writer), "update_rm_index") == 0;
+        });
+        return written;
+    }
+
+    bool matters(Matters when) const
+    {
+        switch (when) {
+            case Matters::Always:
+                return true;
+            case Matters::WithWritten:
+                return written_in_place_;
+            case Matters::WithRowsMade:
+                return a_row_would_be_more();
+            case Matters::Never:
+                break;
+        }
+        return false;
+    }
+
+    // Whether a row that a value was to be set in, and that was not there, is not in the result either.
+    bool a_row_would_be_more() const
+    {
+        bool more = false;
+        evidence_.failed_calls.for_each([&](const FailedCalls::Call& call) {
+            const bool set = call.function == Function::maapi_set_elem || call.function == Function::maapi_set_elem2;
+            more = more || (set && call.error == CONFD_ERR_NOEXISTS && !is_in_result(std::string(call.path)));
+        });
+        return more;
+    }
+
+    // Under its key, or under the global index that the re-keying would have given it.
+    bool is_in_result(const std::string& path) const
+    {
+        const Configuration& result = evidence_.device.configuration(Datastore::Transaction);
+        const std::optional<Path> place = evidence_.device.path_of(path);
+        if (!place || place->entries.empty()) {
+            return false;
+        }
+        Path entry = *place;
+        entry.node = entry.entries.back().list;
+        const List* const list = result.find_list(entry);
+        std::vector<Value> key = entry.entries.back().keys;
+        if (list == nullptr || key.empty() || list->find(key.data(), key.size()) != nullptr) {
+            return list != nullptr && !key.empty();
+        }
+        key.front() = Value::of_uint(libvrfid::VrfId::ComponentFromVrf(0));
+        return list->find(key.data(), key.size()) != nullptr;
+    }
+
+    static Finding finding(const Doubt& doubt, const MetReading& met)
+    {
+        Finding finding;
+        finding.id = FindingId::StandInDoubt;
+        finding.severity = doubt.severity;
+        finding.count = 1;
+        finding.sentence = fmt::format("question {} is open on a device; it is taken that {} ({})", met.number,
+                                       doubt.taken, counted(met.count, {"time", "times"}));
+        finding.short_form =
+            fmt::format("{} on the device (question {})",
+                        doubt.reading == Reading::HostBitsOfPrefixAreKept ? "prefixes with host bits may be refused"
+                                                                          : "a call may be answered otherwise",
+                        met.number);
+        finding.said.push_back({met.place, fmt::format("first at {}", met.place)});
+        finding.places.push_back({nullptr, nullptr, 0, 1});
+        return finding;
+    }
+
+    const Evidence& evidence_;
+    bool written_in_place_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Rule> doubts_rule(const Evidence& evidence)
+{
+    return std::make_unique<Doubts>(evidence);
+}
+
+}  // namespace bgp_rehearse
