@@ -22,8 +22,15 @@ TEST(Wrap, LinesAfterTheFirst_HangBehindBlanks)
     EXPECT_EQ(wrapped("- one two three", 9, 2), "- one two\n  three");
 }
 
+TEST(Wrap, BlanksOfALineThatFits_Stay)
+{
+    EXPECT_EQ(wrapped("", 10, 2), "");
+    EXPECT_EQ(wrapped("  a   b ", 20, 2), "  a   b ");
+}
+
 TEST(Wrap, WordThatIsTooWide_StaysWhole)
 {
+    EXPECT_EQ(wrapped("    /DC-BGP-MIB/bgpPeerTable", 10, 2), "    /DC-BGP-MIB/bgpPeerTable");
     EXPECT_EQ(wrapped("a /DC-BGP-MIB/bgpPeerTable b", 10, 2), "a\n  /DC-BGP-MIB/bgpPeerTable\n  b");
 }
 

@@ -4,10 +4,10 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 
+#include "base/standard_output.h"
 #include "base/text_escape.h"
 #include "findings/findings.h"
 #include "generate/generate.h"
@@ -19,13 +19,13 @@ namespace {
 
 using bgp_rehearse::ExitStatus;
 
-// A file opened later must not become standard output because the caller had closed that.
+// A file opened later must not become a standard stream because the caller had closed that. What is printed to a closed
+// standard output fails all the same: it is open for reading only.
 void open_standard_streams()
 {
-    for (int descriptor = open("/dev/null", O_RDWR); descriptor >= 0; descriptor = dup(descriptor)) {
-        if (descriptor > STDERR_FILENO) {
-            close(descriptor);
-            return;
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) == -1) {
+            open("/dev/null", descriptor == STDERR_FILENO ? O_WRONLY : O_RDONLY);  // the lowest that is free
         }
     }
 }
@@ -45,10 +45,10 @@ ExitStatus run_command(int argc, const char* const* argv)
         }
         return command.run ? bgp_rehearse::run(*command.run) : command.status;
     } catch (const bgp_rehearse::CommandError& error) {
-        fmt::print(stderr, "bgp-rehearse: {}\n", error.what());
+        bgp_rehearse::print_message(fmt::format("bgp-rehearse: {}\n", error.what()));
         return error.status();
     } catch (const std::exception& error) {
-        fmt::print(stderr, "bgp-rehearse: {}\n", bgp_rehearse::escaped(error.what()));
+        bgp_rehearse::print_message(fmt::format("bgp-rehearse: {}\n", bgp_rehearse::escaped(error.what())));
         return ExitStatus::BadInput;
     }
 }
@@ -58,6 +58,7 @@ ExitStatus run_command(int argc, const char* const* argv)
 int main(int argc, char** argv)
 {
     open_standard_streams();
+    std::signal(SIGPIPE, SIG_IGN);  // a broken pipe is a failed write
     ExitStatus status{};
     try {
         status = run_command(argc, argv);
@@ -65,7 +66,5 @@ int main(int argc, char** argv)
         std::signal(interrupted.signal, SIG_DFL);
         std::raise(interrupted.signal);
     }
-    // A big configuration takes long to free row by row, for nothing.
-    const bool flushed = std::fflush(nullptr) == 0;
-    std::_Exit(static_cast<int>(flushed || status != ExitStatus::Ok ? status : ExitStatus::NotWritten));
+    std::_Exit(static_cast<int>(status));  // a big configuration takes long to free row by row, for nothing
 }

@@ -5,11 +5,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <limits>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
 #include "base/given_value.h"
 #include "base/nearest.h"
+#include "base/standard_output.h"
 #include "base/text_escape.h"
 
 namespace bgp_rehearse {
@@ -442,7 +444,12 @@ CommandLine parse_command_line(int argc, const char* const* argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return {{}, {}, {}, {}, app.exit(error) == 0 ? ExitStatus::Ok : ExitStatus::BadInput};
+        std::ostringstream out;
+        std::ostringstream err;
+        const bool asked_for = app.exit(error, out, err) == 0;
+        print_out(out.str());
+        print_message(err.str());
+        return {{}, {}, {}, {}, asked_for ? ExitStatus::Ok : ExitStatus::BadInput};
     }
     CommandLine command;
     if (run->parsed()) {

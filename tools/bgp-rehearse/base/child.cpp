@@ -20,6 +20,9 @@ namespace bgp_rehearse {
 
 namespace {
 
+constexpr int kTick = 200;    // ms
+constexpr int kForever = -1;  // for poll()
+
 [[noreturn]] void no_child(const char* what)
 {
     throw CommandError(ExitStatus::BadInput,
@@ -87,6 +90,7 @@ void redirect_standard_streams()
         std::_Exit(EXIT_FAILURE);
     }
     redirect_standard_streams();
+    signal(SIGPIPE, SIG_DFL);
     interrupts.release();
     const int status = body(channel);
     // A big configuration takes long to free row by row, for nothing.
@@ -110,12 +114,15 @@ bool has_ended(pid_t child)
 }
 
 ChildEnd watch(const InterruptGuard& interrupts, pid_t child, int channel,
-               const std::function<void(std::string_view)>& on_line)
+               const std::function<void(std::string_view)>& on_line, const std::function<void()>& on_tick)
 {
     LineReader lines(channel, on_line);
     pollfd sources[] = {{interrupts.descriptor(), POLLIN, 0}, {channel, POLLIN, 0}};
     while (!has_ended(child)) {
-        poll(sources, 2, -1);
+        poll(sources, 2, on_tick ? kTick : kForever);
+        if (on_tick) {
+            on_tick();
+        }
         if (sources[1].revents != 0 && !lines.read_available()) {
             sources[1].fd = -1;  // poll() passes over it
         }
@@ -170,7 +177,7 @@ void InterruptGuard::release() const noexcept
 }
 
 ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(int channel)>& body,
-                      const std::function<void(std::string_view)>& on_line)
+                      const std::function<void(std::string_view)>& on_line, const std::function<void()>& on_tick)
 {
     int channel[2];
     if (pipe2(channel, O_CLOEXEC) != 0) {
@@ -191,7 +198,7 @@ ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(
     }
     setpgid(child, child);  // here too, so that it is done before the first kill()
     close(channel[1]);
-    const ChildEnd end = watch(interrupts, child, channel[0], on_line);
+    const ChildEnd end = watch(interrupts, child, channel[0], on_line, on_tick);
     close(channel[0]);
     return end;
 }

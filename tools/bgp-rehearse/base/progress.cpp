@@ -1,10 +1,12 @@
 #include "base/progress.h"
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <utility>
+
+#include "base/standard_output.h"
 
 namespace bgp_rehearse {
 
@@ -14,6 +16,7 @@ using std::chrono::steady_clock;
 constexpr std::chrono::seconds kQuiet{1};
 constexpr std::chrono::milliseconds kBetween{200};
 constexpr double kMegabyte = 1e6;
+constexpr int kUsualColumns = 80;
 
 }  // namespace
 
@@ -22,26 +25,39 @@ ProgressLine::ProgressLine(std::string what)
 {
 }
 
-ProgressLine::~ProgressLine()
+bool ProgressLine::due()
+{
+    if (!terminal_ || steady_clock::now() < next_) {
+        return false;
+    }
+    next_ = steady_clock::now() + kBetween;
+    return true;
+}
+
+// Cut to the terminal's width: a line that runs over cannot be taken away.
+void ProgressLine::put(std::string_view line)
+{
+    winsize size{};
+    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
+    print_message(fmt::format("\r{:.{}}\033[K", line, known ? size.ws_col - 1 : kUsualColumns - 1));
+    shown_ = true;
+}
+
+void ProgressLine::clear()
 {
     if (shown_) {
-        std::fputs("\r\033[K", stderr);
+        print_message("\r\033[K");
     }
+    shown_ = false;
 }
 
 void ProgressLine::show(std::size_t bytes, std::size_t total)
 {
-    if (!terminal_ || steady_clock::now() < next_) {
-        return;
-    }
-    next_ = steady_clock::now() + kBetween;
-    shown_ = true;
     const double done = static_cast<double>(bytes);
-    if (total > 0) {
-        fmt::print(stderr, "\r{} {:.0f} %\033[K", what_, 100.0 * done / static_cast<double>(total));
-    } else {
-        fmt::print(stderr, "\r{} {:.0f} MB\033[K", what_, done / kMegabyte);
-    }
+    show([&] {
+        return total > 0 ? fmt::format("{} {:.0f} %", what_, 100.0 * done / static_cast<double>(total))
+                         : fmt::format("{} {:.0f} MB", what_, done / kMegabyte);
+    });
 }
 
 }  // namespace bgp_rehearse

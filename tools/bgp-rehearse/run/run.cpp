@@ -13,11 +13,14 @@
 #include "base/child.h"
 #include "base/output_file.h"
 #include "base/progress.h"
+#include "base/standard_output.h"
 #include "base/terminal.h"
 #include "base/text_escape.h"
 #include "judge/judgement.h"
 #include "judge/stored_condition.h"
+#include "judge/words.h"
 #include "report/report.h"
+#include "run/facts.h"
 #include "run/files.h"
 #include "run/library.h"
 #include "run/messages.h"
@@ -94,6 +97,7 @@ public:
     int report() const noexcept { return report_file_; }
 
 private:
+    void show(ProgressLine& progress) const;
     void write_ended_report(Report report, const Ended& ended, std::optional<OutputFile>& json) const;
     Outcome ended(const ChildEnd& end, Report report, RunFiles& files);
     Outcome settle(RunFiles& files) const;
@@ -118,12 +122,14 @@ Outcome Run::rehearse()
     report_file_ = memfd_create("report", MFD_CLOEXEC);
     const RehearsalFiles files{report_file_, open.descriptor(open.output), open.descriptor(open.log),
                                open.descriptor(open.json)};
+    ProgressLine progress;
     const ChildEnd end = run_in_child(
         interrupts,
         [&](int channel) {
             return bgp_rehearse::rehearse(options_, library_, device_, blank, files, watch_, colour, channel);
         },
-        [this](std::string_view line) { told_.take(line); });
+        [this](std::string_view line) { told_.take(line); }, [&, this] { show(progress); });
+    progress.clear();
     if (end.interrupted_by != 0) {
         throw Interrupted{end.interrupted_by};
     }
@@ -131,6 +137,17 @@ Outcome Run::rehearse()
         throw CommandError(ExitStatus::BadInput, *told_.refused);
     }
     return told_.finished ? settle(open) : ended(end, blank, open);
+}
+
+// What comes after the upgrade shows its own progress, from the child.
+void Run::show(ProgressLine& progress) const
+{
+    if (told_.returned) {
+        progress.clear();
+        return;
+    }
+    progress.show(
+        [this] { return fmt::format("upgrading: {}, {} calls", told_.steps.current(), grouped(watch_.calls())); });
 }
 
 std::string Run::without_output() const
@@ -239,9 +256,7 @@ void print(int report)
     char piece[65536];
     lseek(report, 0, SEEK_SET);
     for (ssize_t size; (size = read(report, piece, sizeof piece)) > 0;) {
-        if (!write_all(STDOUT_FILENO, piece, static_cast<std::size_t>(size))) {
-            throw CommandError(ExitStatus::NotWritten, fmt::format("standard output: {}", std::strerror(errno)));
-        }
+        print_out({piece, static_cast<std::size_t>(size)});
     }
 }
 
@@ -256,8 +271,9 @@ void check_severities(const RunOptions& options)
 
 }  // namespace
 
-ExitStatus run(const RunOptions& options)
+ExitStatus run(const RunOptions& asked)
 {
+    const RunOptions options = with_facts(asked);
     check_severities(options);
     const std::string library = find_library(options.library);
     const RunTargets targets = check_targets(options, library);

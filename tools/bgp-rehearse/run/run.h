@@ -11,7 +11,7 @@ namespace bgp_rehearse {
 
 // Rehearses the upgrade and prints the report. Throws CommandError when it cannot, and Interrupted when a signal ended
 // it.
-ExitStatus run(const RunOptions& options);
+ExitStatus run(const RunOptions& asked);
 
 // The device of a rehearsal: set up as the command line says, and loaded with the stored configuration. Throws
 // CommandError (BadInput) when it cannot be. It is never freed: that would take a big configuration apart row by row, and

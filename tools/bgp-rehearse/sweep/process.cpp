@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -15,6 +16,12 @@
 
 namespace bgp_rehearse {
 
+namespace {
+
+constexpr int kTick = 200;  // ms
+
+}  // namespace
+
 SweepProcess::SweepProcess(const std::function<int(int channel)>& work)
 {
     int channel[2];
@@ -24,6 +31,7 @@ SweepProcess::SweepProcess(const std::function<int(int channel)>& work)
     process_ = fork();
     if (process_ == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
+        signal(SIGPIPE, SIG_DFL);
         close(channel[0]);
         std::_Exit(work(channel[1]));
     }
@@ -35,10 +43,14 @@ SweepProcess::SweepProcess(const std::function<int(int channel)>& work)
     }
 }
 
-SweepProcess::End SweepProcess::wait()
+SweepProcess::End SweepProcess::wait(const std::function<void()>& on_tick)
 {
     End end;
     char piece[4096];
+    pollfd source{channel_, POLLIN, 0};
+    while (on_tick && poll(&source, 1, kTick) == 0) {
+        on_tick();
+    }
     for (ssize_t size; (size = read(channel_, piece, sizeof piece)) > 0 || (size < 0 && errno == EINTR);) {
         end.text.append(piece, size < 0 ? 0 : static_cast<std::size_t>(size));
     }

@@ -18,7 +18,9 @@ public:
         std::string text;  // all that came through the pipe
         int status = 0;    // as waitpid() gives it
     };
-    End wait();  // once
+
+    // Once. `on_tick`, if given, is called a few times a second as long as nothing comes.
+    End wait(const std::function<void()>& on_tick = {});
 
 private:
     pid_t process_;

@@ -38,7 +38,7 @@ const char* word_for(Must must)
 
 class TextReport : LineWriter {
 public:
-    explicit TextReport(const Tally& tally) : tally_(tally) {}
+    TextReport(const Tally& tally, bool colour) : tally_(tally), colour_(colour) {}
 
     std::string write(std::size_t configurations)
     {
@@ -51,6 +51,8 @@ public:
     }
 
 private:
+    std::string red(const std::string& text) const { return colour_ ? "\033[31m" + text + "\033[0m" : text; }
+
     void totals()
     {
         for (std::size_t kind = 0; kind < kRunKinds; ++kind) {
@@ -60,7 +62,8 @@ private:
             line("  {:>8} {}", tally_.outcomes[outcome], kOutcomeNames[outcome]);
         }
         line("  {:>8} of {} call sites reached", tally_.sites_reached(), tally_.sites.size());
-        line("  {:>8} contract breaks", tally_.breaks);
+        const std::string breaks = fmt::format("{:>8} contract breaks", tally_.breaks);
+        line("  {}", tally_.breaks > 0 ? red(breaks) : breaks);
     }
 
     void table()
@@ -94,11 +97,12 @@ private:
     void breaks()
     {
         for (const auto& [text, run] : tally_.kept_breaks) {
-            line("Broken: {}\n  first in {}", escaped(text), escaped(run));
+            line("{} {}\n  first in {}", red("Broken:"), escaped(text), escaped(run));
         }
     }
 
     const Tally& tally_;
+    bool colour_;
 };
 
 Json named(const std::array<std::size_t, kOutcomes>& outcomes)
@@ -120,9 +124,9 @@ Json site_json(const SiteRule& rule, const SiteTally& site)
 
 }  // namespace
 
-std::string text_sweep_report(const std::vector<std::string>& configurations, const Tally& tally)
+std::string text_sweep_report(const std::vector<std::string>& configurations, const Tally& tally, bool colour)
 {
-    return TextReport(tally).write(configurations.size());
+    return TextReport(tally, colour).write(configurations.size());
 }
 
 std::string json_sweep_report(const std::vector<std::string>& configurations, const Tally& tally)

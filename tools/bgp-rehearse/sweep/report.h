@@ -8,7 +8,7 @@
 
 namespace bgp_rehearse {
 
-std::string text_sweep_report(const std::vector<std::string>& configurations, const Tally& tally);
+std::string text_sweep_report(const std::vector<std::string>& configurations, const Tally& tally, bool colour);
 std::string json_sweep_report(const std::vector<std::string>& configurations, const Tally& tally);
 
 }  // namespace bgp_rehearse

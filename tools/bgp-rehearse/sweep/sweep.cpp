@@ -2,19 +2,21 @@
 
 #include <arpa/inet.h>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
+#include <functional>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "base/output_file.h"
+#include "base/progress.h"
+#include "base/standard_output.h"
+#include "base/terminal.h"
 #include "base/text_escape.h"
+#include "judge/words.h"
 #include "run/library.h"
 #include "run/run.h"
 #include "sweep/errors.h"
@@ -23,6 +25,7 @@
 #include "sweep/process.h"
 #include "sweep/report.h"
 #include "sweep/run.h"
+#include "sweep/runs_done.h"
 #include "sweep/tally.h"
 
 namespace bgp_rehearse {
@@ -45,8 +48,9 @@ struct Part {
 // One worker's part of a configuration's runs.
 class PartSweep {
 public:
-    PartSweep(Device& device, const std::string& library, const SweepOptions& options, std::string name, Part part)
-        : device_(device), library_(library), options_(options), name_(std::move(name)), part_(part)
+    PartSweep(Device& device, const std::string& library, const SweepOptions& options, std::string name, Part part,
+              RunsDone& runs)
+        : device_(device), library_(library), options_(options), name_(std::move(name)), part_(part), runs_(runs)
     {
     }
 
@@ -73,7 +77,9 @@ private:
     void sweep_plans(const Baseline& baseline, const std::vector<SweepPlan>& plans)
     {
         tally_.take_baseline(baseline, name_);
-        for (std::size_t i = part_.number; i < plans.size(); i += part_.of * options_.every) {
+        const std::size_t step = part_.of * options_.every;
+        runs_.planned += plans.size() > part_.number ? (plans.size() - part_.number - 1) / step + 1 : 0;
+        for (std::size_t i = part_.number; i < plans.size(); i += step) {
             sweep_found(baseline, plans[i], run(baseline, plans[i]));
         }
     }
@@ -89,6 +95,7 @@ private:
                 continue;
             }
             for (const PlannedFailure& failure : failures_of(site.function)) {
+                ++runs_.planned;
                 run(baseline, {{plan.calls.front(), {call, site, failure, false}}, 0});
             }
         }
@@ -98,6 +105,7 @@ private:
     {
         RunVerdict verdict = run_plan(device_, library_, baseline, plan);
         tally_.take(plan, verdict, name_ + ": " + describe(plan));
+        ++runs_.done;
         return verdict;
     }
 
@@ -106,13 +114,14 @@ private:
     const SweepOptions& options_;
     const std::string name_;
     const Part part_;
+    RunsDone& runs_;
     Tally tally_;
     std::set<std::string> known_;  // names of sites that are swept
 };
 
-Tally tally_from(SweepProcess& worker, const std::string& name)
+Tally tally_from(SweepProcess& worker, const std::string& name, const std::function<void()>& on_tick)
 {
-    const std::string text = worker.wait().text;
+    const std::string text = worker.wait(on_tick).text;
     if (text.empty()) {
         throw CommandError(ExitStatus::UpgradeEnded,
                            fmt::format("{0}: the upgrade does not return even when nothing fails: "
@@ -132,15 +141,24 @@ int tell(const Tally& tally, int channel)
 Tally sweep_configuration(const SweepOptions& options, const std::string& library, const std::string& name)
 {
     Device& device = load_device(options.device, name);
+    const SharedRunsDone runs;
     std::vector<SweepProcess> workers;
     for (unsigned int i = 0; i < options.jobs; ++i) {
         workers.emplace_back([&](int channel) {
-            return tell(PartSweep(device, library, options, name, {i, options.jobs}).sweep(), channel);
+            return tell(PartSweep(device, library, options, name, {i, options.jobs}, *runs.get()).sweep(), channel);
         });
     }
+    ProgressLine progress;
+    const auto show = [&] {
+        progress.show([&] {
+            return runs->planned == 0 ? fmt::format("sweeping {}: a run without failures", escaped(name))
+                                      : fmt::format("sweeping {}: {} of {} runs", escaped(name), grouped(runs->done),
+                                                    grouped(runs->planned));
+        });
+    };
     Tally tally;
     for (SweepProcess& worker : workers) {
-        tally.add(tally_from(worker, name));
+        tally.add(tally_from(worker, name, show));
     }
     return tally;
 }
@@ -154,11 +172,8 @@ ExitStatus sweep(const SweepOptions& options)
     for (const std::string& name : options.configurations) {
         tally.add(sweep_configuration(options, library, name));
     }
-    const std::string text = options.json ? json_sweep_report(options.configurations, tally)
-                                          : text_sweep_report(options.configurations, tally);
-    if (!write_all(STDOUT_FILENO, text.data(), text.size())) {
-        throw CommandError(ExitStatus::NotWritten, fmt::format("standard output: {}", std::strerror(errno)));
-    }
+    print_out(options.json ? json_sweep_report(options.configurations, tally)
+                           : text_sweep_report(options.configurations, tally, wants_colour(options.colour)));
     const bool all = tally.sites_reached() == tally.sites.size();
     return tally.breaks > 0 || (options.all_sites && !all) ? ExitStatus::ContractBroken : ExitStatus::Ok;
 }
