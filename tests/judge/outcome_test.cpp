@@ -298,10 +298,11 @@ TEST(StandInDoubts, MoveOntoTheOwnKey_IsToldWhereTheRowIsWrittenBehindIt)
         "<bgpNmEntTable><bgpNmEntEntry><bgpNmEntIndex>1</bgpNmEntIndex><bgpNmEntRmIndex>7"
         "</bgpNmEntRmIndex></bgpNmEntEntry></bgpNmEntTable>");
     entity.replace(entity.find("<bgpRmEntIndex>5"), 16, "<bgpRmEntIndex>1");
-    JudgedUpgrade written(entity);
-    written.run();
-    EXPECT_EQ(doubts_of(written), std::vector<std::string>{"note question 2 "});
-
+    {
+        JudgedUpgrade written(entity);
+        written.run();
+        EXPECT_EQ(doubts_of(written), std::vector<std::string>{"note question 2 "});
+    }
     entity.replace(entity.find("<bgpNmEntRmIndex>7"), 18, "<bgpNmEntRmIndex>1");
     JudgedUpgrade same(entity);
     same.run();

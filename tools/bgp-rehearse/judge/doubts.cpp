@@ -26,6 +26,7 @@ using bgp_platform::store::Path;
 enum class Matters {
     Always,        // once a call has depended on it
     Never,         // the other answer shows in texts of the log alone, or makes the upgrade do the same
+    WithRows,      // where the list that the first of the calls named has rows
     WithWritten,   // where a row that was moved onto its own key was written behind the move
     WithRowsMade,  // where the row that a value was to be set in is not in the result anyway
 };
@@ -53,9 +54,9 @@ constexpr Doubt kDoubts[] = {
     {Reading::ShortNumberInPathIsTaken, Matters::Always, Severity::Note, "a short number can stand in a path"},
     {Reading::WholeListOrContainerIsDeleted, Matters::Always, Severity::Note,
      "an entry of a list of numbers can be deleted"},
-    {Reading::KeyOfMoreThanEightIsTaken, Matters::Always, Severity::Note, "a key may have more than eight parts"},
+    {Reading::KeyOfMoreThanEightIsTaken, Matters::WithRows, Severity::Note, "a key may have more than eight parts"},
     {Reading::OctetsAreInLowerCase, Matters::Never, Severity::Note, "octets are in lower case"},
-    {Reading::KeyIsQuotedBlanksAreTaken, Matters::Always, Severity::Note,
+    {Reading::KeyIsQuotedBlanksAreTaken, Matters::WithRows, Severity::Note,
      "a path may have quoted keys, and blanks beside braces"},
     {Reading::EmptyPathIsBadDefaultExists, Matters::Always, Severity::Note, "a value that has only its default exists"},
     {Reading::OneThreadOneDevice, Matters::Always, Severity::Note, "one thread calls, for one device"},
@@ -75,7 +76,7 @@ public:
         const std::vector<MetReading> met = evidence_.device.readings();
         for (const Doubt& doubt : kDoubts) {
             for (const MetReading& reading : met) {
-                if (reading.number == static_cast<int>(doubt.reading) && matters(doubt.matters)) {
+                if (reading.number == static_cast<int>(doubt.reading) && matters(doubt.matters, reading.place)) {
                     findings->push_back(finding(doubt, reading));
                 }
             }
@@ -93,11 +94,13 @@ private:
         return written;
     }
 
-    bool matters(Matters when) const
+    bool matters(Matters when, const std::string& place) const
     {
         switch (when) {
             case Matters::Always:
                 return true;
+            case Matters::WithRows:
+                return has_rows(place);
             case Matters::WithWritten:
                 return written_in_place_;
             case Matters::WithRowsMade:
@@ -106,6 +109,17 @@ private:
                 break;
         }
         return false;
+    }
+
+    bool has_rows(const std::string& place) const
+    {
+        const std::optional<Path> path = evidence_.device.path_of(place);
+        if (!path) {
+            return true;
+        }
+        Path list = *path;
+        list.node = list.entries.empty() ? list.node : list.entries.back().list;
+        return evidence_.device.configuration(Datastore::Transaction).count(list) > 0;
     }
 
     // Whether a row that a value was to be set in, and that was not there, is not in the result either.

@@ -29,11 +29,11 @@ constexpr const char* kIds[] = {
     "identity-changed",
     "redistribution-changed",
     "index-changed",
-    "stand-in-doubt",
     "again",
     "limit-rewritten",
     "action-rewritten",
     "route-map-rewritten",
+    "stand-in-doubt",
     "failed-as-expected",
     "left-out",
 };

@@ -33,11 +33,11 @@ enum class FindingId : uint8_t {
     IdentityChanged,
     RedistributionChanged,
     IndexChanged,
-    StandInDoubt,
     Again,
     LimitRewritten,
     ActionRewritten,
     RouteMapRewritten,
+    StandInDoubt,
     FailedAsExpected,
     LeftOut,
 };
