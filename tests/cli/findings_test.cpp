@@ -142,7 +142,7 @@ TEST(Findings, FullStandardOutput_IsTold)
 {
     const CommandResult result = run_command({"/bin/sh", "-c", BGP_REHEARSE " findings >/dev/full"});
     EXPECT_EQ(result.status, 5);
-    EXPECT_THAT(result.err, HasSubstr("standard output could not be written: No space left on device"));
+    EXPECT_THAT(result.err, HasSubstr("standard output: No space left on device"));
 }
 
 TEST(FindingSections, Chapter_EndsAtTheNextOne)

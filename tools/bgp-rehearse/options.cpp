@@ -360,7 +360,7 @@ CLI::App* add_findings(CLI::App* app, FindingsOptions* options)
 {
     CLI::App* findings = app->add_subcommand("findings", "List the findings, or tell what one means and what to do");
     findings->add_option("ID", options->id, "The finding (default: all are listed)")->option_text(" ");
-    findings->footer("Exit status: 0; 2 no finding has the id; 5 standard output could not be written");
+    findings->footer("Exit status: 0; 2 no finding has the id; 5 it could not be printed");
     return findings;
 }
 

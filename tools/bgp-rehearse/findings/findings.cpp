@@ -1,15 +1,13 @@
 #include "findings/findings.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
+#include <iterator>
 #include <vector>
 
 #include "base/nearest.h"
-#include "base/output_file.h"
+#include "base/standard_output.h"
 #include "base/terminal.h"
 #include "base/text_escape.h"
 #include "base/wrap.h"
@@ -65,11 +63,7 @@ ExitStatus tell_findings(const FindingsOptions& options)
 {
     const std::vector<FindingSection> sections = finding_sections(builtin_page());
     const std::size_t columns = line_columns().value_or(kUsualColumns);
-    const std::string text = options.id.empty() ? list_of(sections, columns) : text_of(sections, options.id, columns);
-    if (!write_all(STDOUT_FILENO, text.data(), text.size())) {
-        throw CommandError(ExitStatus::NotWritten,
-                           fmt::format("standard output could not be written: {}", std::strerror(errno)));
-    }
+    print_out(options.id.empty() ? list_of(sections, columns) : text_of(sections, options.id, columns));
     return ExitStatus::Ok;
 }
 

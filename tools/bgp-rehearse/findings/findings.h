@@ -11,7 +11,7 @@ struct FindingsOptions {
     std::string id;  // of the one that is told; empty: all are listed
 };
 
-// Prints to standard output. Throws CommandError for an id that no finding has.
+// Prints to standard output. Throws CommandError for an id that no finding has, and where it cannot print.
 ExitStatus tell_findings(const FindingsOptions& options);
 
 }  // namespace bgp_rehearse
