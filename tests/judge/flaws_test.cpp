@@ -84,7 +84,8 @@ TEST_P(FlawedRouters, HaveItsFindingAndNoOtherAboveANote)
     const KnownFlaw& flaw = GetParam();
     for (uint64_t seed = 0; seed < kSeedsOfAFlaw && !is_told_by_the_command(flaw); ++seed) {
         SCOPED_TRACE(fmt::format("{} seed {}", flaw.name, seed));
-        JudgedUpgrade upgrade(configuration_with(flaw, seed));
+        const std::string configuration = configuration_with(flaw, seed);
+        JudgedUpgrade upgrade(configuration);
         upgrade.assumptions().interfaces_given = std::string(flaw.finding) != "identity-guessed";
         upgrade.run();
         const Judgement judgement = upgrade.judged();
@@ -92,7 +93,10 @@ TEST_P(FlawedRouters, HaveItsFindingAndNoOtherAboveANote)
         if (flaw.flaw == Flaw::TwoEntities) {
             told.erase("review reference-broken");  // the closing steps write rows for instances that no step has made
         }
-        const bool note = std::string(flaw.severity) == "note";
+        // Lists that no route map matches have no effect.
+        const bool unused =
+            flaw.flaw == Flaw::CollidingNames && configuration.find("<bgpRouteMapMaPrefixList>") == std::string::npos;
+        const bool note = unused || std::string(flaw.severity) == "note";
         ASSERT_EQ(told, note ? std::set<std::string>()
                              : std::set<std::string>{fmt::format("{} {}", flaw.severity, flaw.finding)})
             << findings_text(judgement);

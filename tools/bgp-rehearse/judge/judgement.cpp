@@ -52,6 +52,7 @@ std::vector<std::unique_ptr<Rule>> all_rules(const Evidence& evidence)
     rules.push_back(failures_rule(evidence));
     rules.push_back(doubts_rule(evidence));
     rules.push_back(left_out_rule(evidence));
+    rules.push_back(carried_rule(evidence));
     rules.push_back(references_rule(evidence));
     rules.push_back(family_off_rule(evidence));
     rules.push_back(effects_rule(evidence));

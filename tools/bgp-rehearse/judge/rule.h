@@ -21,7 +21,8 @@ public:
 };
 
 // The rules, one for each source of that name. The evidence outlives them.
-std::unique_ptr<Rule> effects_rule(const Evidence& evidence);     // leaves that get another value
+std::unique_ptr<Rule> carried_rule(const Evidence& evidence);  // rows that are carried into another shape, and were not
+std::unique_ptr<Rule> effects_rule(const Evidence& evidence);  // leaves that get another value
 std::unique_ptr<Rule> family_off_rule(const Evidence& evidence);  // neighbours' families that are turned off
 std::unique_ptr<Rule> failures_rule(const Evidence& evidence);    // failed writes
 std::unique_ptr<Rule> doubts_rule(const Evidence& evidence);     // what the embedded platform takes for granted

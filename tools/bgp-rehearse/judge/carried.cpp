@@ -1,0 +1,384 @@
+// Rows that an upgrade carries into another shape and leaves where they are: access list rules into prefix lists, VRFs into
+// BGP instances, router entities into the command-line model. An old row whose counterpart is not in the result stays behind.
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <tuple>
+#include <unordered_set>
+
+#include "contract/steps.h"
+#include "judge/path_template.h"
+#include "judge/rule.h"
+#include "judge/words.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+using bgp_contract::Class;
+using bgp_platform::Datastore;
+using bgp_platform::capi::Function;
+using bgp_platform::schema::Node;
+using bgp_platform::schema::Schema;
+using bgp_platform::schema::Value;
+using bgp_platform::store::Configuration;
+using bgp_platform::store::List;
+using bgp_platform::store::Row;
+using bgp_platform::store::Trail;
+
+// How it is told that rows have no counterpart, and which call that failed says why: the contract has its sentence.
+struct LeftWords {
+    const char* step;
+    Function function;
+    const char* one;
+    const char* many;
+};
+
+constexpr LeftWords kUnnamedRule = {bgp_contract::kUpdatePrefixList.name, Function::cdb_get, "goes into no prefix list",
+                                    "go into no prefix list"};
+constexpr LeftWords kTakenRule = {bgp_contract::kUpdatePrefixList.name, Function::maapi_create,
+                                  "goes into no prefix list", "go into no prefix list"};
+constexpr LeftWords kVrf = {bgp_contract::kUpdateVrf.name, Function::cdb_get, "gets no BGP instance",
+                            "get no BGP instance"};
+
+// Rows that the step makes from one old row each, where both are told by a path alone.
+struct CarriedRow {
+    const char* list;
+    const char* step;
+    const char* to;
+    const char* one;
+    const char* many;
+};
+
+constexpr CarriedRow kCarriedRows[] = {
+    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", bgp_contract::kUpdateRouterBgp.name, "/router/bgp{$bgpRmEntLocalAs}",
+     "is not in the command-line model", "are not in the command-line model"},
+    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", bgp_contract::kUpdateRmIndex.name,
+     "/bgp-internal/bgp-vrf{0}/as-to-bgp-idx{$bgpRmEntLocalAs}", "has no number for its AS",
+     "have no number for their AS"},
+};
+
+// Of the sentence of a failed call what says why: "its list has no name".
+std::string_view reason_in(std::string_view sentence)
+{
+    const std::size_t colon = sentence.find(": ");
+    return colon == std::string_view::npos ? sentence : sentence.substr(colon + 2);
+}
+
+// "their list has no name", of several rows.
+std::string of_many(std::string_view reason)
+{
+    constexpr std::pair<std::string_view, std::string_view> kWords[] = {{"its ", "their "}, {"it has ", "they have "}};
+    for (const auto& [one, many] : kWords) {
+        if (reason.substr(0, one.size()) == one) {
+            return std::string(many) + std::string(reason.substr(one.size()));
+        }
+    }
+    return std::string(reason);
+}
+
+// Access list rules and the sequences of prefix lists that they become.
+class Sequences {
+public:
+    Sequences(const Schema& schema, const Configuration& result)
+        : lists_(find_node(schema, "/prefix-list")),
+          sequences_(lists_->child("seq")),
+          address_(sequences_->child("address"))
+    {
+        const Node& rules = *find_node(schema, "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry");
+        prefix_ = rules.child("aallPreAccessListAddrPrefix");
+        length_ = rules.child("aallPreAccessListAddrPrefLen");
+        same_[0] = {rules.child("aallPreAccessListIncluded"), sequences_->child("action"), Value()};
+        same_[1] = {rules.child("aallPreAccessListAddrPrefGe"), sequences_->child("ge"), Value::of_int(0)};
+        same_[2] = {rules.child("aallPreAccessListAddrPrefLe"), sequences_->child("le"), Value::of_int(0)};
+        all_ = &result.root().list(lists_->slot);
+    }
+
+    // Whether the prefix list of that name has the rule, and not another of its number.
+    bool have(const Row& rule, const Value& name) const
+    {
+        const Row* const list = all_->find(&name, 1);
+        const Row* const sequence = list == nullptr ? nullptr : list->list(sequences_->slot).find(&rule.value(1), 1);
+        return sequence != nullptr && sequence->value(address_->slot) == address_of(rule) &&
+               std::all_of(std::begin(same_), std::end(same_), [&](const Same& each) {
+                   const Value* const old_value = value_in(rule, *each.of_rule);
+                   const Value* const new_value = value_in(*sequence, *each.of_sequence);
+                   return (old_value == nullptr ? each.none : *old_value) ==
+                          (new_value == nullptr ? each.none : *new_value);
+               });
+    }
+
+private:
+    struct Same {
+        const Node* of_rule;
+        const Node* of_sequence;
+        Value none;  // what stands for a value that is not set
+    };
+
+    Value address_of(const Row& rule) const
+    {
+        in_addr address{};
+        const std::string_view octets = rule.value(prefix_->slot).is_octets() ? rule.value(prefix_->slot).bytes() : "";
+        octets.copy(reinterpret_cast<char*>(&address), sizeof address);
+        return Value::of_ipv4_prefix(address, static_cast<uint8_t>(rule.value(length_->slot).as_uint()));
+    }
+
+    const Node* lists_;
+    const Node* sequences_;
+    const Node* address_;
+    const Node* prefix_ = nullptr;
+    const Node* length_ = nullptr;
+    Same same_[3];
+    const List* all_ = nullptr;
+};
+
+class Carried : public Rule {
+public:
+    explicit Carried(const Evidence& evidence)
+        : evidence_(evidence),
+          stored_(evidence.device.configuration(Datastore::Stored)),
+          result_(evidence.device.configuration(Datastore::Transaction))
+    {
+    }
+
+    void find(std::vector<Finding>* findings) override
+    {
+        find_access_lists();
+        find_vrfs();
+        for (const CarriedRow& carried : kCarriedRows) {
+            find_rows(carried);
+        }
+        for (auto& [words, finding] : found_) {
+            finding.count = finding.places.size();
+            finding.sentence = sentence(words, finding);
+            finding.short_form = finding.severity == Severity::Note ? "" : finding.sentence;
+            findings->push_back(std::move(finding));
+        }
+    }
+
+private:
+    // Told in one sentence: why, and whether something uses the rows.
+    struct Words {
+        const char* step;
+        std::string one;
+        std::string many;
+        Severity severity;
+        Noun noun;
+
+        bool operator<(const Words& other) const
+        {
+            return std::tie(severity, one, many) < std::tie(other.severity, other.one, other.many);
+        }
+    };
+
+    static std::string sentence(const Words& words, const Finding& finding)
+    {
+        const bool one = finding.count == 1;
+        return fmt::format(
+            "{} {}{}", counted(finding.count, words.noun), one ? words.one : words.many,
+            words.severity == Severity::Note ? ", and nothing uses " + std::string(one ? "it" : "them") : "");
+    }
+
+    const Node& list(std::string_view path) const { return *find_node(evidence_.device.schema(), path); }
+    const List& rows(const Configuration& configuration, const Node& list) const
+    {
+        return configuration.root().list(list.slot);
+    }
+
+    bool ran(std::string_view step) const
+    {
+        return std::any_of(evidence_.steps.begin(), evidence_.steps.end(),
+                           [step](const Step& each) { return each.name == step && each.outcome == StepOutcome::Ran; });
+    }
+
+    void add(const Words& words, const Row& row, const Trail& around = {})
+    {
+        Finding& finding = found_[words];
+        finding.id = FindingId::RowLeft;
+        finding.severity = words.severity;
+        finding.step = words.step;
+        Place place;
+        place.before = &row;
+        place.after = nullptr;
+        if (!around.empty()) {
+            if (finding.around.back() != around) {
+                finding.around.push_back(around);
+            }
+            place.around = static_cast<uint32_t>(finding.around.size() - 1);
+        }
+        finding.places.push_back(place);
+    }
+
+    // With the reason that the first such call gave that failed.
+    Words words_of(const LeftWords& left, const Noun& noun, Severity severity) const
+    {
+        std::string_view reason;
+        evidence_.failed_calls.for_each([&](const FailedCalls::Call& call) {
+            if (reason.empty() && call.kind == Class::Left && call.step == std::string_view(left.step) &&
+                call.function == left.function) {
+                reason = reason_in(call.sentence);
+            }
+        });
+        const std::string because = reason.empty() ? "" : fmt::format(": {}", reason);
+        const std::string of_several = reason.empty() ? "" : ": " + of_many(reason);
+        return {left.step, left.one + because, left.many + of_several, severity, noun};
+    }
+
+    // Access lists by their names: those of one name get one prefix list, that of the first.
+    struct Named {
+        Value first;
+        bool used;  // one of them is
+    };
+
+    void find_access_lists()
+    {
+        if (!ran(bgp_contract::kUpdatePrefixList.name)) {
+            return;
+        }
+        const Node& rules = list("/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry");
+        const std::set<Value> used = used_lists();
+        std::map<Value, Named> names;
+        for_each_access_list(rules, [&](const Row& first_rule, const Value* name) {
+            if (name != nullptr) {
+                const bool is_used = used.count(first_rule.value(0)) > 0;
+                const auto [named, fresh] = names.try_emplace(*name, Named{first_rule.value(0), is_used});
+                named->second.used = named->second.used || is_used;
+            }
+        });
+        const auto words = [&](const LeftWords& left, bool is_used) {
+            return words_of(left, noun_of(rules), is_used ? Severity::Review : Severity::Note);
+        };
+        const Sequences sequences(evidence_.device.schema(), result_);
+        const Words unnamed[] = {words(kUnnamedRule, false), words(kUnnamedRule, true)};
+        const Words taken[] = {words(kTakenRule, false), words(kTakenRule, true)};
+        for_each_access_list(rules, [&](const Row& first_rule, const Value* name) {
+            const bool is_used = name == nullptr ? used.count(first_rule.value(0)) > 0 : names.at(*name).used;
+            if (name != nullptr && names.at(*name).first != first_rule.value(0)) {
+                add({bgp_contract::kUpdatePrefixList.name,
+                     "shares the prefix list of another: it has the same name",
+                     "share the prefix list of another: they have the same name",
+                     is_used ? Severity::Review : Severity::Note,
+                     {"access list", "access lists"}},
+                    first_rule);
+            }
+            for_each_rule_of(first_rule, [&](const Row& rule) {
+                if (name == nullptr) {
+                    add(unnamed[is_used ? 1 : 0], rule);
+                } else if (!sequences.have(rule, *name)) {
+                    add(taken[is_used ? 1 : 0], rule);
+                }
+            });
+        });
+    }
+
+    // Calls visit(first rule, name or null) for each of the stored access lists.
+    template <typename Visit>
+    void for_each_access_list(const Node& rules, const Visit& visit) const
+    {
+        const Row* last = nullptr;
+        rows(stored_, rules).for_each([&](const Row& rule) {
+            if (last == nullptr || last->value(0) != rule.value(0)) {
+                visit(rule, name_of_list(rule.value(0)));
+            }
+            last = &rule;
+        });
+    }
+
+    template <typename Visit>
+    void for_each_rule_of(const Row& first_rule, const Visit& visit) const
+    {
+        List::Iterator rule = rows(stored_, *first_rule.record().owner).iterate_after(first_rule.keys(), 1);
+        for (; rule && (*rule)->value(0) == first_rule.value(0); ++rule) {
+            visit(**rule);
+        }
+    }
+
+    // The access lists that a route map matches.
+    std::set<Value> used_lists() const
+    {
+        std::set<Value> used;
+        const Node& maps = list("/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry");
+        const uint16_t slot = maps.child("bgpRouteMapMaPrefixList")->slot;
+        rows(stored_, maps).for_each([&](const Row& map) { used.insert(map.value(slot)); });
+        return used;
+    }
+
+    // Under the router entity's index or the next one, as the step looks it up; null when it has none.
+    const Value* name_of_list(const Value& index) const
+    {
+        const Row* const entity = rows(stored_, list("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry")).at(0);
+        const Node& names = list("/internal/aallPreAccessListEntry-hidden/aallPreAccessListEntry-get");
+        for (const uint32_t more : {0U, 1U}) {
+            const Value key[] = {Value::of_uint(static_cast<uint32_t>(entity->value(0).as_uint() + more)), index};
+            const Row* const row = rows(stored_, names).find(key, std::size(key));
+            if (row != nullptr && value_in(*row, *names.child("name")) != nullptr) {
+                return value_in(*row, *names.child("name"));
+            }
+        }
+        return nullptr;
+    }
+
+    void find_vrfs()
+    {
+        if (!ran(bgp_contract::kUpdateVrf.name)) {
+            return;
+        }
+        const Node& entities = list("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+        std::unordered_set<std::string_view> with_instance;
+        rows(result_, entities).for_each([&](const Row& entity) {
+            const Value& name = entity.value(entities.child("bgpRmEntVrfName")->slot);
+            if (!name.absent()) {
+                with_instance.insert(name.bytes());
+            }
+        });
+        const Node& routers = list("/router/bgp");
+        const Node& vrfs = *routers.child("vrf");
+        const Words words = words_of(kVrf, noun_of(vrfs), Severity::Review);
+        rows(stored_, routers).for_each([&](const Row& router) {
+            router.list(vrfs.slot).for_each([&](const Row& vrf) {
+                if (with_instance.count(vrf.value(0).bytes()) == 0) {
+                    add(words, vrf, {&router});
+                }
+            });
+        });
+    }
+
+    // A value that could not be written is told as that, and not as a row that stays behind.
+    void find_rows(const CarriedRow& carried)
+    {
+        bool failed = false;
+        evidence_.failed_calls.for_each([&](const FailedCalls::Call& call) {
+            failed = failed || (call.step == std::string_view(carried.step) && call.kind == Class::Loses);
+        });
+        if (failed || !ran(carried.step)) {
+            return;
+        }
+        const Node& from = list(carried.list);
+        const PathTemplate to(evidence_.device.schema(), carried.to, &from);
+        Lookup lookup(to, result_);
+        rows(stored_, from).for_each([&](const Row& row) {
+            if (lookup.row({{}, row}) == nullptr) {
+                add({carried.step, carried.one, carried.many, Severity::Review, noun_of(from)}, row);
+            }
+        });
+    }
+
+    const Evidence& evidence_;
+    const Configuration& stored_;
+    const Configuration& result_;
+    std::map<Words, Finding> found_;
+};
+
+}  // namespace
+
+std::unique_ptr<Rule> carried_rule(const Evidence& evidence)
+{
+    return std::make_unique<Carried>(evidence);
+}
+
+}  // namespace bgp_rehearse
