@@ -153,6 +153,29 @@ TEST(OutcomeFindings, StepThatGaveUp_StopsTheUpgrade)
     EXPECT_EQ(upgrade.judged().verdict.word(), std::string("STOP"));
 }
 
+std::string second_entity(const std::string& leaves)
+{
+    return "<bgpRmEntTable><bgpRmEntEntry><bgpRmEntIndex>65537</bgpRmEntIndex><bgpRmEntLocalAs>65010</"
+           "bgpRmEntLocalAs>" +
+           leaves + "</bgpRmEntEntry></bgpRmEntTable>";
+}
+
+TEST(OutcomeFindings, SeveralEntities_StopTheUpgradeUnlessTheOthersAreOfVrfs)
+{
+    const std::string maps =
+        R"(<bgp-internal xmlns="urn:bgp-update:yang:bgp-internal"><bgp-vrf><vrf-idx>0</vrf-idx><as-to-bgp-idx>
+           <as>65010</as><inst-idx>0</inst-idx></as-to-bgp-idx><idx-to-bgp-as><idx>0</idx><as-number>65010</as-number>
+           </idx-to-bgp-as></bgp-vrf></bgp-internal>)";
+    const std::string of_vrf = second_entity("<bgpRmEntVrfName>red</bgpRmEntVrfName>");
+    for (const auto& [configuration, stops] :
+         {std::pair{router(second_entity("")), 1U}, {router(of_vrf), 1U}, {router(of_vrf, maps), 0U}}) {
+        JudgedUpgrade upgrade(configuration);
+        upgrade.run();
+        EXPECT_EQ(findings_of(upgrade.judged(), FindingId::StepFailed).size(), stops)
+            << findings_text(upgrade.judged());
+    }
+}
+
 TEST(OutcomeFindings, FaultThatTheUpgradeWentOnFrom_StopsIt)
 {
     JudgedUpgrade upgrade(router());

@@ -255,7 +255,7 @@ TEST_F(References, HiddenRowsOfMovedRules_AreTold)
     request.flaws = {bgp_generator::healthy::Flaw::AnnouncedNetworks};
     upgrade_.emplace(bgp_generator::configuration_text(request));
     upgrade_->run();
-    EXPECT_THAT(findings(), ElementsAre(testing::StartsWith("stop: 1 internal redistribution row stands for a "
+    EXPECT_THAT(findings(), ElementsAre(testing::StartsWith("review: 1 internal redistribution row stands for a "
                                                             "redistribution rule that is not there now: rule 5")));
     EXPECT_EQ(findings_of(upgrade_->judged(), FindingId::ReferenceBroken).front().step, "update_rm_index");
 }

@@ -5,11 +5,19 @@
 #include <map>
 #include <utility>
 
+#include "judge/path_template.h"
 #include "judge/rule.h"
 
 namespace bgp_rehearse {
 
 namespace {
+
+using bgp_platform::Datastore;
+using bgp_platform::schema::Node;
+using bgp_platform::schema::Value;
+using bgp_platform::store::Configuration;
+using bgp_platform::store::List;
+using bgp_platform::store::Row;
 
 Finding stop(FindingId id, std::string sentence)
 {
@@ -29,6 +37,29 @@ void say(Finding* finding, std::string path, std::string text)
     finding->places.push_back(place);
 }
 
+// Whether several entities are stored, of which all but one are of VRFs, and that one has its place among the instances.
+bool is_converted(const bgp_platform::Device& device)
+{
+    const Configuration& stored = device.configuration(Datastore::Stored);
+    std::vector<const Row*> of_no_vrf;
+    const Node& list = *find_node(stored.schema(), "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+    const List& entities = stored.root().list(list.slot);
+    entities.for_each([&](const Row& entity) {
+        const Value* const vrf = value_in(entity, *list.child("bgpRmEntVrfName"));
+        if (vrf == nullptr || vrf->bytes().empty()) {
+            of_no_vrf.push_back(&entity);
+        }
+    });
+    if (entities.size() < 2 || of_no_vrf.size() != 1) {
+        return false;
+    }
+    const Value* const as = value_in(*of_no_vrf.front(), *list.child("bgpRmEntLocalAs"));
+    const auto map = as == nullptr
+                         ? std::nullopt
+                         : device.path_of(fmt::format("/bgp-internal/bgp-vrf{{0}}/as-to-bgp-idx{{{}}}", as->as_uint()));
+    return map && stored.exists(*map);
+}
+
 class Outcome : public Rule {
 public:
     explicit Outcome(const Evidence& evidence) : evidence_(evidence) {}
@@ -39,7 +70,7 @@ public:
             findings->push_back(
                 stop(FindingId::Returned, fmt::format("the upgrade returned {} instead of 0", evidence_.result)));
         }
-        find_failed(evidence_.steps, findings);
+        find_failed(evidence_.steps, is_converted(evidence_.device), findings);
         for (const bgp_platform::Fault& fault : evidence_.device.faults()) {
             Finding finding = stop(FindingId::StepFailed, "a fault was reported, and the upgrade went on");
             say(&finding, {}, fmt::format("{} ({}:{}): {}", fault.function, fault.source, fault.line, fault.text));
@@ -56,12 +87,13 @@ public:
     }
 
 private:
-    // One finding for each reason; the places are the steps.
-    static void find_failed(const std::vector<Step>& steps, std::vector<Finding>* findings)
+    // One finding for each reason; the places are the steps. On a router that was converted before, with an entity for each
+    // of its VRFs, the steps for one entity have nothing left to do.
+    static void find_failed(const std::vector<Step>& steps, bool converted, std::vector<Finding>* findings)
     {
         std::map<std::pair<StepOutcome, std::string>, std::vector<const Step*>> by_reason;
         for (const Step& step : steps) {
-            if (step.outcome == StepOutcome::Failed || step.outcome == StepOutcome::CannotRun) {
+            if (step.outcome == StepOutcome::Failed || (step.outcome == StepOutcome::CannotRun && !converted)) {
                 by_reason[{step.outcome, step.text}].push_back(&step);
             }
         }

@@ -210,9 +210,9 @@ private:
         std::string text() const { return fmt::format(": {}{}", fmt::join(first, ", "), more ? " and others" : ""); }
     };
 
-    static Severity severity_of(State state) noexcept
+    Severity severity_of(State state) const noexcept
     {
-        return state == State::Lost ? Severity::Stop : state == State::New ? Severity::Review : Severity::Note;
+        return state == State::Lost ? reference_.said.lost : state == State::New ? Severity::Review : Severity::Note;
     }
 
     std::string sentence(State state, std::size_t count) const

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "device.h"
+#include "judge/finding.h"
 
 namespace bgp_rehearse {
 
@@ -17,7 +18,8 @@ struct Verb {
 // "3 neighbours belong to a router entity that ...: entity 5"
 struct Reference {
     constexpr Reference(const char* list, const char* referring, const char* of_those, None none_is, Verb does,
-                        const char* row, const char* named, const char* there, const char* or_there = nullptr)
+                        const char* row, const char* named, const char* there, const char* or_there = nullptr,
+                        Severity when_lost = Severity::Stop)
         : from(list),
           leaf(referring),
           where(of_those),
@@ -25,7 +27,8 @@ struct Reference {
           verb(does),
           what(row),
           which(named),
-          to{there, or_there}
+          to{there, or_there},
+          lost(when_lost)
     {
     }
 
@@ -37,6 +40,7 @@ struct Reference {
     const char* what;
     const char* which;  // with one $name, as in the templates
     const char* to[2];  // path templates (path_template.h), one of which has to lead to a row; the second may be null
+    Severity lost;      // of a reference that held before
 };
 
 inline constexpr Verb kBelongsTo = {"belongs to", "belong to"};
@@ -119,8 +123,9 @@ inline constexpr Reference kReferences[] = {
      "/internal/vrf-config/indexTOstring{$value}/vname=$name"},
     {"/internal/vrf-config/indexTOstring", "vname", "", None::Empty, kNeeds, "VRF index", "VRF $value",
      "/internal/vrf-config/stringTOindex{$value}/vrf-idx=$index"},
+    // By these the command line finds the rule of an announced network, which goes on working without.
     {"/internal/rtmRedistEntry-hidden/rtmRedistEntry-get", "", "", None::Never, kStandsFor, "redistribution rule",
-     "rule $entry", "/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry{$rtm-index $entry}"},
+     "rule $entry", "/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry{$rtm-index $entry}", nullptr, Severity::Review},
     {"/internal/bgpRouteMapEntry-hidden/bgpRouteMapEntry-get", "", "", None::Never, kStandsFor, "route map row",
      "map $map", "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry{$entity $map $entry}"},
     {"/internal/bgpRouteMapEntry-hidden/bgpRouteMapEntry-set", "", "", None::Never, kStandsFor, "route map row",

@@ -25,8 +25,8 @@ std::unique_ptr<Rule> carried_rule(const Evidence& evidence);  // rows that are 
 std::unique_ptr<Rule> effects_rule(const Evidence& evidence);  // leaves that get another value
 std::unique_ptr<Rule> family_off_rule(const Evidence& evidence);  // neighbours' families that are turned off
 std::unique_ptr<Rule> failures_rule(const Evidence& evidence);    // failed writes
-std::unique_ptr<Rule> doubts_rule(const Evidence& evidence);     // what the embedded platform takes for granted
-std::unique_ptr<Rule> left_out_rule(const Evidence& evidence);   // parts of modules that are not known
+std::unique_ptr<Rule> doubts_rule(const Evidence& evidence);      // what the embedded platform takes for granted
+std::unique_ptr<Rule> left_out_rule(const Evidence& evidence);    // parts of modules that are not known
 std::unique_ptr<Rule> left_rows_rule(const Evidence& evidence);   // rows that stayed under their old index
 std::unique_ptr<Rule> outcome_rule(const Evidence& evidence);     // steps that gave up, and what update() came to
 std::unique_ptr<Rule> references_rule(const Evidence& evidence);  // references that lead nowhere

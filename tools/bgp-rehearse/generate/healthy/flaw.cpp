@@ -163,7 +163,7 @@ const std::vector<KnownFlaw>& known_flaws()
          {},
          true,
          "reference-broken",
-         "stop"},
+         "review"},
         {Flaw::DeadJoin,
          "dead-join",
          "the join with the BVM partner is down, and moves before the step that removes it",
