@@ -172,7 +172,7 @@ TEST(CountedWords, AreGroupedByThousands)
 
 TEST(AddressWords, OctetsOfNoAddress_StayOctets)
 {
-    EXPECT_EQ(bgp_rehearse::address_words(std::string_view("\x0a\x00\xff", 3)), "0a:00:ff");
+    EXPECT_EQ(bgp_rehearse::address_words(std::string("\x0a\x00\xff", 3)), "0a:00:ff");
     EXPECT_EQ(bgp_rehearse::address_words(""), "");
 }
 

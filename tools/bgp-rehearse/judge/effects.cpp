@@ -253,8 +253,9 @@ private:
 
 void check_effects(const Schema& schema)
 {
+    std::deque<EffectCount> counts;
     for (const Effect& effect : kEffects) {
-        const EffectCount fits(schema, effect);
+        counts.emplace_back(schema, effect);
     }
 }
 

@@ -1,12 +1,14 @@
 // What an upgrade does to rows that stay, in network words, as data: a leaf whose change is told, one line each.
 #pragma once
 
+#include <cstdint>
+
 #include "judge/finding.h"
 
 namespace bgp_rehearse {
 
 // How rows are told that had no value and have one.
-enum class HadNone {
+enum class HadNone : uint8_t {
     Silent,
     Apart,  // behind the others, and not counted among them
     Alike,  // as a change like any other
@@ -17,11 +19,11 @@ struct Effect {
                      const char* to, HadNone without, const char* does, const char* do_many, const char* row_has)
         : id(is),
           severity(how_severe),
+          had_none(without),
           list(of_list),
           leaf(of_leaf),
           before(from),
           after(to),
-          had_none(without),
           one(does),
           many(do_many),
           what(row_has)
@@ -30,11 +32,11 @@ struct Effect {
 
     FindingId id;
     Severity severity;
+    HadNone had_none;
     const char* list;
     const char* leaf;    // its way from the list, "bgp/cluster-id"; a key leaf shows in rows that have moved
     const char* before;  // the value that it had, "!up" for any but that one; empty: any
     const char* after;
-    HadNone had_none;
     const char* one;   // "1 neighbour gets another prefix limit: 100 -> 0"
     const char* many;  // "2 neighbours get another prefix limit: 100 -> 0"
     const char* what;  // "2 neighbours had no prefix limit and get one: 0"

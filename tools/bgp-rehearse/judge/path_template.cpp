@@ -271,8 +271,8 @@ bool Lookup::fits(const Row& row) const
     if (!path_.compares_) {
         return true;
     }
-    const Value* const value = value_in(row, *path_.leaf_);
-    return value != nullptr && *value == converted_.back();
+    const Value* const there = value_in(row, *path_.leaf_);
+    return there != nullptr && *there == converted_.back();
 }
 
 }  // namespace bgp_rehearse

@@ -47,10 +47,10 @@ public:
             }
         }
         take_condition(reference.where);
-        const std::string_view which = reference.which;
-        const std::size_t name = which.find('$');
-        which_.emplace(which.substr(name), list, leaf, *list->entry->values.front());
-        before_which_ = which.substr(0, name);
+        const std::string_view words = reference.which;
+        const std::size_t name = words.find('$');
+        which_.emplace(words.substr(name), list, leaf, *list->entry->values.front());
+        before_which_ = words.substr(0, name);
     }
 
     // Whether the row's key refers, or a part of it.
@@ -408,8 +408,9 @@ private:
 
 void check_references(const Schema& schema)
 {
+    std::deque<Compiled> compiled;
     for (const Reference& reference : kReferences) {
-        const Compiled fits(schema, reference);
+        compiled.emplace_back(schema, reference);
     }
 }
 

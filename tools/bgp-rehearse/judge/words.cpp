@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
+#include <vector>
 
 #include "calls/recorder.h"
 #include "store/changes.h"
@@ -219,7 +221,8 @@ std::string with_addresses(std::string_view text)
 
 std::string value_text(const Node& leaf, const Value& value)
 {
-    return value.is_octets() && is_address(value.bytes()) ? address_words(value.bytes()) : leaf.type->text(value);
+    return value.is_octets() && is_address(value.bytes()) ? address_words(std::string(value.bytes()))
+                                                          : leaf.type->text(value);
 }
 
 std::string key_word(const Row& row, uint16_t key)
@@ -378,7 +381,7 @@ std::string words_of_key(const Row& row)
         const Value& value = row.value(key);
         text.append(key == 0 ? "" : " ");
         if (value.is_octets() && is_address(value.bytes())) {
-            text += address_words(value.bytes());
+            text += address_words(std::string(value.bytes()));
         } else {
             bgp_platform::store::append_key(*leaf.type, value, &text);
         }
@@ -395,15 +398,15 @@ std::string words_of_keys(const Row& row, uint16_t first)
     return text;
 }
 
-std::string address_words(std::string_view octets)
+std::string address_words(const std::string& octets)
 {
     char text[INET6_ADDRSTRLEN] = {};
     if (is_address(octets)) {
         inet_ntop(octets.size() == sizeof(in_addr) ? AF_INET : AF_INET6, octets.data(), text, sizeof text);
         return text;
     }
-    return fmt::format("{:02x}", fmt::join(reinterpret_cast<const unsigned char*>(octets.data()),
-                                           reinterpret_cast<const unsigned char*>(octets.data()) + octets.size(), ":"));
+    const std::vector<unsigned char> numbers(octets.begin(), octets.end());
+    return fmt::format("{:02x}", fmt::join(numbers, ":"));
 }
 
 }  // namespace bgp_rehearse

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 
 #include "device.h"
 
@@ -34,6 +33,6 @@ std::string words_of_key(const bgp_platform::store::Row& row);
 std::string words_of_keys(const bgp_platform::store::Row& row, uint16_t first);
 
 // Four or sixteen octets as an address; what else there is as "0a:00:ff".
-std::string address_words(std::string_view octets);
+std::string address_words(const std::string& octets);
 
 }  // namespace bgp_rehearse
