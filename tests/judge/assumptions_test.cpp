@@ -147,6 +147,21 @@ TEST(AssumptionsProperty, OfDrawnRouters_DecideJustTheMarkedLeaves)
     EXPECT_GT(identities, 100U);
 }
 
+// It stays under the old index and is not written, though its limit is the profile's.
+TEST(Assumptions, NeighbourThatStaysBehind_IsNotDecided)
+{
+    const auto peer = [](const std::string& index) {
+        return leaf("bgpPeerEntry", peer_keys(index, "", "c0:00:02:02") + leaf("bgpPeerConfigMaxPrfx", "0"));
+    };
+    std::size_t profiles = 0;
+    std::size_t identities = 0;
+    expect_decided(config(mib(leaf("bgpRmEntTable", leaf("bgpRmEntEntry", leaf("bgpRmEntIndex", "5") +
+                                                                              leaf("bgpRmEntLocalAs", "65010"))) +
+                              leaf("bgpPeerTable", peer("1") + peer("5")))),
+                   &profiles, &identities);
+    EXPECT_EQ(profiles, 1U);
+}
+
 // A router of AS 65010 with the VRF red, and what else it has.
 std::string with_vrf(const std::string& more)
 {
