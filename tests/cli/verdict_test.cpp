@@ -80,15 +80,23 @@ TEST_F(VerdictOf, LibraryThatReturnsSeven_IsStop)
     EXPECT_THAT(findings(result), HasSubstr("the upgrade returned 7 instead of 0"));
 }
 
-TEST_F(VerdictOf, EdgeRouter_TellsLimitsAndFamiliesThatChange)
+TEST_F(VerdictOf, EdgeRouter_TellsTheLimitsThatChange)
 {
     const CommandResult result = run(example("edge-router.xml"), {});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(last_line(result.out), StartsWith("Verdict: REVIEW. "));
     EXPECT_THAT(findings(result), HasSubstr("500000 -> 0"));
     EXPECT_THAT(findings(result), HasSubstr("100 -> 0"));
-    EXPECT_THAT(findings(result), HasSubstr("IPv6 unicast"));
     EXPECT_THAT(findings(result), HasSubstr("9 writes failed as on every such router"));
+}
+
+TEST_F(VerdictOf, FamiliesThatAreTurnedOff_AreTold)
+{
+    bgp_generator::Settings settings;
+    settings.neighbors = 30;
+    settings.seed = 19;
+    const CommandResult result = run(folder.file("drawn.xml", bgp_generator::configuration_text(settings)));
+    EXPECT_THAT(findings(result), HasSubstr("IPv6 unicast off"));
 }
 
 TEST_F(VerdictOf, RouterConvertedBefore_IsSafe)
