@@ -137,7 +137,7 @@ TEST_F(Escape, LogLinesAndFaults_ShowEachByteInTheReport)
 {
     const CommandResult result =
         rehearse({"run", config, "--library", library("log(\"%s\\n\", text); nzmw_gen_fault(1, text, text, 1, text);"),
-                  "--log", "-"});
+                  "--log", "-", "--fail-on", "never"});
     ASSERT_EQ(result.status, 0);
     expect_harmless(result.out);
     for (const Sample& sample : samples()) {
@@ -154,7 +154,8 @@ TEST_F(Escape, KeysAndValues_ShowEachByteInTheReport)
         maapi_create(maapi, th, "/router/bgp{1}/vrf{%s}", text);
         static int index = 0;
         maapi_create(maapi, th, "/prefix-list-internal/idx-to-name{%d}", ++index);
-        maapi_set_elem2(maapi, th, text, "/prefix-list-internal/idx-to-name{%d}/val", index);)")});
+        maapi_set_elem2(maapi, th, text, "/prefix-list-internal/idx-to-name{%d}/val", index);)"),
+                                           "--changes"});
     ASSERT_EQ(result.status, 0);
     expect_harmless(result.out);
     for (const Sample& sample : samples()) {
@@ -181,7 +182,8 @@ TEST_F(Escape, JsonReport_IsAsciiAndHoldsTheTexts)
 {
     const CommandResult result =
         rehearse({"run", config, "--library",
-                  library("log(\"%s\", text); maapi_create(maapi, th, \"/prefix-list{%s}\", text);"), "--json"});
+                  library("log(\"%s\", text); maapi_create(maapi, th, \"/prefix-list{%s}\", text);"), "--json",
+                  "--json-log"});
     ASSERT_EQ(result.status, 0);
     expect_harmless(result.out);
     for (const char byte : result.out) {

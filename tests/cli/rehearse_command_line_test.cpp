@@ -97,8 +97,9 @@ TEST_F(RehearseCommandLine, ConfigurationThatIsNotWellFormed_IsRefusedByNameAndL
 
 TEST_F(RehearseCommandLine, ConfigurationWithUnknownElement_IsRefusedByTheElement)
 {
-    const std::string strange = folder.file(
-        "strange.xml", "<config xmlns=\"http://tail-f.com/ns/config/1.0\"><strange xmlns=\"urn:strange\"/></config>");
+    const std::string strange = folder.file("strange.xml",
+                                            "<config xmlns=\"http://tail-f.com/ns/config/1.0\"><router "
+                                            "xmlns=\"urn:bgp-update:yang:router\"><strange/></router></config>");
     expect_refused({"run", strange}, "strange");
 }
 

@@ -35,7 +35,7 @@ TEST_F(RehearseInput, StandardInput_IsReadLikeAFile)
     const CommandResult result =
         shell("gzip < '" + config + "' | \"$0\" \"$@\"", {"run", "-", "--library", idle, "-o", output});
     EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_THAT(result.out, StartsWith("Rehearsal of standard input\n"));
+    EXPECT_THAT(result.out, StartsWith("Rehearsal of standard input, "));
     EXPECT_EQ(content_of(output), written());
 }
 

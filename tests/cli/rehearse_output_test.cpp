@@ -253,7 +253,7 @@ TEST_F(RehearseOutput, FileTooBig_IsToldAndLeavesTheOldFile)
                                               BGP_REHEARSE, "run", config, "--library", library, "-o", output});
     EXPECT_EQ(result.status, 5);
     EXPECT_THAT(result.err, HasSubstr(output + " could not be written"));
-    EXPECT_THAT(result.out, HasSubstr("returned 0"));
+    EXPECT_THAT(result.out, HasSubstr("\nVerdict: "));
     EXPECT_EQ(content_of(output), "old");
     expect_no_temporary();
 }
@@ -294,7 +294,7 @@ TEST_F(RehearseOutput, ValidResult_IsToldAndWritten)
     const CommandResult result =
         rehearse({"run", config, "--library", fake_library(folder, kCreate), "--commit-check", "-o", output});
     EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.out, HasSubstr("check     the result is valid"));
+    EXPECT_THAT(result.out, HasSubstr("  check      the result is valid\n"));
     EXPECT_TRUE(fs::exists(output));
 }
 

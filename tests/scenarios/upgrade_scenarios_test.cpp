@@ -35,10 +35,10 @@ std::map<std::string, std::string> contents_of(const fs::path& folder)
     return contents;
 }
 
-std::string from(const std::string& text, const std::string& start)
+std::string between(const std::string& text, const std::string& start, const std::string& end)
 {
     const std::size_t at = text.find(start);
-    return at == std::string::npos ? "no \"" + start + "\" in: " + text : text.substr(at);
+    return at == std::string::npos ? "no \"" + start + "\" in: " + text : text.substr(at, text.rfind(end) - at);
 }
 
 // The one that this process has loaded.
@@ -56,10 +56,11 @@ TEST(KeptUpgrades, Rehearsal_GivesTheFilesOfTheFolder)
         const std::string why = content_of(folder / "why.txt");
         SCOPED_TRACE(folder.filename().string() + ": " + why);
         const ScratchFolder made;
-        const CommandResult result = rehearse({"run", stored, "--library", library(), "-o", made / "upgraded.xml",
-                                               "--log", made / "log", "--commit-check", "--fail-on", "never"});
+        const CommandResult result =
+            rehearse({"run", stored, "--library", library(), "-o", made / "upgraded.xml", "--log", made / "log",
+                      "--commit-check", "--changes", "--fail-on", "never"});
         ASSERT_EQ(result.status, 0) << result.err;
-        made.file("changes", from(result.out, "Changes"));
+        made.file("changes", between(result.out, "Changes", "Verdict: "));
         made.file("stored.xml", content_of(stored));
         made.file("why.txt", why);
         const std::map<std::string, std::string> kept = contents_of(folder);
@@ -86,7 +87,10 @@ TEST(KeptUpgrades, Upgrade_LeavesNothingOpen)
 // The neighbour rows that an upgrade adds are there to be given their drop-warn setting only by the next one.
 TEST(KeptUpgrades, UpgradeOfTheResult_SetsDropWarnOfTheRowsThatAreNewAndNothingElse)
 {
-    const nlohmann::json drop_warn = {{"bgpPeerAfiSafiConfigDropWarn", {{"before", nullptr}, {"after", "warn"}}}};
+    const nlohmann::json drop_warn = {{{"name", "bgpPeerAfiSafiConfigDropWarn"},
+                                       {"before", nullptr},
+                                       {"after", "warn"},
+                                       {"step", "update_neigh_config_drop_warn"}}};
     for (const fs::path& folder : kept_upgrades()) {
         SCOPED_TRACE(folder);
         const ScratchFolder made;
@@ -95,11 +99,11 @@ TEST(KeptUpgrades, UpgradeOfTheResult_SetsDropWarnOfTheRowsThatAreNewAndNothingE
         ASSERT_EQ(again.status, 0) << again.err;
         const nlohmann::json report = nlohmann::json::parse(again.out);
         for (const nlohmann::json& change : report["changes"]) {
-            EXPECT_EQ(change["change"], "changed") << change;
+            EXPECT_EQ(change["fate"], "changed") << change;
             EXPECT_EQ(change["leaves"], drop_warn) << change;
         }
-        const CommandResult third = rehearse({"run", made / "again.xml"});
-        EXPECT_EQ(from(third.out, "Changes"), "Changes: none\n");
+        const CommandResult third = rehearse({"run", made / "again.xml", "--changes"});
+        EXPECT_EQ(between(third.out, "Changes", "Verdict: "), "Changes\n  none\n");
     }
 }
 

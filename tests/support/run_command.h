@@ -9,6 +9,9 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -137,11 +140,35 @@ inline CommandResult run_command(std::vector<std::string> arguments, std::vector
     return RunningCommand(std::move(arguments), std::move(environment)).wait();
 }
 
-// bgp-rehearse with these arguments.
+// The JSON report that `bgp-rehearse run` printed or wrote; empty when there is none.
+inline std::string json_report_of(const std::vector<std::string>& arguments, const CommandResult& result)
+{
+    const std::string option = "--json=";
+    std::string report;
+    for (const std::string& argument : arguments) {
+        if (argument == "--json") {
+            report = result.out;
+        } else if (argument.compare(0, option.size(), option) == 0) {
+            std::ifstream file(argument.substr(option.size()));
+            report.assign(std::istreambuf_iterator<char>(file), {});
+        }
+    }
+    return !arguments.empty() && arguments[0] == "run" && report.compare(0, 1, "{") == 0 ? report : "";
+}
+
+// bgp-rehearse with these arguments. A JSON report is left in the folder BGP_JSON_REPORTS, where the environment names one,
+// to be held to its schema.
 inline CommandResult rehearse(std::vector<std::string> arguments, std::vector<std::string> environment = {})
 {
+    const std::vector<std::string> command = arguments;
     arguments.insert(arguments.begin(), BGP_REHEARSE);
-    return run_command(std::move(arguments), std::move(environment));
+    CommandResult result = run_command(std::move(arguments), std::move(environment));
+    const char* const folder = std::getenv("BGP_JSON_REPORTS");
+    const std::string report = folder == nullptr ? "" : json_report_of(command, result);
+    if (!report.empty()) {
+        std::ofstream(folder + ("/" + std::to_string(std::hash<std::string>()(report)) + ".json")) << report;
+    }
+    return result;
 }
 
 }  // namespace bgp_test

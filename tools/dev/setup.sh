@@ -3,12 +3,12 @@
 
 build_packages=(
     g++ cmake ninja-build pkg-config
-    libyang2-dev libxml2-dev libarchive-dev zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev
+    libyang2-dev libxml2-dev libarchive-dev zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev libssl-dev
     libgtest-dev libgmock-dev librapidcheck-dev
 )
 
 # What the tests run; make for the builds against a device SDK, which take CMake's default generator.
-test_packages=(make binutils libyang2-tools python3)
+test_packages=(make binutils libyang2-tools python3 python3-jsonschema)
 
 # What ./check --all needs besides.
 all_packages=(clang-14 libclang-rt-14-dev clang-tidy-14 cppcheck abigail-tools valgrind)

@@ -175,7 +175,7 @@ void OutputFile::make_temporary(const std::string& option)
 {
     for (unsigned int attempt = 0;; ++attempt) {
         std::string name = fmt::format("{}/.bgp-rehearse-{}-{}", folder_, getpid(), attempt);
-        descriptor_ = uninterrupted([&] { return open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600); });
+        descriptor_ = uninterrupted([&] { return open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600); });
         if (descriptor_ >= 0) {
             temporary_ = std::move(name);
             return;

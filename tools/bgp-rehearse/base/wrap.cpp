@@ -6,7 +6,18 @@ namespace {
 
 constexpr char kEscape = '\033';
 
-std::size_t columns_of(std::string_view text)
+// The text up to where blanks begin, or end; the rest stays.
+std::string_view take(std::string_view* text, bool blanks)
+{
+    const std::size_t end = blanks ? text->find_first_not_of(' ') : text->find(' ');
+    const std::string_view taken = text->substr(0, end);
+    text->remove_prefix(taken.size());
+    return taken;
+}
+
+}  // namespace
+
+std::size_t columns_of(std::string_view text) noexcept
 {
     std::size_t columns = 0;
     bool in_colour = false;
@@ -18,17 +29,6 @@ std::size_t columns_of(std::string_view text)
     }
     return columns;
 }
-
-// The text up to where blanks begin, or end; the rest stays.
-std::string_view take(std::string_view* text, bool blanks)
-{
-    const std::size_t end = blanks ? text->find_first_not_of(' ') : text->find(' ');
-    const std::string_view taken = text->substr(0, end);
-    text->remove_prefix(taken.size());
-    return taken;
-}
-
-}  // namespace
 
 std::string wrapped(std::string_view text, std::optional<std::size_t> columns, std::size_t hanging)
 {

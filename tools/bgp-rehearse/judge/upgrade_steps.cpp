@@ -79,7 +79,8 @@ std::string trimmed(std::string_view line)
 
 CallTotals operator-(const CallTotals& all, const CallTotals& part)
 {
-    return {all.reads - part.reads, all.writes - part.writes, all.failed_writes - part.failed_writes};
+    return {all.reads - part.reads, all.writes - part.writes, all.failed_writes - part.failed_writes,
+            all.sessions - part.sessions, all.connections - part.connections};
 }
 
 void add(const CallTotals& more, CallTotals* totals)
@@ -87,13 +88,19 @@ void add(const CallTotals& more, CallTotals* totals)
     totals->reads += more.reads;
     totals->writes += more.writes;
     totals->failed_writes += more.failed_writes;
+    totals->sessions += more.sessions;
+    totals->connections += more.connections;
 }
 
 }  // namespace
 
 CallTotals totals_of(const bgp_platform::capi::CallCounts& counts) noexcept
 {
-    return {counts.reads(), counts.writes(), counts.failed_write_count()};
+    using bgp_platform::capi::Function;
+    return {counts.reads(), counts.writes(), counts.failed_write_count(),
+            counts.of(Function::cdb_start_session) + counts.of(Function::cdb_end_session) +
+                counts.of(Function::confd_data_set_timeout),
+            counts.of(Function::cdb_connect)};
 }
 
 const char* name_of(StepOutcome outcome) noexcept

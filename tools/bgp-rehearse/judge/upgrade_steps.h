@@ -31,6 +31,8 @@ struct CallTotals {
     std::size_t reads = 0;
     std::size_t writes = 0;
     std::size_t failed_writes = 0;  // of the writes
+    std::size_t sessions = 0;       // calls that begin or end a session, or ask for more time
+    std::size_t connections = 0;
 };
 
 CallTotals totals_of(const bgp_platform::capi::CallCounts& counts) noexcept;

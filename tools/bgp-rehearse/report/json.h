@@ -1,4 +1,4 @@
-// The report as one JSON document for programs; docs/rehearse.md tells its members.
+// The report as one JSON document for programs; docs/report.schema.json is its schema, docs/rehearse.md tells its members.
 #pragma once
 
 #include <string>
@@ -7,6 +7,10 @@
 
 namespace bgp_rehearse {
 
-std::string json_report(const Report& report);
+// False, with errno set, when not all of it could be written.
+[[nodiscard]] bool write_json_report(const Report& report, const Ending& ending, int file);
+
+// Gives a document that was written with one ending another one, which came later; likewise.
+[[nodiscard]] bool replace_ending(const Ending& written, const Ending& ending, int file);
 
 }  // namespace bgp_rehearse

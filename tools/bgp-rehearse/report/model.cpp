@@ -3,36 +3,12 @@
 #include <fmt/format.h>
 
 #include <cstring>
+#include <filesystem>
+#include <string_view>
 
 #include "base/text_escape.h"
 
 namespace bgp_rehearse {
-
-namespace {
-
-using bgp_platform::store::Row;
-
-void measure(const Row& row, ConfigurationSize* size)
-{
-    const bgp_platform::schema::Record& record = row.record();
-    for (std::size_t slot = 0; slot < record.values.size(); ++slot) {
-        size->values += !row.value(static_cast<uint16_t>(slot)).absent();
-    }
-    for (std::size_t slot = 0; slot < record.lists.size(); ++slot) {
-        const bgp_platform::store::List& list = row.list(static_cast<uint16_t>(slot));
-        size->entries += record.lists[slot]->kind == bgp_platform::schema::NodeKind::List ? list.size() : 0;
-        list.for_each([size](const Row& entry) { measure(entry, size); });
-    }
-}
-
-}  // namespace
-
-ConfigurationSize size_of(const bgp_platform::store::Configuration& configuration)
-{
-    ConfigurationSize size;
-    measure(configuration.root(), &size);
-    return size;
-}
 
 const char* name_of(Ended::Kind kind) noexcept
 {
@@ -72,6 +48,17 @@ std::string describe(const Ended& ended)
     }
     return fmt::format("{} in {} ({}:{}): {}", ended.kind == Ended::Kind::Fault ? "a fault" : "a failed assertion",
                        escaped(ended.function), escaped(ended.source), ended.line, escaped(ended.text));
+}
+
+LibraryVersion version_of(const std::string& library)
+{
+    constexpr std::string_view kSuffix = ".so.";
+    std::error_code failed;
+    const std::string file = std::filesystem::canonical(library, failed).filename();
+    const std::size_t suffix = file.find(kSuffix);
+    return failed || suffix == std::string::npos
+               ? LibraryVersion{}
+               : LibraryVersion{file.substr(0, suffix), file.substr(suffix + kSuffix.size())};
 }
 
 }  // namespace bgp_rehearse

@@ -4,23 +4,17 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "calls/recorder.h"
+#include "judge/failed_calls.h"
 #include "judge/judgement.h"
 #include "judge/upgrade_steps.h"
-#include "report/change.h"
-#include "store/configuration.h"
+#include "report/device_time.h"
+#include "report/subtree.h"
 
 namespace bgp_rehearse {
-
-// How large a stored configuration is.
-struct ConfigurationSize {
-    std::size_t entries = 0;  // of lists
-    std::size_t values = 0;   // leaves that are set, and entries of leaf-lists
-};
-
-ConfigurationSize size_of(const bgp_platform::store::Configuration& configuration);
 
 // Where an upgrade had come to when it ended.
 struct LastSeen {
@@ -56,21 +50,50 @@ std::string signal_name(int number);
 // "a fault in StartCdbSession (src/daemon/bgp_utils:397): Could not convert 127.0.0.1 to IPv4"
 std::string describe(const Ended& ended);
 
+// A library's name and version, by the name of the file that leads to: "libbgp_update", "0.1.0". Both are empty where that
+// file is not there or has no version.
+struct LibraryVersion {
+    std::string name;
+    std::string version;
+};
+LibraryVersion version_of(const std::string& library);
+
+// Of what a rehearsal was made, beside the assumptions about the device.
+struct Inputs {
+    std::string configuration;         // its name
+    std::string configuration_sha256;  // of the file's bytes; empty where they were not read for it
+    std::string library;               // the file that the loader took, or that it was to take
+    std::string fail_on;               // "stop"
+    std::vector<std::pair<std::string, std::string>> severities;  // as given
+    std::size_t max_entries = 0;
+    bool commit_check = false;
+    bool again = false;
+};
+
 struct Report {
-    std::string configuration;
-    std::string library;  // the file that the loader took
-    ConfigurationSize loaded;
-    std::optional<Ended> ended;  // when set, nothing is known of what the upgrade did but log and steps
-    int result = 0;              // of update()
-    Judgement judgement;
+    Inputs inputs;
+    DeviceTimes times;
+    const bgp_platform::Device* device = nullptr;  // with the upgrade, still open; null when it did not return
+    const FailedCalls* failed_calls = nullptr;     // likewise
+    std::optional<int> returned;                   // what update() did
+    std::optional<Ended> ended;
+    std::optional<Judgement> judgement;  // none where nothing was rehearsed
     bgp_platform::capi::CallCounts calls;
-    std::vector<Step> steps;  // empty when the log tells of none
-    std::vector<Change> changes;
+    std::vector<Step> steps;                  // empty when the log tells of none
     std::vector<bgp_platform::Fault> faults;  // reported without ending the upgrade
-    std::size_t log_lines = 0;                // of an upgrade that returned
-    std::vector<std::string> log;             // kept only where the report shows it
+    std::vector<std::string> log;             // kept only where a report shows it
     std::optional<std::string> check;         // --commit-check: what is not valid, "" when all is
-    bool show_log = false;
+    std::optional<Subtree> listed;            // whose changes the text lists
+    bool show_log = false;                    // in the text
+    bool log_in_json = false;
+};
+
+// How the command ends: its exit status and, where it has one, its message on standard error.
+struct Ending {
+    int status = 0;
+    std::string error;
+
+    bool operator==(const Ending& other) const { return status == other.status && error == other.error; }
 };
 
 }  // namespace bgp_rehearse

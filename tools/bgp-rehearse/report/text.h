@@ -2,10 +2,11 @@
 #pragma once
 
 #include "report/model.h"
+#include "report/page.h"
 
 namespace bgp_rehearse {
 
 // False, with errno set, when not all of it could be written.
-[[nodiscard]] bool write_text_report(const Report& report, bool colour, int file);
+[[nodiscard]] bool write_text_report(const Report& report, const Look& look, int file);
 
 }  // namespace bgp_rehearse

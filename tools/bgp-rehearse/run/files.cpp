@@ -38,6 +38,12 @@ void open_file(const std::string& option, const std::string& target, const Reade
 
 }  // namespace
 
+std::string json_target(const RunOptions& options, const std::string& library)
+{
+    return check_target("--json", options.json_in_file() ? options.json : std::string(), options.configuration,
+                        library);
+}
+
 RunTargets check_targets(const RunOptions& options, const std::string& library)
 {
     if (options.output == "-") {
@@ -50,7 +56,7 @@ RunTargets check_targets(const RunOptions& options, const std::string& library)
     targets.readers = options.configuration == "-" ? Readers{0, std::nullopt} : readers_of(options.configuration);
     targets.output = target("-o", options.output);
     targets.log = target("--log", options.log_in_file() ? options.log : std::string());
-    targets.json = target("--json", options.json_in_file() ? options.json : std::string());
+    targets.json = json_target(options, library);
     refuse_same_target("--log", targets.log, "the output file", targets.output);
     refuse_same_target("--json", targets.json, "the output file", targets.output);
     refuse_same_target("--json", targets.json, "the log file", targets.log);

@@ -20,6 +20,9 @@ struct RunTargets {
 // Throws CommandError where one cannot be replaced, or would replace what is read or another one.
 RunTargets check_targets(const RunOptions& options, const std::string& library);
 
+// The file for the JSON document alone; likewise.
+std::string json_target(const RunOptions& options, const std::string& library);
+
 // The files themselves, where they are wanted. Those that are not put in place leave nothing behind.
 struct RunFiles {
     explicit RunFiles(const RunTargets& targets);

@@ -54,7 +54,8 @@ CallTotals calls_of(const Json& json)
 Finished finished_of(const Json& json)
 {
     return {json.at("severity").get<int>(), json.at("mistake").get<std::string>(),
-            json.at("invalid").get<std::string>(), json.at("write_error").get<std::string>()};
+            json.at("invalid").get<std::string>(), json.at("write_error").get<std::string>(),
+            json.at("report_error").get<std::string>()};
 }
 
 void take_message(const std::string& kind, const Json& content, Told* told)
@@ -122,7 +123,8 @@ void Teller::finished(const Finished& finished) const
          {{"severity", finished.severity},
           {"mistake", finished.mistake},
           {"invalid", finished.invalid},
-          {"write_error", finished.write_error}});
+          {"write_error", finished.write_error},
+          {"report_error", finished.report_error}});
 }
 
 void Told::take(std::string_view line)

@@ -15,10 +15,11 @@ namespace bgp_rehearse {
 
 // How it went after update() had returned.
 struct Finished {
-    int severity = 0;         // of the verdict
-    std::string mistake;      // the command found itself wrong; nothing was written
-    std::string invalid;      // what --commit-check found
-    std::string write_error;  // why output or report could not be written
+    int severity = 0;          // of the verdict
+    std::string mistake;       // the command found itself wrong; nothing was written
+    std::string invalid;       // what --commit-check found
+    std::string write_error;   // why the output could not be written
+    std::string report_error;  // why a report could not be
 };
 
 // The child's side. A message that cannot be sent is lost: its parent is gone, and this process with it.

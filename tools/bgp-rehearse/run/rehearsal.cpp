@@ -16,9 +16,10 @@
 #include "base/progress.h"
 #include "base/text_escape.h"
 #include "judge/stored_condition.h"
-#include "report/change_list.h"
-#include "report/report.h"
+#include "report/json.h"
+#include "report/text.h"
 #include "run/again.h"
+#include "run/ending.h"
 #include "run/library.h"
 #include "run/messages.h"
 
@@ -32,12 +33,11 @@ using bgp_platform::Device;
 // Each line goes out with a write of its own, so that the log is complete up to the moment the upgrade ends, whichever
 // way it does.
 void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller, const Watch& watch,
-                UpgradeSteps& steps, std::size_t& lines)
+                UpgradeSteps& steps)
 {
-    const bool tell = !options.json.empty() || options.log_in_report();
+    const bool tell = options.log_in_report() || options.log_in_json();
     device.keep_reports(tell);  // the log of a large configuration takes as much memory as its rows
     device.log_sink = [&, tell, teller, log, failed = false](std::string_view line) mutable {
-        ++lines;
         watch.take_line(line);
         if (steps.take(line)) {
             device.history()->set_writer(static_cast<bgp_platform::store::Writer>(steps.current_number()));
@@ -98,9 +98,10 @@ std::string check(const Device& device)
 Report complete_report(const RunOptions& options, const UpgradeLibrary& library, Device& device, int result,
                        const FailedCalls& failed_calls, Report report)
 {
-    report.result = result;
+    report.returned = result;
     report.calls = device.calls();
-    report.changes = collect_changes(device);
+    report.device = &device;
+    report.failed_calls = &failed_calls;
     report.faults = device.faults();
     report.log = device.log();
     if (options.commit_check) {
@@ -130,12 +131,15 @@ std::string write_output(const std::string& name, const Device& device, int outp
     return {};
 }
 
-std::string write_reports(const RunOptions& options, const Report& report, const RehearsalFiles& files, bool colour)
+// Likewise.
+std::string write_reports(const RunOptions& options, const Report& report, const Ending& ending,
+                          const RehearsalFiles& files, const Look& look)
 {
-    if (!write_report(report, options.json_printed(), colour, files.report)) {
+    if (!(options.json_printed() ? write_json_report(report, ending, files.report)
+                                 : write_text_report(report, look, files.report))) {
         return fmt::format("the report could not be written: {}", std::strerror(errno));
     }
-    if (files.json >= 0 && !write_report(report, true, false, files.json)) {
+    if (files.json >= 0 && !write_json_report(report, ending, files.json)) {
         return fmt::format("{} could not be written: {}", escaped(options.json), std::strerror(errno));
     }
     return {};
@@ -144,7 +148,7 @@ std::string write_reports(const RunOptions& options, const Report& report, const
 }  // namespace
 
 int rehearse(const RunOptions& options, const std::string& library, Device& device, Report report,
-             const RehearsalFiles& files, const Watch& watch, bool colour, int channel)
+             const RehearsalFiles& files, const Watch& watch, const Look& look, int channel)
 {
     const Teller teller(channel);
     std::optional<UpgradeLibrary> upgrade_library;
@@ -154,12 +158,12 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
         teller.refused(error.what());
         return EXIT_FAILURE;
     }
-    report.library = upgrade_library->path();
-    teller.library(report.library);
+    report.inputs.library = upgrade_library->path();
+    teller.library(report.inputs.library);
     device.keep_history(true);
     UpgradeSteps steps([&device] { return totals_of(device.calls()); },
                        conditions_on(device.configuration(Datastore::Stored)));
-    follow_log(options, device, files.log, teller, watch, steps, report.log_lines);
+    follow_log(options, device, files.log, teller, watch, steps);
     device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault); };
     watch.start(device);
 
@@ -184,15 +188,12 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
         teller.finished(finished);
         return EXIT_SUCCESS;
     }
-    finished.severity = static_cast<int>(report.judgement.verdict.severity);
+    finished.severity = static_cast<int>(report.judgement->verdict.severity);
     finished.invalid = report.check.value_or("");
     if (files.output >= 0 && finished.invalid.empty()) {
         finished.write_error = write_output(options.output, device, files.output);
     }
-    const std::string report_error = write_reports(options, report, files, colour);
-    if (finished.write_error.empty()) {
-        finished.write_error = report_error;
-    }
+    finished.report_error = write_reports(options, report, ending_of(options, finished), files, look);
     teller.finished(finished);
     return EXIT_SUCCESS;
 }

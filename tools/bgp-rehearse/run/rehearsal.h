@@ -6,6 +6,7 @@
 
 #include "device.h"
 #include "report/model.h"
+#include "report/page.h"
 #include "run/request.h"
 #include "run/watch.h"
 
@@ -23,6 +24,6 @@ struct RehearsalFiles {
 // the run. Everything that the parent needs to know goes through the channel (messages.h), the report's text to its
 // file; calls and log lines are noted in the watch as they come. Returns the exit status of the process: 0 when update() returned.
 int rehearse(const RunOptions& options, const std::string& library, bgp_platform::Device& device, Report report,
-             const RehearsalFiles& files, const Watch& watch, bool colour, int channel);
+             const RehearsalFiles& files, const Watch& watch, const Look& look, int channel);
 
 }  // namespace bgp_rehearse

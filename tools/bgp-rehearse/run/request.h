@@ -51,6 +51,7 @@ struct RunOptions {
 
     bool log_in_report() const noexcept { return log == "-"; }
     bool log_in_file() const noexcept { return !log.empty() && !log_in_report(); }
+    bool log_in_json() const noexcept { return json_log && !json.empty(); }
     bool json_printed() const noexcept { return json == "-"; }
     bool json_in_file() const noexcept { return !json.empty() && !json_printed(); }
 };

@@ -19,11 +19,16 @@
 #include "judge/judgement.h"
 #include "judge/stored_condition.h"
 #include "judge/words.h"
-#include "report/report.h"
+#include "report/json.h"
+#include "report/text.h"
+#include "run/blank_report.h"
+#include "run/ended.h"
+#include "run/ending.h"
 #include "run/facts.h"
 #include "run/files.h"
 #include "run/library.h"
 #include "run/messages.h"
+#include "run/refused.h"
 #include "run/rehearsal.h"
 #include "run/watch.h"
 
@@ -33,110 +38,91 @@ namespace {
 
 using bgp_platform::Device;
 
-// What is known of a run before it begins.
-Report blank_report(const RunOptions& options, const std::string& library, const Device& device)
+// Whose changes are listed.
+Subtree subtree_of(const std::string& keypath)
 {
-    Report report;
-    report.configuration = bgp_platform::xml::shown_name(options.configuration);
-    report.library = library;
-    report.show_log = options.log_in_report();
-    report.loaded = size_of(device.configuration(bgp_platform::Datastore::Stored));
-    return report;
+    try {
+        return Subtree(*bgp_platform::schema::Schema::builtin(), keypath);
+    } catch (const std::invalid_argument& error) {
+        throw CommandError(ExitStatus::BadInput, fmt::format("--changes: {}", escaped(error.what())));
+    }
 }
 
-Ended explain(const ChildEnd& end, const Told& told)
+Look look_of(const RunOptions& options)
 {
-    Ended ended;
-    ended.signal = end.signal;
-    ended.status = end.status;
-    ended.kind = end.signal != 0 ? Ended::Kind::Signal : Ended::Kind::Exit;
-    if (!told.faults.empty()) {
-        const bgp_platform::Fault& fault = told.faults.back();
-        ended.function = fault.function;
-        ended.source = fault.source;
-        ended.line = fault.line;
-        ended.text = fault.text;
-        if (fault.kind == bgp_platform::Fault::Kind::Assertion && end.signal == SIGABRT) {
-            ended.kind = Ended::Kind::Assertion;
-        } else if (fault.kind == bgp_platform::Fault::Kind::Fault && end.signal == 0) {
-            ended.kind = Ended::Kind::Fault;
-        }
-    }
-    if (told.exception) {
-        ended.kind = Ended::Kind::Exception;
-        ended.text = *told.exception;
-    }
-    return ended;
+    return {wants_colour(options.colour), line_columns()};
 }
 
-// How the command ends, and what it says about it on standard error; empty: nothing.
-struct Outcome {
-    ExitStatus status = ExitStatus::Ok;
-    std::string message;
-};
-
-bool reaches(FailOn from, Severity verdict)
+void check_severities(const RunOptions& options)
 {
-    return from != FailOn::Never && verdict >= (from == FailOn::Review ? Severity::Review : Severity::Stop);
+    try {
+        chosen_severities(options.severities);
+    } catch (const std::invalid_argument& error) {
+        throw CommandError(ExitStatus::BadInput, fmt::format("--severity: {}", escaped(error.what())));
+    }
+}
+
+Ending ending_with(const CommandError& error)
+{
+    return {static_cast<int>(error.status()), error.what()};
+}
+
+// Copies the report to standard output.
+void print(int report)
+{
+    char piece[65536];
+    lseek(report, 0, SEEK_SET);
+    for (ssize_t size; (size = read(report, piece, sizeof piece)) > 0;) {
+        print_out({piece, static_cast<std::size_t>(size)});
+    }
 }
 
 class Run {
 public:
-    Run(const RunOptions& options, std::string library, const RunTargets& targets, Device& device)
+    Run(const RunOptions& options, Report* report, Device& device)
         : options_(options),
-          library_(std::move(library)),
-          targets_(targets),
+          report_(*report),
           device_(device),
           told_(conditions_on(device.configuration(bgp_platform::Datastore::Stored)))
     {
     }
 
-    Outcome rehearse();
-
-    // The report, as a descriptor to read it from.
-    int report() const noexcept { return report_file_; }
+    // Throws CommandError where there is no report to give.
+    Ending run(const RunTargets& targets);
 
 private:
     void show(ProgressLine& progress) const;
-    void write_ended_report(Report report, const Ended& ended, std::optional<OutputFile>& json) const;
-    Outcome ended(const ChildEnd& end, Report report, RunFiles& files);
-    Outcome settle(RunFiles& files) const;
+    ChildEnd rehearse(const InterruptGuard& interrupts, const RunFiles& files);
+    void write_ended_report(const Ended& ended, const Ending& ending, const std::optional<OutputFile>& json) const;
+    Ending ended(const ChildEnd& end, RunFiles& files);
+    Ending returned() const;
+    Ending put_files_in_place(const Ending& ending, RunFiles& files) const;
     void keep_log(std::optional<OutputFile>& log) const;
-    std::string without_output() const;
+    Ending give_reports(const Ending& written, Ending ending, RunFiles& files) const;
+    void give_document(const Ending& written, const Ending& ending, int file) const;
 
     const RunOptions& options_;
-    std::string library_;
-    const RunTargets& targets_;
+    Report& report_;  // what is known before the upgrade runs
     Device& device_;
     int report_file_ = -1;
     const Watch watch_;
     Told told_;
 };
 
-Outcome Run::rehearse()
+Ending Run::run(const RunTargets& targets)
 {
-    const Report blank = blank_report(options_, library_, device_);
-    const bool colour = wants_colour(options_.colour);
     const InterruptGuard interrupts;
-    RunFiles open(targets_);
-    report_file_ = memfd_create("report", MFD_CLOEXEC);
-    const RehearsalFiles files{report_file_, open.descriptor(open.output), open.descriptor(open.log),
-                               open.descriptor(open.json)};
-    ProgressLine progress;
-    const ChildEnd end = run_in_child(
-        interrupts,
-        [&](int channel) {
-            return bgp_rehearse::rehearse(options_, library_, device_, blank, files, watch_, colour, channel);
-        },
-        [this](std::string_view line) { told_.take(line); }, [&, this] { show(progress); });
-    progress.clear();
+    RunFiles files(targets);
+    const ChildEnd end = rehearse(interrupts, files);
     if (end.interrupted_by != 0) {
         throw Interrupted{end.interrupted_by};
     }
     if (told_.refused) {
         throw CommandError(ExitStatus::BadInput, *told_.refused);
     }
-    return told_.finished ? settle(open) : ended(end, blank, open);
+    report_.inputs.library = told_.library.empty() ? report_.inputs.library : told_.library;
+    const Ending written = told_.finished ? returned() : ended(end, files);
+    return give_reports(written, told_.finished ? put_files_in_place(written, files) : written, files);
 }
 
 // What comes after the upgrade shows its own progress, from the child.
@@ -150,9 +136,22 @@ void Run::show(ProgressLine& progress) const
         [this] { return fmt::format("upgrading: {}, {} calls", told_.steps.current(), grouped(watch_.calls())); });
 }
 
-std::string Run::without_output() const
+ChildEnd Run::rehearse(const InterruptGuard& interrupts, const RunFiles& files)
 {
-    return options_.output.empty() ? std::string() : fmt::format("; {} is not written", escaped(options_.output));
+    report_file_ = memfd_create("report", MFD_CLOEXEC);
+    const RehearsalFiles open{report_file_, RunFiles::descriptor(files.output), RunFiles::descriptor(files.log),
+                              RunFiles::descriptor(files.json)};
+    const Look look = look_of(options_);
+    ProgressLine progress;
+    const ChildEnd end = run_in_child(
+        interrupts,
+        [&](int channel) {
+            return bgp_rehearse::rehearse(options_, report_.inputs.library, device_, report_, open, watch_, look,
+                                          channel);
+        },
+        [this](std::string_view line) { told_.take(line); }, [&, this] { show(progress); });
+    progress.clear();
+    return end;
 }
 
 void Run::keep_log(std::optional<OutputFile>& log) const
@@ -164,76 +163,108 @@ void Run::keep_log(std::optional<OutputFile>& log) const
     put_in_place(log);
 }
 
-void Run::write_ended_report(Report report, const Ended& ended, std::optional<OutputFile>& json) const
+void Run::write_ended_report(const Ended& ended, const Ending& ending, const std::optional<OutputFile>& json) const
 {
-    report.library = told_.library.empty() ? library_ : told_.library;
+    Report report = report_;
     report.ended = ended;
+    report.judgement = judge_ended(ended, chosen_severities(options_.severities));
     report.log = told_.log;
     report.steps = told_.steps.all();
     if (ftruncate(report_file_, 0) != 0 || lseek(report_file_, 0, SEEK_SET) != 0 ||
-        !bgp_rehearse::write_report(report, options_.json_printed(), wants_colour(options_.colour), report_file_)) {
+        !(options_.json_printed() ? write_json_report(report, ending, report_file_)
+                                  : write_text_report(report, look_of(options_), report_file_))) {
         throw CommandError(ExitStatus::NotWritten, fmt::format("the report: {}", std::strerror(errno)));
     }
-    if (json && !bgp_rehearse::write_report(report, true, false, json->descriptor())) {
+    if (json && !write_json_report(report, ending, json->descriptor())) {
         throw CommandError(ExitStatus::NotWritten, fmt::format("{}: {}", escaped(options_.json), std::strerror(errno)));
     }
 }
 
-Outcome Run::ended(const ChildEnd& end, Report report, RunFiles& files)
+Ending Run::ended(const ChildEnd& end, RunFiles& files)
 {
-    Ended ended = explain(end, told_);
+    Ended ended = explain_end(end, told_);
     if (told_.returned) {
         throw CommandError(
             ExitStatus::NotWritten,
             fmt::format("update returned, but what came of it could not be written: the process ended by {}{}",
-                        describe(ended), without_output()));
+                        describe(ended), without_output(options_)));
     }
     ended.last = watch_.seen(device_);
     ended.last.step = told_.steps.current();
     told_.steps.ended(ended.last.calls);
-    write_ended_report(std::move(report), ended, files.json);
-    Outcome outcome{ExitStatus::UpgradeEnded,
-                    fmt::format("the upgrade ended in {}{}", describe(ended), without_output())};
+    Ending ending{static_cast<int>(ExitStatus::UpgradeEnded),
+                  fmt::format("the upgrade ended in {}{}", describe(ended), without_output(options_))};
     try {
         keep_log(files.log);
-        put_in_place(files.json);
     } catch (const CommandError& error) {
-        outcome.message += fmt::format("\n{}", error.what());
+        ending.error += fmt::format("\n{}", error.what());
     }
-    return outcome;
+    write_ended_report(ended, ending, files.json);
+    return ending;
 }
 
-Outcome Run::settle(RunFiles& files) const
+// What the process of the upgrade has put into its reports.
+Ending Run::returned() const
 {
-    const Finished& finished = *told_.finished;
-    if (!finished.mistake.empty()) {
-        return {
-            ExitStatus::OwnFault,
-            fmt::format("the account of rows does not close, which is a bug of this command; nothing is written\n{}",
-                        finished.mistake)};
+    const Ending ending = ending_of(options_, *told_.finished);
+    if (!told_.finished->mistake.empty()) {
+        throw CommandError(ExitStatus::OwnFault, ending.error);
     }
+    if (!told_.finished->report_error.empty()) {
+        throw CommandError(ExitStatus::NotWritten, told_.finished->report_error + without_output(options_));
+    }
+    return ending;
+}
+
+Ending Run::put_files_in_place(const Ending& ending, RunFiles& files) const
+{
     try {
         keep_log(files.log);
-        if (finished.write_error.empty()) {
+    } catch (const CommandError& error) {
+        return {static_cast<int>(error.status()), error.what() + without_output(options_)};
+    }
+    try {
+        if (told_.finished->invalid.empty() && told_.finished->write_error.empty()) {
+            put_in_place(files.output);
+        }
+        return ending;
+    } catch (const CommandError& error) {
+        return ending_with(error);
+    }
+}
+
+void Run::give_document(const Ending& written, const Ending& ending, int file) const
+{
+    if (!(written == ending) && !replace_ending(written, ending, file)) {
+        throw CommandError(ExitStatus::NotWritten, fmt::format("the JSON report: {}", std::strerror(errno)));
+    }
+}
+
+// The document of a file comes last: it tells how the command ends.
+Ending Run::give_reports(const Ending& written, Ending ending, RunFiles& files) const
+{
+    const auto also = [&ending](const CommandError& error) {
+        ending.error = ending.error.empty() ? error.what() : fmt::format("{}\n{}", ending.error, error.what());
+        ending.status = ending.status == static_cast<int>(ExitStatus::UpgradeEnded) ? ending.status
+                                                                                    : static_cast<int>(error.status());
+    };
+    try {
+        if (options_.json_printed()) {
+            give_document(written, ending, report_file_);
+        }
+        print(report_file_);
+    } catch (const CommandError& error) {
+        also(error);
+    }
+    try {
+        if (files.json) {
+            give_document(written, ending, files.json->descriptor());
             put_in_place(files.json);
         }
     } catch (const CommandError& error) {
-        return {error.status(), error.what() + without_output()};
+        also(error);
     }
-    if (!finished.invalid.empty()) {
-        return {ExitStatus::NotValid, "the result is not valid: " + escaped(finished.invalid) + without_output()};
-    }
-    if (!finished.write_error.empty()) {
-        return {ExitStatus::NotWritten, finished.write_error};
-    }
-    try {
-        put_in_place(files.output);
-    } catch (const CommandError& error) {
-        return {error.status(), error.what()};
-    }
-    return {reaches(options_.fail_on, static_cast<Severity>(finished.severity)) ? ExitStatus::VerdictReached
-                                                                                : ExitStatus::Ok,
-            {}};
+    return ending;
 }
 
 // The errors of a configuration, one a line.
@@ -250,40 +281,33 @@ std::string all_errors(const bgp_platform::xml::LoadError& error)
     return lines;
 }
 
-// Copies the report to standard output.
-void print(int report)
+Ending rehearse(const RunOptions& asked, Report* report)
 {
-    char piece[65536];
-    lseek(report, 0, SEEK_SET);
-    for (ssize_t size; (size = read(report, piece, sizeof piece)) > 0;) {
-        print_out({piece, static_cast<std::size_t>(size)});
+    const RunOptions options = with_facts(asked);
+    check_severities(options);
+    if (!options.changes.empty()) {
+        report->listed = subtree_of(options.changes);
     }
-}
-
-void check_severities(const RunOptions& options)
-{
-    try {
-        chosen_severities(options.severities);
-    } catch (const std::invalid_argument& error) {
-        throw CommandError(ExitStatus::BadInput, fmt::format("--severity: {}", escaped(error.what())));
-    }
+    report->inputs.library = find_library(options.library);
+    const RunTargets targets = check_targets(options, report->inputs.library);
+    return Run(options, report, load_device(options.device, options.configuration)).run(targets);
 }
 
 }  // namespace
 
 ExitStatus run(const RunOptions& asked)
 {
-    const RunOptions options = with_facts(asked);
-    check_severities(options);
-    const std::string library = find_library(options.library);
-    const RunTargets targets = check_targets(options, library);
-    Run run(options, library, targets, load_device(options.device, options.configuration));
-    const Outcome outcome = run.rehearse();
-    print(run.report());
-    if (!outcome.message.empty()) {
-        throw CommandError(outcome.status, outcome.message);
+    Report report = blank_report(asked);
+    Ending ending;
+    try {
+        ending = rehearse(asked, &report);
+    } catch (const CommandError& error) {
+        ending = tell_refused(asked, report, ending_with(error));
     }
-    return outcome.status;
+    if (!ending.error.empty()) {
+        throw CommandError(static_cast<ExitStatus>(ending.status), ending.error);
+    }
+    return static_cast<ExitStatus>(ending.status);
 }
 
 Device& load_device(const DeviceOptions& options, const std::string& configuration)
