@@ -87,7 +87,7 @@ TEST_F(VerdictOf, EdgeRouter_TellsTheLimitsThatChange)
     EXPECT_THAT(last_line(result.out), StartsWith("Verdict: REVIEW. "));
     EXPECT_THAT(findings(result), HasSubstr("500000 -> 0"));
     EXPECT_THAT(findings(result), HasSubstr("100 -> 0"));
-    EXPECT_THAT(findings(result), HasSubstr("9 writes failed as on every such router"));
+    EXPECT_THAT(findings(result), HasSubstr("7 writes failed as on every such router"));
 }
 
 TEST_F(VerdictOf, FamiliesThatAreTurnedOff_AreTold)

@@ -41,6 +41,16 @@ std::string between(const std::string& text, const std::string& start, const std
     return at == std::string::npos ? "no \"" + start + "\" in: " + text : text.substr(at, text.rfind(end) - at);
 }
 
+// The word behind "Verdict: ".
+std::string verdict_in(const std::string& text)
+{
+    const std::string label = "Verdict: ";
+    const std::size_t at = text.rfind(label);
+    return at == std::string::npos
+               ? std::string("none")
+               : text.substr(at + label.size(), text.find_first_of(".:\n", at + label.size()) - at - label.size());
+}
+
 // The one that this process has loaded.
 std::string library()
 {
@@ -60,6 +70,7 @@ TEST(KeptUpgrades, Rehearsal_GivesTheFilesOfTheFolder)
             rehearse({"run", stored, "--library", library(), "-o", made / "upgraded.xml", "--log", made / "log",
                       "--commit-check", "--changes", "--fail-on", "never"});
         ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(verdict_in(result.out), verdict_in(why));
         made.file("changes", between(result.out, "Changes", "Verdict: "));
         made.file("stored.xml", content_of(stored));
         made.file("why.txt", why);

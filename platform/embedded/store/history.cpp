@@ -22,7 +22,7 @@ uint8_t half(uint8_t octet, std::size_t position) noexcept
 
 uint8_t with_half(uint8_t octet, std::size_t position, uint8_t value) noexcept
 {
-    return static_cast<uint8_t>(position % 2 == 0 ? (octet & 0xF0U) | value : (octet & 0x0FU) | value << 4U);
+    return static_cast<uint8_t>(position % 2 == 0 ? (octet & 0xF0U) | value : (octet & 0x0FU) | unsigned{value} << 4U);
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ bool has_name_of_wrapper(const StartTag& tag)
 
 std::string described(const StartTag& tag)
 {
-    const std::string element = "<" + shortened(tag.name) + ">";
+    std::string element = "<" + shortened(tag.name) + ">";
     if (!has_name_of_wrapper(tag)) {
         return element;
     }

@@ -144,7 +144,10 @@ std::unique_ptr<PeekedSource> open_input(const std::string& path, const std::str
     if (is_gzip(input->head())) {
         input = peeked(gunzipped(std::move(input), name));
     }
-    return may_be_packed(input->head()) ? peeked(unpacked(std::move(input), name)) : std::move(input);
+    if (may_be_packed(input->head())) {
+        input = peeked(unpacked(std::move(input), name));
+    }
+    return input;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): of a pointer that owns
 }
 
 }  // namespace bgp_platform::xml

@@ -74,13 +74,12 @@ std::string why_no_xml(std::string_view head)
 {
     const std::string_view words = first_words(head);
     std::string looks;
-    if (words.empty() && head.size() == PeekedSource::kHead) {
+    const bool white_so_far = words.empty() && head.size() == PeekedSource::kHead;
+    if (white_so_far || is_wide_xml(head)) {
         return {};
     }
     if (head.empty()) {
         looks = "the file is empty";
-    } else if (is_wide_xml(head)) {
-        return {};
     } else if (is_html(words)) {
         looks = "this is an HTML page";
     } else if (words.empty()) {
