@@ -10,15 +10,16 @@ changes of the report to the stored configuration, which must give the other.
 """
 
 import argparse
+import ast
 import json
 import sys
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
-from typing import Any, Dict, Iterator, List, Optional, Tuple
+from typing import Any, Dict, Iterator, List, Optional, Set, Tuple
 
 import apply_journal
-from check_references import (BGP, ENTITY, FAMILY, JOIN, LISTEN, NETWORK, PEER, PEER_KEYS, RECORD, ROUTE_MAP,
-                              ROUTER_FAMILY, RTM, RULE, RULE_KEYS, Key, Row, Tables, key)
+from check_references import (BGP, CHECKS, ENTITY, FAMILY, JOIN, LISTEN, NETWORK, PEER, PEER_KEYS, RECORD, ROUTE_MAP,
+                              ROUTER_FAMILY, RTM, RULE, RULE_KEYS, Key, Reference, Row, Tables, key)
 
 INTERNAL = "/internal/"
 STATUS = BGP + "bgpPeerStatusTable/bgpPeerStatusEntry"
@@ -81,8 +82,10 @@ class Upgrade:
             yield row, after.get(own) or after.get((GLOBAL_INDEX,) + own[1:], {})
 
     def rewritten(self, path: str, names: Tuple[str, ...], leaf: str) -> int:
-        return sum(1 for before, after in self.pairs(path, names)
-                   if leaf in before and after.get(leaf) != before[leaf])
+        """Rows that had a value and have another; where there are none, those that had none and have one."""
+        pairs = list(self.pairs(path, names))
+        another = sum(1 for before, after in pairs if leaf in before and after.get(leaf) != before[leaf])
+        return another or sum(1 for before, after in pairs if leaf not in before and leaf in after)
 
     def families_off(self) -> int:
         leaf = "bgpPeerAfiSafiDisable"
@@ -106,6 +109,8 @@ class Upgrade:
                 own = key(row, *names)
                 made_before = own[0] == index and (path != FAMILY or own[-1] == "mplsBgpVpn")
                 count += own[0] != GLOBAL_INDEX and (own in stored or made_before)
+                # A listen row's number is the index as well, or one more.
+                count += path == LISTEN and own[0] == GLOBAL_INDEX and own[1] not in ("1", "2") and own in stored
         return count + self._left_joins() + self._left_rules()
 
     def _left_joins(self) -> int:
@@ -115,25 +120,56 @@ class Upgrade:
         return sum(1 for join in joins if join[2] == "ariPrtnrBgp" and join[1] != GLOBAL_INDEX
                    and (join in stored or join[1] == self.entity["bgpRmEntIndex"]))
 
-    def _left_rules(self) -> int:
-        """The rules' numbers move by as much as the entity's index does, one after the other."""
+    def rules_left(self) -> Set[Key]:
         rules = [(key(row, *RULE_KEYS), row.get("rtmRedistInfoDest") == "bgp") for row in self.before.rows(RULE)]
+        return self._stuck(rules) if self.rekeyed else set()
+
+    def _left_rules(self) -> int:
         protocols = [(key(row, "rtm-index", "entry"), row.get("protocol-xmltag") == BGP_TAG)
                      for row in self.before.rows(PROTOCOL)]
-        return self._stuck(rules) + self._stuck(protocols)
+        return len(self.rules_left()) + len(self._stuck(protocols))
 
-    def _stuck(self, rows: List[Tuple[Key, bool]]) -> int:
+    def _stuck(self, rows: List[Tuple[Key, bool]]) -> Set[Key]:
+        """The numbers move by as much as the entity's index does, one after the other: those that cannot."""
         shift = int(GLOBAL_INDEX) - int(self.entity["bgpRmEntIndex"])
         taken = {(int(own[0]), int(own[1])) for own, _ in rows}
-        stuck = 0
+        stuck: Set[Key] = set()
         for number in sorted((int(own[0]), int(own[1])) for own, moves in rows if moves):
             target = (number[0], (number[1] + shift) % 2**32)
             if target != number and target in taken:
-                stuck += 1
+                stuck.add((str(number[0]), str(number[1])))
             else:
                 taken.remove(number)
                 taken.add(target)
         return stuck
+
+
+# What the report's references are about: not what the command that draws routers agrees with itself on besides.
+KINDS = ("entity of ", "neighbour of ", "bgpPeerAfiSafi", "bgpPeerLocalNm", "bgpRouteMapMaPrefixList", "bgpNmEntRmIndex",
+         "listen row", "bgpRmAfmPartnerIndex", "rtmMj", "rtmRedistFteIndex", "redist-protocol", "VRF of ", "AS of the router",
+         "hidden bgpRouteMapEntry-", "hidden bgpConfigEntry-", "hidden rtmRedistEntry-get")
+
+
+# A row that stays behind has its key from before: that it refers to nothing there is told with the row.
+BY_KEY = ("entity of ", "neighbour of ", "listen row", "rtmMj", "hidden bgp", "rtmRedistFteIndex")
+
+
+def of_row_left(upgrade: Upgrade, reference: Reference) -> bool:
+    if not upgrade.rekeyed or not reference.kind.startswith(BY_KEY):
+        return False
+    row: Row = ast.literal_eval(reference.place)
+    if reference.kind == "rtmRedistFteIndex":
+        return key(row, *RULE_KEYS) in upgrade.rules_left()
+    own = [row[name] for name in ("bgpRmEntIndex", "bgpNmEntIndex", "rtmMjSlaveFteId", "entity") if name in row]
+    return own[0] != GLOBAL_INDEX and int(own[0]) < FIRST_VRF and row.get("rtmMjSlaveType") != "ariPrtnrRtm"
+
+
+def dangling(upgrade: Upgrade) -> Optional[int]:
+    """References of the result that lead nowhere; none where left() tells none."""
+    if upgrade.left() is None:
+        return None
+    return sum(1 for check in CHECKS for reference in check(upgrade.after)
+               if reference.kind.startswith(KINDS) and not reference.holds and not of_row_left(upgrade, reference))
 
 
 def counted(report: Dict[str, Any], finding: str, step: Optional[str] = None) -> int:
@@ -152,6 +188,9 @@ def mistakes(folder: Path, name: str) -> List[str]:
         "limits rewritten": (limits, counted(report, "limit-rewritten")),
         "actions rewritten": (actions, counted(report, "action-rewritten")),
         "families off": (upgrade.families_off(), counted(report, "family-off")),
+        "references broken": (dangling(upgrade), sum(each["count"] for each in report["findings"]
+                                                     if each["id"] == "reference-broken"
+                                                     and "by the move" not in each["sentence"])),
         "rows left": (upgrade.left(), counted(report, "row-left", "update_rm_index")),
     }
     found = [f"{name}: {what}: {ours} by the files, {theirs} by the report"

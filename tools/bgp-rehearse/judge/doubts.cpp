@@ -32,34 +32,34 @@ enum class Matters {
 };
 
 struct Doubt {
-    Reading reading;
+    const char* taken;  // for granted: behind "it is taken that "
     Matters matters;
+    Reading reading;
     Severity severity;
-    const char* taken;  // what was taken for granted, behind "it is taken that "
 };
 
 constexpr Doubt kDoubts[] = {
     // A device that refuses to count or walk such a list finds nothing there either.
-    {Reading::ListBelowMissingEntryIsEmpty, Matters::Never, Severity::Note, "a list below a missing entry is empty"},
-    {Reading::MoveOntoOwnKeysSucceeds, Matters::WithWritten, Severity::Note,
-     "a row can be moved onto the key that it has"},
-    {Reading::SetBelowMissingEntryFails, Matters::WithRowsMade, Severity::Note,
-     "setting a value does not make its row"},
-    {Reading::RowsBeforeTheFailingOneStay, Matters::Always, Severity::Note,
-     "rows written before one that fails stay written"},
+    {"a list below a missing entry is empty", Matters::Never, Reading::ListBelowMissingEntryIsEmpty, Severity::Note},
+    {"a row can be moved onto the key that it has", Matters::WithWritten, Reading::MoveOntoOwnKeysSucceeds,
+     Severity::Note},
+    {"setting a value does not make its row", Matters::WithRowsMade, Reading::SetBelowMissingEntryFails,
+     Severity::Note},
+    {"rows written before one that fails stay written", Matters::Always, Reading::RowsBeforeTheFailingOneStay,
+     Severity::Note},
     // Without free numbers the next one is taken, whichever way their list says so.
-    {Reading::EmptyLeafListIsAbsent, Matters::Never, Severity::Note, "an empty list of free numbers is not there"},
-    {Reading::HostBitsOfPrefixAreKept, Matters::Always, Severity::Review,
-     "a prefix with host bits is accepted, which a device may refuse"},
-    {Reading::ShortNumberInPathIsTaken, Matters::Always, Severity::Note, "a short number can stand in a path"},
-    {Reading::WholeListOrContainerIsDeleted, Matters::Always, Severity::Note,
-     "an entry of a list of numbers can be deleted"},
-    {Reading::KeyOfMoreThanEightIsTaken, Matters::WithRows, Severity::Note, "a key may have more than eight parts"},
-    {Reading::OctetsAreInLowerCase, Matters::Never, Severity::Note, "octets are in lower case"},
-    {Reading::KeyIsQuotedBlanksAreTaken, Matters::WithRows, Severity::Note,
-     "a path may have quoted keys, and blanks beside braces"},
-    {Reading::EmptyPathIsBadDefaultExists, Matters::Always, Severity::Note, "a value that has only its default exists"},
-    {Reading::OneThreadOneDevice, Matters::Always, Severity::Note, "one thread calls, for one device"},
+    {"an empty list of free numbers is not there", Matters::Never, Reading::EmptyLeafListIsAbsent, Severity::Note},
+    {"a prefix with host bits is accepted, which a device may refuse", Matters::Always,
+     Reading::HostBitsOfPrefixAreKept, Severity::Review},
+    {"a short number can stand in a path", Matters::Always, Reading::ShortNumberInPathIsTaken, Severity::Note},
+    {"an entry of a list of numbers can be deleted", Matters::Always, Reading::WholeListOrContainerIsDeleted,
+     Severity::Note},
+    {"a key may have more than eight parts", Matters::WithRows, Reading::KeyOfMoreThanEightIsTaken, Severity::Note},
+    {"octets are in lower case", Matters::Never, Reading::OctetsAreInLowerCase, Severity::Note},
+    {"a path may have quoted keys, and blanks beside braces", Matters::WithRows, Reading::KeyIsQuotedBlanksAreTaken,
+     Severity::Note},
+    {"a value that has only its default exists", Matters::Always, Reading::EmptyPathIsBadDefaultExists, Severity::Note},
+    {"one thread calls, for one device", Matters::Always, Reading::OneThreadOneDevice, Severity::Note},
 };
 
 class Doubts : public Rule {

@@ -8,7 +8,7 @@
 namespace bgp_rehearse {
 
 // Which values of the referring leaf refer to nothing.
-enum class None { Never, Unset, Zero, Empty };  // the last two: or unset
+enum class None : uint8_t { Never, Unset, Zero, Empty };  // the last two: or unset
 
 struct Verb {
     const char* one;
@@ -23,11 +23,11 @@ struct Reference {
         : from(list),
           leaf(referring),
           where(of_those),
-          none(none_is),
           verb(does),
           what(row),
           which(named),
           to{there, or_there},
+          none(none_is),
           lost(when_lost)
     {
     }
@@ -35,12 +35,12 @@ struct Reference {
     const char* from;   // the list of the referring rows
     const char* leaf;   // that refers; empty: the row's key does
     const char* where;  // "leaf=value" or "leaf=value|value": only those rows refer; empty: all
-    None none;
     Verb verb;
     const char* what;
     const char* which;  // with one $name, as in the templates
     const char* to[2];  // path templates (path_template.h), one of which has to lead to a row; the second may be null
-    Severity lost;      // of a reference that held before
+    None none;
+    Severity lost;  // of a reference that held before
 };
 
 inline constexpr Verb kBelongsTo = {"belongs to", "belong to"};
