@@ -25,6 +25,7 @@ INTERNAL = "/internal/"
 STATUS = BGP + "bgpPeerStatusTable/bgpPeerStatusEntry"
 RTM_JOIN = RTM + "rtmMjTable/rtmMjEntry"
 PROTOCOL = "/redist-protocol"
+PROTOCOL_KEYS = ("rtm-index", "entry")
 FAMILY_KEYS = PEER_KEYS + ("bgpPeerAfiSafiAfi", "bgpPeerAfiSafiSafi")
 MAP_KEYS = ("bgpRmEntIndex", "bgpRouteMapIndex", "bgpRouteMapEntryIndex")
 GLOBAL_INDEX = "1"
@@ -111,7 +112,7 @@ class Upgrade:
                 count += own[0] != GLOBAL_INDEX and (own in stored or made_before)
                 # A listen row's number is the index as well, or one more.
                 count += path == LISTEN and own[0] == GLOBAL_INDEX and own[1] not in ("1", "2") and own in stored
-        return count + self._left_joins() + self._left_rules()
+        return count + self._left_joins() + len(self.rules_left()) + len(self.protocols_left())
 
     def _left_joins(self) -> int:
         names = ("rtmMjRtmFteIndex", "rtmMjSlaveFteId", "rtmMjSlaveType")
@@ -121,20 +122,20 @@ class Upgrade:
                    and (join in stored or join[1] == self.entity["bgpRmEntIndex"]))
 
     def rules_left(self) -> Set[Key]:
-        rules = [(key(row, *RULE_KEYS), row.get("rtmRedistInfoDest") == "bgp") for row in self.before.rows(RULE)]
-        return self._stuck(rules) if self.rekeyed else set()
+        return self._stuck(RULE, RULE_KEYS, "rtmRedistInfoDest", "bgp")
 
-    def _left_rules(self) -> int:
-        protocols = [(key(row, "rtm-index", "entry"), row.get("protocol-xmltag") == BGP_TAG)
-                     for row in self.before.rows(PROTOCOL)]
-        return len(self.rules_left()) + len(self._stuck(protocols))
+    def protocols_left(self) -> Set[Key]:
+        return self._stuck(PROTOCOL, PROTOCOL_KEYS, "protocol-xmltag", BGP_TAG)
 
-    def _stuck(self, rows: List[Tuple[Key, bool]]) -> Set[Key]:
+    def _stuck(self, path: str, names: Tuple[str, ...], leaf: str, moves: str) -> Set[Key]:
         """The numbers move by as much as the entity's index does, one after the other: those that cannot."""
+        if not self.rekeyed:
+            return set()
+        rows = [(key(row, *names), row.get(leaf) == moves) for row in self.before.rows(path)]
         shift = int(GLOBAL_INDEX) - int(self.entity["bgpRmEntIndex"])
         taken = {(int(own[0]), int(own[1])) for own, _ in rows}
         stuck: Set[Key] = set()
-        for number in sorted((int(own[0]), int(own[1])) for own, moves in rows if moves):
+        for number in sorted((int(own[0]), int(own[1])) for own, moved in rows if moved):
             target = (number[0], (number[1] + shift) % 2**32)
             if target != number and target in taken:
                 stuck.add((str(number[0]), str(number[1])))
@@ -151,7 +152,8 @@ KINDS = ("entity of ", "neighbour of ", "bgpPeerAfiSafi", "bgpPeerLocalNm", "bgp
 
 
 # A row that stays behind has its key from before: that it refers to nothing there is told with the row.
-BY_KEY = ("entity of ", "neighbour of ", "listen row", "rtmMj", "hidden bgp", "rtmRedistFteIndex")
+BY_KEY = ("entity of ", "neighbour of ", "listen row", "rtmMj", "hidden bgp", "rtmRedistFteIndex",
+          "redist-protocol")
 
 
 def of_row_left(upgrade: Upgrade, reference: Reference) -> bool:
@@ -160,6 +162,8 @@ def of_row_left(upgrade: Upgrade, reference: Reference) -> bool:
     row: Row = ast.literal_eval(reference.place)
     if reference.kind == "rtmRedistFteIndex":
         return key(row, *RULE_KEYS) in upgrade.rules_left()
+    if reference.kind == "redist-protocol":
+        return key(row, *PROTOCOL_KEYS) in upgrade.protocols_left()
     own = [row[name] for name in ("bgpRmEntIndex", "bgpNmEntIndex", "rtmMjSlaveFteId", "entity") if name in row]
     return own[0] != GLOBAL_INDEX and int(own[0]) < FIRST_VRF and row.get("rtmMjSlaveType") != "ariPrtnrRtm"
 
