@@ -206,7 +206,7 @@ Ending Run::ended(const ChildEnd& end, RunFiles& files)
 // What the process of the upgrade has put into its reports.
 Ending Run::returned() const
 {
-    const Ending ending = ending_of(options_, *told_.finished);
+    Ending ending = ending_of(options_, *told_.finished);
     if (!told_.finished->mistake.empty()) {
         throw CommandError(ExitStatus::OwnFault, ending.error);
     }
