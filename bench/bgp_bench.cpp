@@ -15,7 +15,6 @@
 #include "bgp_update/update.h"
 #include "confd_maapi.h"
 #include "device.h"
-#include "report/model.h"
 #include "judge/upgrade_steps.h"
 
 namespace {
@@ -24,6 +23,24 @@ using bgp_platform::Datastore;
 using bgp_platform::Device;
 
 constexpr long kCalls = 20000;
+
+// How large a configuration is.
+struct Size {
+    std::size_t entries = 0;  // of lists
+    std::size_t values = 0;   // leaves that are set, and entries of leaf-lists
+};
+
+void measure(const bgp_platform::store::Row& row, Size* size)
+{
+    const bgp_platform::schema::Record& record = row.record();
+    for (std::size_t slot = 0; slot < record.values.size(); ++slot) {
+        size->values += !row.value(static_cast<uint16_t>(slot)).absent();
+    }
+    for (const bgp_platform::schema::Node* list : record.lists) {
+        size->entries += list->kind == bgp_platform::schema::NodeKind::List ? row.list(list->slot).size() : 0;
+        row.list(list->slot).for_each([size](const bgp_platform::store::Row& entry) { measure(entry, size); });
+    }
+}
 
 double cpu_seconds()
 {
@@ -157,7 +174,8 @@ void measure(const char* configuration, const char* output)
     device.keep_reports(false);
     const long empty = peak_kilobytes();
     const double load = timed([&] { device.load_file(configuration); });
-    const bgp_rehearse::ConfigurationSize size = bgp_rehearse::size_of(device.configuration(Datastore::Stored));
+    Size size;
+    measure(device.configuration(Datastore::Stored).root(), &size);
     std::printf("{\"load\": %.4f, \"loaded_kilobytes\": %ld, \"entries\": %zu, \"values\": %zu,\n", load,
                 peak_kilobytes() - empty, size.entries, size.values);
 

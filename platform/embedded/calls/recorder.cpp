@@ -48,17 +48,6 @@ void Recorder::add(RecordedCall call) noexcept
     }
 }
 
-void CallCounts::keep(Function function, int error, const char* message) noexcept
-{
-    if (failed_writes.size() == kKept) {
-        return;
-    }
-    try {
-        failed_writes.push_back({function, error, message});
-    } catch (const std::bad_alloc&) {  // it is counted all the same
-    }
-}
-
 std::size_t CallCounts::reads() const noexcept
 {
     return sum_of(calls, Effect::Read);

@@ -58,22 +58,10 @@ private:
     std::vector<RecordedCall> calls_;
 };
 
-// The first failures of one kind are kept with their text; all are counted.
-struct FailedCall {
-    Function function = Function::cdb_get;
-    int error = 0;
-    std::string message;  // confd_lasterr() after it
-};
-
 struct CallCounts {
-    static constexpr std::size_t kKept = 20;
-
     std::size_t total = 0;
     std::array<std::size_t, kFunctions> calls{};
     std::array<std::size_t, kFunctions> failures{};
-    std::vector<FailedCall> failed_writes;  // at most kKept, as far as there is memory
-
-    void keep(Function function, int error, const char* message) noexcept;
 
     std::size_t of(Function function) const noexcept { return calls[static_cast<std::size_t>(function)]; }
     std::size_t reads() const noexcept;

@@ -253,9 +253,6 @@ void Call::count(int result) noexcept
         return;
     }
     ++counts.failures[slot];
-    if (effect_of(function_) == Effect::Write) {
-        counts.keep(function_, error_, confd_lasterr());
-    }
     if (device().recorder.after_failure) {
         device().recorder.after_failure({function_, error_, path(), confd_lasterr(), counts.total});
     }

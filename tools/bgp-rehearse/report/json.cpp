@@ -1,13 +1,12 @@
 #include "report/json.h"
 
-#include <unistd.h>
-
-#include <algorithm>
-#include <vector>
+#include <chrono>
 
 #include "base/sha256.h"
 #include "contract/step.h"
 #include "report/json_changes.h"
+#include "report/json_ending.h"
+#include "report/json_judgement.h"
 #include "report/json_writer.h"
 #include "store/changes.h"
 
@@ -16,9 +15,6 @@ namespace bgp_rehearse {
 namespace {
 
 using bgp_platform::capi::Function;
-
-constexpr std::size_t kSchema = 2;
-constexpr std::size_t kPiece = 1 << 16;
 
 class Document {
 public:
@@ -29,9 +25,6 @@ public:
 private:
     void inputs();
     void assumption(const Assumption& assumption);
-    void account();
-    void findings();
-    void finding(const Finding& finding);
     void steps();
     void calls();
     void predicted();
@@ -46,20 +39,6 @@ private:
     JsonWriter json_;
 };
 
-// All that another ending makes different.
-void begin_document(const Ending& ending, JsonWriter* json)
-{
-    json->begin('{', JsonWriter::Lines).name("schema").number(kSchema).name("version").text(BGP_REHEARSE_VERSION);
-    json->name("exit_status").signed_number(ending.status).name("error").text_or_null(ending.error);
-}
-
-std::string beginning(const Ending& ending)
-{
-    JsonWriter json(-1);
-    begin_document(ending, &json);
-    return json.written_so_far();
-}
-
 bool Document::write(const Ending& ending)
 {
     begin_document(ending, &json_);
@@ -67,8 +46,8 @@ bool Document::write(const Ending& ending)
     json_.name("verdict").text_or_null(judgement ? judgement->verdict.word() : "");
     json_.name("reason").text_or_null(judgement ? judgement->verdict.sentence : "");
     inputs();
-    account();
-    findings();
+    write_account(report_, &json_);
+    write_findings(report_, &json_);
     steps();
     calls();
     predicted();
@@ -125,56 +104,6 @@ void Document::assumption(const Assumption& assumption)
         const bgp_platform::schema::Node* const list = each.row->record().owner;
         const std::string row = list == nullptr ? std::string() : bgp_platform::store::keypath({}, each.row);
         json_.text(row + bgp_platform::store::way_below(list, *each.leaf));
-    }
-    json_.end().end();
-}
-
-void add_counts(const RowCounts& rows, JsonWriter* json)
-{
-    json->name("stored").number(rows.stored).name("kept").number(rows.kept).name("changed").number(rows.changed);
-    json->name("moved").number(rows.moved).name("moved_and_changed").number(rows.moved_and_changed);
-    json->name("removed").number(rows.removed).name("new").number(rows.added).name("result").number(rows.result);
-}
-
-void Document::account()
-{
-    json_.name("account");
-    if (report_.device == nullptr || !report_.judgement) {
-        json_.null();
-        return;
-    }
-    const Account& account = report_.judgement->account;
-    json_.begin('{', JsonWriter::Lines);
-    add_counts(account.total, &json_);
-    json_.name("lists").begin('[', JsonWriter::Lines);
-    for (const ListAccount& each : account.lists) {
-        json_.begin('{').name("path").text(each.list->path());
-        add_counts(each.rows, &json_);
-        json_.end();
-    }
-    json_.end().end();
-}
-
-void Document::findings()
-{
-    json_.name("findings").begin('[', JsonWriter::Lines);
-    if (report_.judgement) {
-        for (const Finding& each : report_.judgement->findings) {
-            finding(each);
-        }
-    }
-    json_.end();
-}
-
-void Document::finding(const Finding& finding)
-{
-    json_.begin('{').name("id").text(name_of(finding.id)).name("severity").text(name_of(finding.severity));
-    json_.name("count").number(finding.count).name("sentence").text(finding.sentence);
-    json_.name("advice").text_or_null(finding.advice).name("step").text_or_null(finding.step);
-    json_.name("places").begin('[');
-    for (const Place& place : finding.places) {
-        json_.begin('{').name("path").text_or_null(path_of(finding, place));
-        json_.name("text").text(words_of(finding, place)).end();
     }
     json_.end().end();
 }
@@ -328,50 +257,11 @@ void Document::last_seen(const LastSeen& last)
     json_.end().end();
 }
 
-bool write_at(int file, const std::string& text, off_t place)
-{
-    for (std::size_t done = 0; done < text.size();) {
-        const ssize_t size = pwrite(file, text.data() + done, text.size() - done, place + static_cast<off_t>(done));
-        if (size < 0) {
-            return false;
-        }
-        done += static_cast<std::size_t>(size);
-    }
-    return true;
-}
-
-// Moves all from a place on to another place further on, the last part first.
-bool move_on(int file, off_t from, off_t to)
-{
-    std::string piece;
-    for (off_t end = lseek(file, 0, SEEK_END); end > from;) {
-        const off_t start = std::max(from, end - static_cast<off_t>(kPiece));
-        piece.resize(static_cast<std::size_t>(end - start));
-        if (pread(file, piece.data(), piece.size(), start) != end - start ||
-            !write_at(file, piece, start + to - from)) {
-            return false;
-        }
-        end = start;
-    }
-    return true;
-}
-
 }  // namespace
 
 bool write_json_report(const Report& report, const Ending& ending, int file)
 {
     return Document(report, file).write(ending);
-}
-
-bool replace_ending(const Ending& written, const Ending& ending, int file)
-{
-    const auto old_size = beginning(written).size();
-    std::string now = beginning(ending);
-    if (now.size() < old_size) {
-        now.append(old_size - now.size(), ' ');
-    }
-    return (now.size() == old_size || move_on(file, static_cast<off_t>(old_size), static_cast<off_t>(now.size()))) &&
-           write_at(file, now, 0);
 }
 
 }  // namespace bgp_rehearse

@@ -10,7 +10,4 @@ namespace bgp_rehearse {
 // False, with errno set, when not all of it could be written.
 [[nodiscard]] bool write_json_report(const Report& report, const Ending& ending, int file);
 
-// Gives a document that was written with one ending another one, which came later; likewise.
-[[nodiscard]] bool replace_ending(const Ending& written, const Ending& ending, int file);
-
 }  // namespace bgp_rehearse

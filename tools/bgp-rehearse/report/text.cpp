@@ -263,17 +263,20 @@ void TextReport::finding(const Finding& finding)
 // The first few in words; without words the sentence says all.
 void TextReport::places(const Finding& finding)
 {
-    std::string text;
+    std::vector<std::string> words;
     const std::size_t shown = std::min(finding.places.size(), kShownPlaces);
     for (std::size_t i = 0; i < shown; ++i) {
-        const std::string words = words_of(finding, finding.places[i]);
-        if (words.empty()) {
+        words.push_back(escaped(words_of(finding, finding.places[i])));
+        if (words.back().empty()) {
             return;
         }
-        text.append(i == 0 ? "" : ", ").append(escaped(words));
     }
+    const bool commas = std::any_of(words.begin(), words.end(),
+                                    [](const std::string& each) { return each.find(", ") != std::string::npos; });
+    const char* const between = commas ? "; " : ", ";
+    std::string text = fmt::format("{}", fmt::join(words, between));
     if (finding.places.size() > shown) {
-        text += fmt::format(", and {} more", grouped(finding.places.size() - shown));
+        text += fmt::format("{}and {} more", between, grouped(finding.places.size() - shown));
     }
     if (!text.empty()) {
         page_.line({kPlaces, {}, Paint::Plain, text, kPlaces, {}});

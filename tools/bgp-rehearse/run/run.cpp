@@ -1,11 +1,12 @@
 #include "run/run.h"
 
+#include <fcntl.h>
 #include <fmt/format.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -20,6 +21,7 @@
 #include "judge/stored_condition.h"
 #include "judge/words.h"
 #include "report/json.h"
+#include "report/json_ending.h"
 #include "report/text.h"
 #include "run/blank_report.h"
 #include "run/ended.h"
@@ -75,6 +77,16 @@ void print(int report)
     for (ssize_t size; (size = read(report, piece, sizeof piece)) > 0;) {
         print_out({piece, static_cast<std::size_t>(size)});
     }
+}
+
+// Where the report waits until it is known how the command ends. A document is large, and need not be in memory.
+int open_report_file(const RunOptions& options)
+{
+    const char* const folder = std::getenv("TMPDIR");
+    const int file = options.json_printed()
+                         ? open(folder == nullptr ? "/var/tmp" : folder, O_TMPFILE | O_RDWR | O_CLOEXEC, 0600)
+                         : -1;
+    return file >= 0 ? file : memfd_create("report", MFD_CLOEXEC);
 }
 
 class Run {
@@ -138,7 +150,7 @@ void Run::show(ProgressLine& progress) const
 
 ChildEnd Run::rehearse(const InterruptGuard& interrupts, const RunFiles& files)
 {
-    report_file_ = memfd_create("report", MFD_CLOEXEC);
+    report_file_ = open_report_file(options_);
     const RehearsalFiles open{report_file_, RunFiles::descriptor(files.output), RunFiles::descriptor(files.log),
                               RunFiles::descriptor(files.json)};
     const Look look = look_of(options_);
