@@ -131,7 +131,7 @@ private:
         }
         if (new_row != nullptr && stored == nullptr) {
             visitor_.row(change(Fate::New, nullptr, new_row));
-            below(nullptr, new_row);
+            below(*new_row, nullptr, new_row);
         } else if (new_row != nullptr) {
             stayed(*stored, *new_row);
         }
@@ -146,7 +146,7 @@ private:
     void removed(const Row& row)
     {
         visitor_.row(change(Fate::Removed, &row, nullptr));
-        below(&row, nullptr);
+        below(row, &row, nullptr);
     }
 
     void stayed(const Row& stored, const Row& row)
@@ -160,12 +160,12 @@ private:
                 change(moved ? (same ? Fate::Moved : Fate::MovedAndChanged) : (same ? Fate::AsItWas : Fate::Changed),
                        &stored, &row));
         }
-        below(&stored, &row);
+        below(row, &stored, &row);
     }
 
-    void below(const Row* before, const Row* after)
+    // What lies below a row, which is one of the two others.
+    void below(const Row& row, const Row* before, const Row* after)
     {
-        const Row& row = after != nullptr ? *after : *before;
         if (has_lists_below(row.record())) {
             trail_.push_back(&row);
             lists_below(before, after);
