@@ -1,9 +1,39 @@
 // What a file is known by.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <memory>
 #include <string>
+#include <string_view>
+
+struct evp_md_ctx_st;
 
 namespace bgp_rehearse {
+
+// The SHA-256 of bytes that come piece by piece.
+class Sha256 {
+public:
+    using Digest = std::array<unsigned char, 32>;
+
+    Sha256();
+
+    void add(std::string_view piece);
+
+    // Of all pieces; then it begins anew.
+    Digest digest();
+    std::string hex();
+
+private:
+    struct Freed {
+        void operator()(evp_md_ctx_st* context) const noexcept;
+    };
+    std::unique_ptr<evp_md_ctx_st, Freed> context_;
+};
+
+std::string hex_of(const Sha256::Digest& digest);
+
+std::string sha256_of(std::string_view bytes);
 
 // The SHA-256 of a file's bytes, in hexadecimal; empty when they cannot be read, or the file is no ordinary one.
 std::string sha256_of_file(const std::string& name);

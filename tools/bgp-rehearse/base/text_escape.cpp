@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <charconv>
 #include <cstdint>
 
 namespace bgp_rehearse {
@@ -121,6 +123,50 @@ std::string escaped_line(std::string_view line)
         line.remove_suffix(1);
     }
     return escaped(line);
+}
+
+std::string escaped_name(std::string_view bytes)
+{
+    std::string out;
+    out.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const std::size_t length = std::max<std::size_t>(1, front_character(bytes).length);
+        const std::string_view front = bytes.substr(0, length);
+        if (front == "\\") {
+            out += "\\\\";
+        } else if (escaped(front) == front) {
+            out += front;
+        } else {
+            for (const char byte : front) {
+                out += fmt::format("\\x{:02x}", static_cast<unsigned char>(byte));
+            }
+        }
+        bytes.remove_prefix(length);
+    }
+    return out;
+}
+
+std::string unescaped_name(std::string_view name)
+{
+    std::string bytes;
+    bytes.reserve(name.size());
+    while (!name.empty()) {
+        const std::string_view front = name.substr(0, 4);
+        unsigned char byte = 0;
+        std::size_t length = 1;
+        if (front.substr(0, 2) == "\\\\") {
+            bytes += '\\';
+            length = 2;
+        } else if (front.size() == 4 && front.substr(0, 2) == "\\x" &&
+                   std::from_chars(front.data() + 2, front.data() + 4, byte, 16).ptr == front.data() + 4) {
+            bytes += static_cast<char>(byte);
+            length = 4;
+        } else {
+            bytes += front.front();
+        }
+        name.remove_prefix(length);
+    }
+    return bytes;
 }
 
 }  // namespace bgp_rehearse

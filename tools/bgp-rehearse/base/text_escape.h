@@ -18,4 +18,11 @@ void escape_from(std::size_t start, std::string* text);
 // A log line as a line of text: escaped, without the line end that it may have.
 std::string escaped_line(std::string_view line);
 
+// A name that is bytes, such as a file's, as text that shows as it is and tells the bytes: a backslash becomes \\\\, and
+// each byte of what escaped() would change becomes \xNN.
+std::string escaped_name(std::string_view bytes);
+
+// The bytes of an escaped name. A backslash that escaped_name() does not write stays.
+std::string unescaped_name(std::string_view name);
+
 }  // namespace bgp_rehearse
