@@ -43,6 +43,9 @@ ExitStatus run_command(int argc, const char* const* argv)
         if (command.findings) {
             return bgp_rehearse::tell_findings(*command.findings);
         }
+        if (command.fleet) {
+            return command.fleet();
+        }
         return command.run ? bgp_rehearse::run(*command.run) : command.status;
     } catch (const bgp_rehearse::CommandError& error) {
         bgp_rehearse::print_message(fmt::format("bgp-rehearse: {}\n", error.what()));

@@ -11,8 +11,11 @@
 
 #include "base/given_value.h"
 #include "base/nearest.h"
+#include "base/option_kinds.h"
 #include "base/standard_output.h"
 #include "base/text_escape.h"
+#include "fleet/options.h"
+#include "run/shared_options.h"
 
 namespace bgp_rehearse {
 
@@ -28,116 +31,9 @@ constexpr char kExitStatuses[] =
     "  5  the output, the log or the report could not be written\n"
     "  70 the command found itself wrong";
 
-constexpr uint32_t kMost32 = std::numeric_limits<uint32_t>::max();
-
-// An option whose value `take` reads, or throws std::invalid_argument.
-template <typename Take>
-CLI::Option* add_value(CLI::App* command, const char* name, const std::string& value, const std::string& what,
-                       Take take)
-{
-    const auto read = [=](const std::string& text) {
-        try {
-            take(text);
-        } catch (const std::invalid_argument& wrong) {
-            throw CLI::ValidationError(name, wrong.what());
-        }
-    };
-    return command->add_option_function<std::string>(name, read, what)->option_text(value);
-}
-
-// The same, of an option that may be given again.
-template <typename Take>
-CLI::Option* add_values(CLI::App* command, const std::string& name, const std::string& value, const std::string& what,
-                        Take take)
-{
-    const auto read = [=](const std::vector<std::string>& texts) {
-        try {
-            std::for_each(texts.begin(), texts.end(), take);
-        } catch (const std::invalid_argument& wrong) {
-            throw CLI::ValidationError(name, wrong.what());
-        }
-    };
-    return command->add_option_function<std::vector<std::string>>(name, read, what)
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->option_text(value);
-}
-
-template <typename Number>
-void add_number(CLI::App* command, const char* name, Number* number, uint64_t most, const std::string& what,
-                uint64_t least = 0)
-{
-    add_value(command, name, "N", fmt::format("{} (default: {})", what, *number),
-              [=](const std::string& text) { *number = static_cast<Number>(given_number(text, least, most)); });
-}
-
-// One of the words, which stand in the order of the enumeration.
-template <typename Choice>
-void add_choice(CLI::App* command, const char* name, Choice* choice, const std::vector<std::string>& words,
-                const std::string& what)
-{
-    add_value(command, name, fmt::format("{}", fmt::join(words, "|")),
-              fmt::format("{} (default: {})", what, words[static_cast<std::size_t>(*choice)]),
-              [=](const std::string& text) { *choice = static_cast<Choice>(given_word(text, words)); });
-}
-
-void refuse_empty(const CLI::Option& option, const std::string& name)
-{
-    if (option.count() > 0 && option.as<std::string>().empty()) {
-        throw CLI::ValidationError(name, "a file name is missing");
-    }
-}
-
-CLI::Option* add_library(CLI::App* command, std::string* library)
-{
-    return command->add_option("--library", *library, "The upgrade library (default: this build's libbgp_update.so)")
-        ->option_text("PATH");
-}
-
-void add_device(CLI::App* command, DeviceOptions* device)
-{
-    add_value(command, "--interfaces", "ADDR[,ADDR...]",
-              "The device's IPv4 interface addresses, in order (default: 127.0.0.1)",
-              [device](const std::string& text) {
-                  device->interfaces = given_addresses(text, ",");
-                  device->interfaces_known = true;
-              });
-    add_value(command, "--user-profile", "N", "The user profile of the forwarding resources (default: 0)",
-              [device](const std::string& text) {
-                  device->user_profile = static_cast<uint32_t>(given_number(text, 0, kMost32));
-                  device->user_profile_known = true;
-              });
-    add_number(command, "--max-entries", &device->max_entries, kMost32,
-               "The most entries that a configuration may have");
-    add_number(command, "--max-errors", &device->max_errors, kMost32, "The most errors of a configuration to show", 1);
-}
-
 void add_colour(CLI::App* command, Colour* colour)
 {
     add_choice(command, "--color", colour, {"auto", "always", "never"}, "Whether the report has colours");
-}
-
-std::pair<std::string, std::string> given_severity(const std::string& text)
-{
-    const std::size_t sign = text.find('=');
-    if (sign == 0 || sign == std::string::npos) {
-        throw std::invalid_argument(fmt::format("\"{}\" is not ID=LEVEL", text));
-    }
-    const std::string level = text.substr(sign + 1);
-    given_word(level, {"note", "review", "stop"});
-    return {text.substr(0, sign), level};
-}
-
-void add_severities(CLI::App* run, std::vector<std::pair<std::string, std::string>>* severities)
-{
-    add_values(run, "--severity", "ID=LEVEL", "Make a finding a note, a review or a stop; may be given again",
-               [severities](const std::string& text) { severities->push_back(given_severity(text)); });
-}
-
-void add_duration(CLI::App* command, const char* name, std::optional<Duration>* duration, const std::string& what)
-{
-    add_value(command, name, "DURATION", what,
-              [duration](const std::string& text) { *duration = given_duration(text); });
 }
 
 void add_judgement(CLI::App* run, RunOptions* options)
@@ -364,11 +260,23 @@ CLI::App* add_findings(CLI::App* app, FindingsOptions* options)
     return findings;
 }
 
-// The command that was named, for messages.
+// The command that was named, and its verb where it has some.
+const CLI::App& deepest(const CLI::App& app)
+{
+    const std::vector<CLI::App*> commands = app.get_subcommands();
+    return commands.empty() ? app : deepest(*commands.front());
+}
+
+// As it is typed behind bgp-rehearse, for messages.
 std::string named(const CLI::App& app)
 {
     const std::vector<CLI::App*> commands = app.get_subcommands();
-    return commands.empty() ? "run" : commands.front()->get_name();
+    if (commands.empty()) {
+        return "run";
+    }
+    const std::string& command = commands.front()->get_name();
+    const std::vector<CLI::App*> verbs = commands.front()->get_subcommands();
+    return verbs.empty() ? command : command + " " + verbs.front()->get_name();
 }
 
 std::vector<std::string> names_of_commands(const CLI::App& app)
@@ -383,19 +291,21 @@ std::vector<std::string> names_of_commands(const CLI::App& app)
 // The first argument that nothing takes, and what it may have been meant for; empty when there is none.
 std::string unexpected(const CLI::App& app)
 {
-    const std::vector<CLI::App*> commands = app.get_subcommands();
-    const bool before = !app.remaining().empty();  // the command
-    const CLI::App& at = before || commands.empty() ? app : *commands.front();
-    if (at.remaining().empty()) {
+    const CLI::App* at = &deepest(app);
+    while (at != &app && at->remaining().empty()) {
+        at = at->get_parent();
+    }
+    if (at->remaining().empty()) {
         return {};
     }
-    const std::string argument = at.remaining().front();
+    const std::string argument = at->remaining().front();
     if (argument.front() == '-') {
         const std::string name = argument.substr(0, argument.find('='));
-        return fmt::format("{} is no option of {}{}", name, at.get_name(), did_you_mean(name, names_of_options(at)));
+        return fmt::format("{} is no option of {}{}", name, at->get_name(), did_you_mean(name, names_of_options(*at)));
     }
-    return before ? fmt::format("{} is no command{}", argument, did_you_mean(argument, names_of_commands(app)))
-                  : fmt::format("{} is one argument too many", argument);
+    const std::vector<std::string> commands = names_of_commands(*at);
+    return commands.empty() ? fmt::format("{} is one argument too many", argument)
+                            : fmt::format("{} is no command{}", argument, did_you_mean(argument, commands));
 }
 
 std::string message_of(const CLI::App& app, const CLI::Error& error)
@@ -433,13 +343,15 @@ CommandLine parse_command_line(int argc, const char* const* argv)
     app.require_subcommand(1);
     app.footer(
         "See bgp-rehearse run --help for the options of a rehearsal, bgp-rehearse generate --help for those of a "
-        "configuration, bgp-rehearse sweep --help for those of a fault sweep, and bgp-rehearse findings for what is "
-        "found.");
+        "configuration, bgp-rehearse sweep --help for those of a fault sweep, bgp-rehearse fleet --help for those of "
+        "many backups, and bgp-rehearse findings for what is found.");
     const CLI::App* run = add_run(&app, &run_options);
     const CLI::App* generate = add_generate(&app, &generate_options);
     const CLI::App* sweep = add_sweep(&app, &sweep_options);
     FindingsOptions findings_options;
-    add_findings(&app, &findings_options);
+    const CLI::App* findings = add_findings(&app, &findings_options);
+    CommandLine command;
+    add_fleet(&app, &command.fleet);
     app.failure_message([](const CLI::App* parsed, const CLI::Error& error) { return message_of(*parsed, error); });
     try {
         app.parse(argc, argv);
@@ -449,16 +361,17 @@ CommandLine parse_command_line(int argc, const char* const* argv)
         const bool asked_for = app.exit(error, out, err) == 0;
         print_out(out.str());
         print_message(err.str());
-        return {{}, {}, {}, {}, asked_for ? ExitStatus::Ok : ExitStatus::BadInput};
+        command.status = asked_for ? ExitStatus::Ok : ExitStatus::BadInput;
+        command.fleet = {};
+        return command;
     }
-    CommandLine command;
     if (run->parsed()) {
         command.run = run_options;
     } else if (generate->parsed()) {
         command.generate = generate_options;
     } else if (sweep->parsed()) {
         command.sweep = sweep_options;
-    } else {
+    } else if (findings->parsed()) {
         command.findings = findings_options;
     }
     return command;

@@ -1,6 +1,7 @@
 // The command line of bgp-rehearse.
 #pragma once
 
+#include <functional>
 #include <optional>
 
 #include "base/exit_status.h"
@@ -18,6 +19,7 @@ struct CommandLine {
     std::optional<GenerateOptions> generate;
     std::optional<SweepOptions> sweep;
     std::optional<FindingsOptions> findings;
+    std::function<ExitStatus()> fleet;
     ExitStatus status = ExitStatus::Ok;
 };
 

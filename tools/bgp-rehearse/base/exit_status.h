@@ -14,6 +14,7 @@ enum class ExitStatus : int {
     NotValid = 4,        // --commit-check: the result is not valid
     NotWritten = 5,      // the result, the log or the report could not be written
     ContractBroken = 6,  // a sweep found the library's contract broken
+    PartsDiffer = 6,     // the parts of a fleet and its plan do not agree
     OwnFault = 70,       // the command found itself wrong: the account of a rehearsal does not close
 };
 
