@@ -25,6 +25,7 @@ NOT_RUN = {
     "./check": "runs this very test",
     "./demo": "builds; a stage of ./check --all",
     "bench/run": "takes long",
+    "tests/browser/run": "needs a browser; a stage of ./check --all",
     "tools/dev/check-binaries": "builds; a stage of ./check --all",
     "tools/dev/coverage": "builds, and takes long",
     "tools/dev/fresh-machine": "runs a whole system",
@@ -61,7 +62,8 @@ def blocks(text):
 
 
 def is_command(text):
-    return re.match(r"(\./(check|demo)|(tools/dev|bench)/[a-z-]+|(build/[a-z]+/)?bin/\w[\w-]*|cmake|ctest)( |$)", text)
+    of_tree = r"\./(check|demo)|(tools/dev|tests/browser|bench)/[a-z-]+|(build/[a-z]+/)?bin/\w[\w-]*"
+    return re.match(rf"({of_tree}|cmake|ctest)( |$)", text)
 
 
 def commands_of_blocks(page):

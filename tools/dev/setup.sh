@@ -13,6 +13,11 @@ test_packages=(make binutils libyang2-tools python3 python3-jsonschema)
 # What ./check --all needs besides.
 all_packages=(clang-14 libclang-rt-14-dev clang-tidy-14 cppcheck abigail-tools valgrind)
 
+# For tests/browser/run, a stage of ./check --all. Chromium has its sandbox in a package of its own; of other makers than
+# Debian, npm comes with Node.js.
+browser_packages=(nodejs chromium chromium-sandbox fonts-dejavu-core)
+command -v npm >/dev/null || browser_packages+=(npm)
+
 coverage_packages=(gcovr)
 
 # For bench/run only.
