@@ -153,7 +153,7 @@ public:
             sources.push_back(object);
         }
         return compile("bin/bgp-rehearse", {root(), kHome / "tools/bgp-rehearse"}, sources,
-                       {BGP_REHEARSE_CORE, BGP_PLATFORM_LIBRARY, BGP_FMT_LIBRARY, "-lcrypto", "-ldl"});
+                       {BGP_REHEARSE_CORE, BGP_PLATFORM_LIBRARY, BGP_FMT_LIBRARY, "-lcrypto", "-lsqlite3", "-ldl"});
     }
 
     CommandResult build_test() const
