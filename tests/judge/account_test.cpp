@@ -220,7 +220,7 @@ TEST(Account, SumThatDoesNotClose_IsTold)
     const auto& stored = upgrade.device().configuration(Datastore::Stored);
     const auto& result = upgrade.device().configuration(Datastore::Transaction);
     bgp_rehearse::AccountKeeper keeper(stored, result);
-    walk_rows(stored, result, upgrade.device().history(), keeper);
+    walk_rows(upgrade.device(), keeper);
     EXPECT_EQ(keeper.take().mistake(), "");
     keeper.kept(*stored.schema().root().lists.front(), 1);
     EXPECT_THAT(keeper.take().mistake(), testing::StartsWith("/"));

@@ -12,7 +12,6 @@ namespace bgp_test {
 
 namespace {
 
-using bgp_platform::Datastore;
 using bgp_platform::Device;
 using bgp_platform::UpgradeHandles;
 using bgp_platform::schema::Node;
@@ -115,8 +114,7 @@ std::string findings_text(const Judgement& judgement, Severity from)
 std::vector<std::string> fates(Device& device)
 {
     FateLines lines;
-    walk_rows(device.configuration(Datastore::Stored), device.configuration(Datastore::Transaction), device.history(),
-              lines);
+    walk_rows(device, lines);
     return lines.lines;
 }
 

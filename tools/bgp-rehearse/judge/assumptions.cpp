@@ -33,12 +33,6 @@ constexpr std::string_view kWritesProfile = bgp_contract::kUpdateNeighConfigDrop
 // the router's own id, or none at all.
 constexpr std::string_view kWritesIdentifier = bgp_contract::kUpdateVrf.name;
 
-bool is_written_by(std::string_view step, const RowChange& change, const Node& leaf)
-{
-    return change.history != nullptr && change.after != nullptr &&
-           step_of_writer(change.history->writer_of(*change.after, leaf)) == step;
-}
-
 // The neighbours that the step writes: those that were stored, under the entity's new index where it has one.
 class WrittenNeighbours {
 public:
@@ -108,9 +102,8 @@ private:
 
 AssumptionsRule::AssumptionsRule(const Evidence& evidence)
     : evidence_(evidence),
-      limit_(find_node(evidence.device.schema(), "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry/bgpPeerConfigMaxPrfx")),
-      identifier_(
-          find_node(evidence.device.schema(), "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry/bgpRmEntLocalIdentifier"))
+      limit_(find_node(evidence.device.schema(), "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry")->child("bgpPeerConfigMaxPrfx")),
+      identifier_(find_node(evidence.device.schema(), "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry")->child("bgpRmEntLocalIdentifier"))
 {
     const Assumptions& given = evidence.assumptions;
     profile_ = {"user profile", given.user_profile, "--user-profile", given.user_profile_given, {}};
@@ -119,12 +112,10 @@ AssumptionsRule::AssumptionsRule(const Evidence& evidence)
 
 void AssumptionsRule::row(const RowChange& change)
 {
-    if (&change.row().record() == identifier_->record && is_written_by(kWritesIdentifier, change, *identifier_)) {
+    if (&change.row().record() == identifier_->record &&
+        step_of_writer(change.writer_of(*identifier_)) == kWritesIdentifier) {
         interfaces_.decided.push_back({change.after, identifier_});
-        Place place;
-        place.before = change.before;
-        place.after = change.after;
-        guessed_.push_back(place);
+        guessed_.add_row(change.before, change.after);
     }
 }
 
@@ -136,12 +127,11 @@ void AssumptionsRule::decide_limits()
     const List& result =
         evidence_.device.configuration(Datastore::Transaction).root().list(limit_->record->owner->slot);
     const Node& limit = *limit_;
-    const History* const history = evidence_.device.history();
+    const History& history = *evidence_.device.history();
     const WrittenNeighbours written(evidence_, stored);
     const Value profile = Value::of_int(static_cast<int32_t>(std::strtoul(profile_.value.c_str(), nullptr, 10)));
     result.for_each([&](const Row& neighbour) {
-        const bool by_step =
-            history != nullptr && step_of_writer(history->writer_of(neighbour, limit)) == kWritesProfile;
+        const bool by_step = step_of_writer(history.writer_of(neighbour, limit)) == kWritesProfile;
         if (by_step || (neighbour.value(limit.slot) == profile && written.has(neighbour))) {
             profile_.decided.push_back({&neighbour, limit_});
         }
@@ -151,7 +141,7 @@ void AssumptionsRule::decide_limits()
 void AssumptionsRule::find(std::vector<Finding>* findings)
 {
     decide_limits();
-    if (guessed_.empty()) {
+    if (guessed_.places.empty()) {
         return;
     }
     // With an address that is none of a loopback, that the router id is a default is noted.
@@ -161,14 +151,14 @@ void AssumptionsRule::find(std::vector<Finding>* findings)
         return;
     }
     std::set<std::string> ids;
-    for (const Place& place : guessed_) {
+    for (const Place& place : guessed_.places) {
         ids.insert(words_of_value(*identifier_, value_in(*place.after, *identifier_)));
     }
-    Finding finding;
+    Finding& finding = guessed_;
     finding.id = FindingId::IdentityGuessed;
     finding.severity = Severity::Review;
     finding.step = kWritesIdentifier;
-    finding.count = guessed_.size();
+    finding.count = finding.places.size();
     const bool one = finding.count == 1;
     const std::string instances = counted(finding.count, {"VRF instance", "VRF instances"});
     finding.sentence = fmt::format("{} {} a router id by the router's interfaces, which are assumed: {}", instances,
@@ -176,7 +166,6 @@ void AssumptionsRule::find(std::vector<Finding>* findings)
     finding.short_form =
         fmt::format("the router {} of {} {} guessed", one ? "id" : "ids", instances, one ? "is" : "are");
     finding.advice = "a router takes its greatest interface address: give --interfaces";
-    finding.places = std::move(guessed_);
     finding.leaf = identifier_;
     findings->push_back(std::move(finding));
 }

@@ -27,7 +27,7 @@ private:
     Assumption interfaces_;
     const bgp_platform::schema::Node* limit_;
     const bgp_platform::schema::Node* identifier_;
-    std::vector<Place> guessed_;
+    Finding guessed_;  // router ids of instances
 };
 
 }  // namespace bgp_rehearse

@@ -58,9 +58,8 @@ struct CarriedRow {
 constexpr CarriedRow kCarriedRows[] = {
     {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", bgp_contract::kUpdateRouterBgp.name, "/router/bgp{$bgpRmEntLocalAs}",
      "is not in the command-line model", "are not in the command-line model"},
-    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", bgp_contract::kUpdateRmIndex.name,
-     "/bgp-internal/bgp-vrf{0}/as-to-bgp-idx{$bgpRmEntLocalAs}", "has no number for its AS",
-     "have no number for their AS"},
+    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", bgp_contract::kUpdateRmIndex.name, "/bgp-internal/bgp-vrf{0}/as-to-bgp-idx{$bgpRmEntLocalAs}",
+     "has no number for its AS", "have no number for their AS"},
 };
 
 // Of the sentence of a failed call what says why: "its list has no name".
@@ -202,16 +201,7 @@ private:
         finding.id = FindingId::RowLeft;
         finding.severity = words.severity;
         finding.step = words.step;
-        Place place;
-        place.before = &row;
-        place.after = nullptr;
-        if (!around.empty()) {
-            if (finding.around.back() != around) {
-                finding.around.push_back(around);
-            }
-            place.around = static_cast<uint32_t>(finding.around.size() - 1);
-        }
-        finding.places.push_back(place);
+        finding.add_row(&row, nullptr, around);
     }
 
     // With the reason that the first such call gave that failed.

@@ -165,8 +165,7 @@ private:
                         doubt.reading == Reading::HostBitsOfPrefixAreKept ? "prefixes with host bits may be refused"
                                                                           : "a call may be answered otherwise",
                         met.number);
-        finding.said.push_back({met.place, fmt::format("first at {}", met.place)});
-        finding.places.push_back({nullptr, nullptr, 0, 1});
+        finding.say(met.place, fmt::format("first at {}", met.place));
         return finding;
     }
 

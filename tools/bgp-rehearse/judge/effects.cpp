@@ -20,7 +20,6 @@ namespace {
 using bgp_platform::schema::Node;
 using bgp_platform::schema::Schema;
 using bgp_platform::schema::Value;
-using bgp_platform::store::Trail;
 
 constexpr std::size_t kShownChanges = 3;
 
@@ -155,22 +154,8 @@ private:
         void add(const RowChange& change, const Node& leaf, const Value* before, const Value* after)
         {
             values.add(before, after);
-            Place place;
-            place.before = change.before;
-            place.after = change.after;
-            if (!change.around->empty()) {
-                if (finding.around.back() != *change.around) {
-                    finding.around.push_back(*change.around);
-                }
-                place.around = static_cast<uint32_t>(finding.around.size() - 1);
-            }
-            const char* const step = step_of(change, leaf);
-            if (finding.places.empty()) {
-                finding.step = step;
-            } else if (finding.step != step) {
-                finding.step.clear();
-            }
-            finding.places.push_back(place);
+            finding.add_row(change.before, change.after, *change.around);
+            finding.made_by(step_of_writer(change.writer_of(leaf)));
         }
     };
 
@@ -181,12 +166,6 @@ private:
             throw std::invalid_argument(fmt::format("there is no {}", path));
         }
         return node;
-    }
-
-    // Who wrote the leaf; of one in the key, who moved the row.
-    static const char* step_of(const RowChange& change, const Node& leaf)
-    {
-        return change.history == nullptr ? "" : step_of_writer(change.history->writer_of(*change.after, leaf));
     }
 
     std::string sentence(std::size_t rows) const

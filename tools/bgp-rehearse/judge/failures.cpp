@@ -89,10 +89,7 @@ private:
             finding.step = group.step;
         }
         ++finding.count;
-        finding.said.push_back({std::string(call.path), std::string(call.message)});
-        Place place;
-        place.said = static_cast<uint32_t>(finding.said.size());
-        finding.places.push_back(place);
+        finding.say(std::string(call.path), std::string(call.message));
     }
 
     static std::string sentence(const Group& group, std::size_t count)

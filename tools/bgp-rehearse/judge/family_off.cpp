@@ -44,13 +44,8 @@ public:
         }
         const Row& before = *change.before;
         Finding& finding = findings_[{was(before), before.value(afi_->slot), before.value(safi_->slot)}];
-        if (finding.places.empty() && change.history != nullptr) {
-            finding.step = step_of_writer(change.history->writer_of(*change.after, *off_));
-        }
-        Place place;
-        place.before = change.before;
-        place.after = change.after;
-        finding.places.push_back(place);
+        finding.add_row(change.before, change.after);
+        finding.made_by(step_of_writer(change.writer_of(*off_)));
     }
 
     void find(std::vector<Finding>* findings) override

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "judge/words.h"
 #include "store/changes.h"
@@ -71,6 +72,39 @@ const char* name_of(FindingId id) noexcept
 std::optional<FindingId> finding_named(std::string_view name) noexcept
 {
     return named<FindingId>(kIds, name);
+}
+
+void Finding::add_row(const Row* before, const Row* after, const bgp_platform::store::Trail& around_them)
+{
+    Place place;
+    place.before = before;
+    place.after = after;
+    if (!around_them.empty()) {
+        if (around.back() != around_them) {
+            around.push_back(around_them);
+        }
+        place.around = static_cast<uint32_t>(around.size() - 1);
+    }
+    places.push_back(place);
+}
+
+void Finding::say(std::string path, std::string text, const Row* before, const Row* after)
+{
+    said.push_back({std::move(path), std::move(text)});
+    Place place;
+    place.before = before;
+    place.after = after;
+    place.said = static_cast<uint32_t>(said.size());
+    places.push_back(place);
+}
+
+void Finding::made_by(const char* the_step)
+{
+    if (places.size() == 1) {
+        step = the_step;
+    } else if (step != the_step) {
+        step.clear();
+    }
 }
 
 std::string path_of(const Finding& finding, const Place& place)

@@ -57,6 +57,17 @@ struct Place {
 };
 
 struct Finding {
+    // Adds a place that is a row. Of places that follow one another, those with the same rows around them share these.
+    void add_row(const bgp_platform::store::Row* before, const bgp_platform::store::Row* after,
+                 const bgp_platform::store::Trail& around_them = {});
+
+    // Adds a place that a text tells, and the rows that it tells of, if any.
+    void say(std::string path, std::string text, const bgp_platform::store::Row* before = nullptr,
+             const bgp_platform::store::Row* after = nullptr);
+
+    // Who made the place added last: where places have different steps, the finding has none.
+    void made_by(const char* the_step);
+
     FindingId id = FindingId::Ended;
     Severity severity = Severity::Note;
     std::string step;        // its function's name; empty where no one step is meant

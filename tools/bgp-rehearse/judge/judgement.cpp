@@ -78,7 +78,7 @@ Judgement judge(const Evidence& evidence, const SeverityChoices& choices)
         visitors.push_back(rule.get());
     }
     Everybody everybody(std::move(visitors));
-    walk_rows(stored, result, evidence.device.history(), everybody);
+    walk_rows(evidence.device, everybody);
 
     Judgement judgement;
     judgement.account = account.take();

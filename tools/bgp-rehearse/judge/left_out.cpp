@@ -25,12 +25,8 @@ public:
             fmt::format("{} of modules that the upgrade does not know: kept as {}",
                         counted(parts.size(), {"part is", "parts are"}), parts.size() == 1 ? "it is" : "they are");
         for (const bgp_platform::store::ForeignPart& part : parts) {
-            finding.said.push_back(
-                {"/" + part.name, fmt::format("{} ({}), {}, line {}", part.name, part.name_space,
-                                              counted(part.elements, {"element", "elements"}), part.line)});
-            Place place;
-            place.said = static_cast<uint32_t>(finding.said.size());
-            finding.places.push_back(place);
+            finding.say("/" + part.name, fmt::format("{} ({}), {}, line {}", part.name, part.name_space,
+                                                     counted(part.elements, {"element", "elements"}), part.line));
         }
         findings->push_back(std::move(finding));
     }

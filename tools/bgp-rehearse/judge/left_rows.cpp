@@ -110,9 +110,7 @@ private:
         Finding& finding =
             groups_[{path->node, same || !used_.is_used(*row) ? Severity::Note : Severity::Review, there != nullptr}];
         finding.step = call.step;
-        finding.said.push_back({std::string(call.path), words(*row, there, same)});
-        Place place{stored, row, 0, static_cast<uint32_t>(finding.said.size())};
-        finding.places.push_back(place);
+        finding.say(std::string(call.path), words(*row, there, same), stored, row);
     }
 
     const Row* row_in_its_place(const Row& row, const List& list) const

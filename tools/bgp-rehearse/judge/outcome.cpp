@@ -29,14 +29,6 @@ Finding stop(FindingId id, std::string sentence)
     return finding;
 }
 
-void say(Finding* finding, std::string path, std::string text)
-{
-    finding->said.push_back({std::move(path), std::move(text)});
-    Place place;
-    place.said = static_cast<uint32_t>(finding->said.size());
-    finding->places.push_back(place);
-}
-
 // Whether several entities are stored, of which all but one are of VRFs, and that one has its place among the instances.
 bool is_converted(const bgp_platform::Device& device)
 {
@@ -73,12 +65,12 @@ public:
         find_failed(evidence_.steps, is_converted(evidence_.device), findings);
         for (const bgp_platform::Fault& fault : evidence_.device.faults()) {
             Finding finding = stop(FindingId::StepFailed, "a fault was reported, and the upgrade went on");
-            say(&finding, {}, fmt::format("{} ({}:{}): {}", fault.function, fault.source, fault.line, fault.text));
+            finding.say({}, fmt::format("{} ({}:{}): {}", fault.function, fault.source, fault.line, fault.text));
             findings->push_back(std::move(finding));
         }
         if (evidence_.invalid && !evidence_.invalid->empty()) {
             Finding finding = stop(FindingId::NotValid, "the result is not valid under the YANG modules");
-            say(&finding, {}, *evidence_.invalid);
+            finding.say({}, *evidence_.invalid);
             findings->push_back(std::move(finding));
         }
         if (evidence_.again) {
@@ -106,7 +98,7 @@ private:
             finding.count = all.size();
             finding.step = one ? all.front()->name : "";
             for (const Step* step : all) {
-                say(&finding, {}, step->title);
+                finding.say({}, step->title);
             }
             findings->push_back(std::move(finding));
         }
@@ -125,7 +117,7 @@ private:
                                                              finding.count, finding.count == 1 ? "row" : "rows")
                                                : fmt::format("a second upgrade of the result ends in {}", again.ended);
         for (const std::string& path : again.changes) {
-            say(&finding, path, path);
+            finding.say(path, path);
         }
         findings->push_back(std::move(finding));
     }

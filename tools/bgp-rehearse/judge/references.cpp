@@ -146,7 +146,7 @@ constexpr std::size_t kStates = 4;
 // The findings of one reference.
 class Told {
 public:
-    Told(const Compiled& reference, const History* history) : reference_(reference), history_(history) {}
+    Told(const Compiled& reference, const History& history) : reference_(reference), history_(history) {}
 
     // `to` says whose target is named, of the result or stored.
     // Each other target has another number than the one before it.
@@ -155,25 +155,11 @@ public:
     {
         Finding& finding = findings_[static_cast<std::size_t>(state)];
         Named& targets = named_[static_cast<std::size_t>(state)];
-        Place place;
-        place.before = before;
-        place.after = &after;
-        if (!around.empty()) {
-            if (finding.around.back() != around) {
-                finding.around.push_back(around);
-            }
-            place.around = static_cast<uint32_t>(finding.around.size() - 1);
-        }
-        finding.places.push_back(place);
+        finding.add_row(before, &after, around);
+        finding.made_by(step_of_writer(history_.writer_of(after)));
         if (target != targets.last) {
             targets.last = target;
             targets.add(reference_.which(to));
-        }
-        const char* const step = step_of_writer(history_ == nullptr ? 0 : history_->writer_of(after));
-        if (finding.places.size() == 1) {
-            finding.step = step;
-        } else if (finding.step != step) {
-            finding.step.clear();
         }
     }
 
@@ -236,7 +222,7 @@ private:
     static const char* article(std::string_view noun) { return noun.find_first_of("AEIOUaeiou") == 0 ? "an" : "a"; }
 
     const Compiled& reference_;
-    const History* history_;
+    const History& history_;
     std::array<Finding, kStates> findings_;
     std::array<Named, kStates> named_;
 };
@@ -270,7 +256,7 @@ private:
 struct Check {
     Check(const Compiled& the_reference, const Evidence& evidence)
         : reference(the_reference),
-          told(the_reference, evidence.device.history()),
+          told(the_reference, *evidence.device.history()),
           after(the_reference, evidence.device.configuration(Datastore::Transaction)),
           before(the_reference, evidence.device.configuration(Datastore::Stored))
     {
@@ -284,7 +270,7 @@ struct Check {
 
 class References : public Rule {
 public:
-    explicit References(const Evidence& evidence) : evidence_(evidence), history_(evidence.device.history())
+    explicit References(const Evidence& evidence) : evidence_(evidence), history_(*evidence.device.history())
     {
         for (const Reference& reference : kReferences) {
             compiled_.emplace_back(evidence.device.schema(), reference);
@@ -343,14 +329,6 @@ private:
         Trail stored;  // as long; null for what is new
     };
 
-    const Row* stored_entry(const Row& row, const List* stored) const
-    {
-        if (history_ != nullptr) {
-            return history_->stored_entry(row, stored);
-        }
-        return stored == nullptr ? nullptr : stored->find(row.keys(), row.record().keys);
-    }
-
     // The rows of the list at the end of the way, below a row of the result and the stored one that it came from.
     void walk(const std::vector<const Node*>& way, std::size_t depth, const Row& below, const Row* stored_below,
               const std::vector<Check*>& checks, Sides& sides)
@@ -364,7 +342,7 @@ private:
                 }
                 return;
             }
-            const Row* const before = stored_entry(row, stored);
+            const Row* const before = history_.stored_entry(row, stored);
             sides.result.push_back(&row);
             sides.stored.push_back(before);
             walk(way, depth + 1, row, before, checks, sides);
@@ -379,7 +357,7 @@ private:
         if (!check.reference.refers(row) || check.after.holds(place)) {
             return;
         }
-        const Row* const before = stored_entry(row, stored);
+        const Row* const before = history_.stored_entry(row, stored);
         State state = State::New;
         if (before != nullptr && check.reference.refers(*before)) {
             state = check.before.holds({sides.stored, *before}) ? State::Lost : State::Before;
@@ -397,7 +375,7 @@ private:
     }
 
     const Evidence& evidence_;
-    const History* history_;
+    const History& history_;
     std::deque<Compiled> compiled_;
     std::deque<Check> checks_;
     std::map<const Node*, std::vector<Check*>> of_list_;

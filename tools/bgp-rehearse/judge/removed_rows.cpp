@@ -38,9 +38,7 @@ public:
         if (is_meant(change.list(), step)) {
             return;
         }
-        Finding& finding = lost_[{&change.list(), step}];
-        finding.around.push_back(*change.around);
-        finding.places.push_back({change.before, nullptr, static_cast<uint32_t>(finding.around.size() - 1), 0});
+        lost_[{&change.list(), step}].add_row(change.before, nullptr, *change.around);
     }
 
     void find(std::vector<Finding>* findings) override

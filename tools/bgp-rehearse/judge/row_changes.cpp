@@ -7,11 +7,11 @@ namespace bgp_rehearse {
 
 namespace {
 
+using bgp_platform::Datastore;
 using bgp_platform::schema::Node;
 using bgp_platform::schema::NodeKind;
 using bgp_platform::schema::Record;
 using bgp_platform::schema::Value;
-using bgp_platform::store::Configuration;
 using bgp_platform::store::History;
 using bgp_platform::store::List;
 using bgp_platform::store::Row;
@@ -48,15 +48,13 @@ bool same_key(const Row& left, const Row& right)
 
 class Walk {
 public:
-    Walk(const History* history, RowVisitor& visitor) : history_(history), visitor_(visitor) {}
+    Walk(const History& history, RowVisitor& visitor) : history_(history), visitor_(visitor) {}
 
     void run(const Row& before, const Row& after)
     {
         // First, which of the moved rows are in the result: the others were taken away later.
-        if (history_ != nullptr) {
-            there_.assign(history_->size(), false);
-            find_moved(before, after);
-        }
+        there_.assign(history_.size(), false);
+        find_moved(before, after);
         if (!same_content(before, after)) {
             visitor_.outside(change(Fate::Changed, &before, &after));
         }
@@ -67,15 +65,10 @@ private:
     RowChange change(Fate fate, const Row* before, const Row* after) const
     {
         RowChange change{fate, before, after, &trail_, 0, history_};
-        if (history_ != nullptr && fate != Fate::Changed) {
-            change.writer = history_->writer_of(change.row());
+        if (fate != Fate::Changed) {
+            change.writer = history_.writer_of(change.row());
         }
         return change;
-    }
-
-    const Row* stored_entry(const Row& entry, const List& before, const Row* same_place) const
-    {
-        return history_ != nullptr ? history_->stored_entry(entry, &before) : same_place;
     }
 
     // Calls visit(list, entries before, entries after) for the lists of a row; either row may be null.
@@ -97,10 +90,10 @@ private:
                 if (entry == nullptr) {
                     return;
                 }
-                if (history_->origin(*entry) != nullptr) {
-                    there_[history_->number(*entry)] = true;
+                if (history_.origin(*entry) != nullptr) {
+                    there_[history_.number(*entry)] = true;
                 }
-                const Row* const stored = history_->stored_entry(*entry, &old_list);
+                const Row* const stored = history_.stored_entry(*entry, &old_list);
                 if (stored != nullptr && has_lists_below(entry->record())) {
                     find_moved(*stored, *entry);
                 }
@@ -125,7 +118,7 @@ private:
     // The rows of one key, before and after.
     void entries(const List& old_list, const Row* old_row, const Row* new_row)
     {
-        const Row* const stored = new_row == nullptr ? nullptr : stored_entry(*new_row, old_list, old_row);
+        const Row* const stored = new_row == nullptr ? nullptr : history_.stored_entry(*new_row, &old_list);
         if (old_row != nullptr && old_row != stored && !moved_away(*old_row)) {
             removed(*old_row);
         }
@@ -139,7 +132,7 @@ private:
 
     bool moved_away(const Row& stored) const
     {
-        const std::size_t number = history_ == nullptr ? History::kNone : history_->number(stored);
+        const std::size_t number = history_.number(stored);
         return number != History::kNone && there_[number];
     }
 
@@ -173,7 +166,7 @@ private:
         }
     }
 
-    const History* history_;
+    const History& history_;
     RowVisitor& visitor_;
     std::vector<bool> there_;
     Trail trail_;
@@ -223,10 +216,6 @@ void for_each_leaf_change(const RowChange& change, const std::function<void(cons
 {
     static const Value kAbsent;
     const Record& record = change.row().record();
-    const auto writer = [&change](const Node& node) {
-        return change.history == nullptr || change.after == nullptr ? bgp_platform::store::Writer{}
-                                                                    : change.history->writer_of(*change.after, node);
-    };
     for (std::size_t slot = record.keys; slot < record.values.size(); ++slot) {
         const Node& node = *record.values[slot];
         const auto at = static_cast<uint16_t>(slot);
@@ -234,7 +223,7 @@ void for_each_leaf_change(const RowChange& change, const std::function<void(cons
         const Value& after = change.after == nullptr ? kAbsent : change.after->value(at);
         const bool whole = change.before == nullptr || change.after == nullptr;
         if (whole ? before || after : effective(node, before) != effective(node, after)) {
-            visit({&node, set_value(before), set_value(after), nullptr, nullptr, writer(node)});
+            visit({&node, set_value(before), set_value(after), nullptr, nullptr, change.writer_of(node)});
         }
     }
     for (const Node* list : record.lists) {
@@ -242,14 +231,15 @@ void for_each_leaf_change(const RowChange& change, const std::function<void(cons
         const List& after = change.after == nullptr ? kNoEntries : change.after->list(list->slot);
         if (list->kind == NodeKind::LeafList && !same_entries(before, after)) {
             visit({list, nullptr, nullptr, before.empty() ? nullptr : &before, after.empty() ? nullptr : &after,
-                   writer(*list)});
+                   change.writer_of(*list)});
         }
     }
 }
 
-void walk_rows(const Configuration& stored, const Configuration& result, const History* history, RowVisitor& visitor)
+void walk_rows(const bgp_platform::Device& device, RowVisitor& visitor)
 {
-    Walk(history, visitor).run(stored.root(), result.root());
+    Walk(*device.history(), visitor)
+        .run(device.configuration(Datastore::Stored).root(), device.configuration(Datastore::Transaction).root());
 }
 
 }  // namespace bgp_rehearse

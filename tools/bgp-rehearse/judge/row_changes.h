@@ -17,11 +17,17 @@ const char* name_of(Fate fate) noexcept;
 
 struct RowChange {
     Fate fate = Fate::AsItWas;
-    const bgp_platform::store::Row* before = nullptr;       // null for a new row
-    const bgp_platform::store::Row* after = nullptr;        // null for one that was removed
-    const bgp_platform::store::Trail* around = nullptr;     // the rows around it, of the result where they are in it
-    bgp_platform::store::Writer writer = 0;                 // who made, moved or removed it; 0: nobody, or not known
-    const bgp_platform::store::History* history = nullptr;  // null: none was kept
+    const bgp_platform::store::Row* before = nullptr;    // null for a new row
+    const bgp_platform::store::Row* after = nullptr;     // null for one that was removed
+    const bgp_platform::store::Trail* around = nullptr;  // the rows around it, of the result where they are in it
+    bgp_platform::store::Writer writer = 0;              // who made, moved or removed it; 0: nobody
+    const bgp_platform::store::History& history;         // of the result
+
+    // Who wrote a leaf of it last, and who moved the row that has one in its key; 0: nobody, or the row was removed.
+    bgp_platform::store::Writer writer_of(const bgp_platform::schema::Node& leaf) const noexcept
+    {
+        return after == nullptr ? bgp_platform::store::Writer{} : history.writer_of(*after, leaf);
+    }
 
     const bgp_platform::store::Row& row() const noexcept { return after != nullptr ? *after : *before; }
     const bgp_platform::schema::Node& list() const noexcept { return *row().record().owner; }
@@ -56,9 +62,8 @@ public:
     virtual void outside(const RowChange& change) = 0;
 };
 
-// Visits the rows in the order of the schema and of the keys, a removed one where it stood. `history` is that of the
-// result; null: rows are known by their keys alone.
-void walk_rows(const bgp_platform::store::Configuration& stored, const bgp_platform::store::Configuration& result,
-               const bgp_platform::store::History* history, RowVisitor& visitor);
+// Visits the rows in the order of the schema and of the keys, a removed one where it stood. The device's upgrade is
+// open and keeps a history: a moved row is known by its moves, never by its looks.
+void walk_rows(const bgp_platform::Device& device, RowVisitor& visitor);
 
 }  // namespace bgp_rehearse

@@ -18,7 +18,6 @@ namespace bgp_rehearse {
 
 namespace {
 
-using bgp_platform::Datastore;
 using bgp_platform::schema::Node;
 using bgp_platform::schema::NodeKind;
 using bgp_platform::schema::Value;
@@ -224,8 +223,7 @@ void list_changes(const bgp_platform::Device& device, const Subtree& subtree, Pa
 {
     page->line({0, subtree.is_all() ? "Changes" : "Changes below ", Paint::Bold, escaped(subtree.keypath()), 2, {}});
     Listing listing(subtree, page);
-    walk_rows(device.configuration(Datastore::Stored), device.configuration(Datastore::Transaction), device.history(),
-              listing);
+    walk_rows(device, listing);
     if (listing.empty()) {
         page->line("  none");
     }

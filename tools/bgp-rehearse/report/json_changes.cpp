@@ -13,7 +13,6 @@ namespace bgp_rehearse {
 
 namespace {
 
-using bgp_platform::Datastore;
 using bgp_platform::schema::Node;
 using bgp_platform::schema::NodeKind;
 using bgp_platform::schema::Value;
@@ -133,8 +132,7 @@ void write_changes(const bgp_platform::Device& device, JsonWriter* json)
 {
     json->begin('[', JsonWriter::Lines);
     Writer writer(json);
-    walk_rows(device.configuration(Datastore::Stored), device.configuration(Datastore::Transaction), device.history(),
-              writer);
+    walk_rows(device, writer);
     json->end();
 }
 

@@ -19,7 +19,6 @@ namespace bgp_rehearse {
 
 namespace {
 
-using bgp_platform::Datastore;
 using bgp_platform::Device;
 using bgp_platform::schema::Node;
 
@@ -61,8 +60,7 @@ private:
     const bgp_platform::UpgradeHandles upgrade = device.open_upgrade();
     library.update(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket);
     ChangedRows changed(channel);
-    walk_rows(device.configuration(Datastore::Stored), device.configuration(Datastore::Transaction), device.history(),
-              changed);
+    walk_rows(device, changed);
     std::_Exit(EXIT_SUCCESS);
 }
 

@@ -8,15 +8,11 @@ namespace bgp_rehearse {
 namespace {
 
 // A keypath that the upgrade had come to; none where it is empty.
-void add_place(const std::string& path, const char* what, Finding* finding)
+void say_path(const std::string& path, const char* what, Finding* finding)
 {
-    if (path.empty()) {
-        return;
+    if (!path.empty()) {
+        finding->say(path, what + path);
     }
-    finding->said.push_back({path, what + path});
-    Place place;
-    place.said = static_cast<uint32_t>(finding->said.size());
-    finding->places.push_back(place);
 }
 
 }  // namespace
@@ -54,8 +50,8 @@ Judgement judge_ended(const Ended& ended, const SeverityChoices& choices)
     finding.step = ended.last.step;
     finding.sentence = "the upgrade ended in " + describe(ended);
     finding.count = 1;
-    add_place(ended.last.reading, "read last: ", &finding);
-    add_place(ended.last.writing, "written last: ", &finding);
+    say_path(ended.last.reading, "read last: ", &finding);
+    say_path(ended.last.writing, "written last: ", &finding);
     Judgement judgement;
     judgement.findings.push_back(std::move(finding));
     settle(choices, &judgement);
