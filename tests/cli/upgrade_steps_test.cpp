@@ -245,9 +245,8 @@ TEST_F(GivenConditions, AllMetAndYetTheStepDidNotRun_NobodySaysWhy)
 TEST(StoredCondition, HoldsByWhatIsStored)
 {
     using bgp_rehearse::holds;
-    bgp_platform::Device device;
-    device.load_file(BGP_SOURCE_DIR "/examples/edge-router.xml");
-    const auto& edge = device.configuration(bgp_platform::Datastore::Stored);
+    bgp_platform::Device edge;
+    edge.load_file(BGP_SOURCE_DIR "/examples/edge-router.xml");
     constexpr char kRules[] = "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry";
     EXPECT_TRUE(
         holds(bgp_contract::needs_value("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntLocalAs", ""), edge));
@@ -263,8 +262,7 @@ TEST(StoredCondition, HoldsByWhatIsStored)
 TEST(StoredCondition, PathThatTheDataModelDoesNotHave_IsAnErrorOfTheContract)
 {
     const bgp_platform::Device device;
-    EXPECT_THROW(static_cast<void>(bgp_rehearse::holds(bgp_contract::needs_rows("/prefix-lists", ""),
-                                                       device.configuration(bgp_platform::Datastore::Stored))),
+    EXPECT_THROW(static_cast<void>(bgp_rehearse::holds(bgp_contract::needs_rows("/prefix-lists", ""), device)),
                  std::logic_error);
 }
 
@@ -273,8 +271,7 @@ TEST(StoredCondition, EachOfTheContract_HasItsPathInTheDataModel)
     const bgp_platform::Device device;
     for (const bgp_contract::Step& step : bgp_contract::kSteps) {
         for (const bgp_contract::Condition& condition : step.conditions) {
-            EXPECT_EQ(bgp_rehearse::holds(condition, device.configuration(bgp_platform::Datastore::Stored)),
-                      condition.kind == bgp_contract::Condition::Kind::NoRows)
+            EXPECT_EQ(bgp_rehearse::holds(condition, device), condition.kind == bgp_contract::Condition::Kind::NoRows)
                 << condition.path;
         }
     }
@@ -427,10 +424,7 @@ protected:
     }
 
     bgp_platform::Device device;
-    UpgradeSteps steps{[this] { return bgp_rehearse::totals_of(device.calls()); },
-                       [this](const bgp_contract::Condition& condition) {
-                           return bgp_rehearse::holds(condition, device.configuration(bgp_platform::Datastore::Stored));
-                       }};
+    UpgradeSteps steps{[this] { return bgp_rehearse::totals_of(device.calls()); }, bgp_rehearse::conditions_on(device)};
     std::map<std::string, std::vector<std::string>> paths;  // by step
     std::vector<std::tuple<std::string, Function, std::string>> failed;
 

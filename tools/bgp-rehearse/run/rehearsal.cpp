@@ -161,8 +161,7 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     report.inputs.library = upgrade_library->path();
     teller.library(report.inputs.library);
     device.keep_history(true);
-    UpgradeSteps steps([&device] { return totals_of(device.calls()); },
-                       conditions_on(device.configuration(Datastore::Stored)));
+    UpgradeSteps steps([&device] { return totals_of(device.calls()); }, conditions_on(device));
     follow_log(options, device, files.log, teller, watch, steps);
     device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault); };
     watch.start(device);

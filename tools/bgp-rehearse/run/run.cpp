@@ -92,10 +92,7 @@ int open_report_file(const RunOptions& options)
 class Run {
 public:
     Run(const RunOptions& options, Report* report, Device& device)
-        : options_(options),
-          report_(*report),
-          device_(device),
-          told_(conditions_on(device.configuration(bgp_platform::Datastore::Stored)))
+        : options_(options), report_(*report), device_(device), told_(conditions_on(device))
     {
     }
 
