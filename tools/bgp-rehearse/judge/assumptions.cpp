@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "contract/steps.h"
+#include "judge/lists.h"
 #include "judge/path_template.h"
 #include "judge/words.h"
 #include "libvrfid.h"
@@ -73,7 +74,7 @@ private:
     void take_new_index(const Evidence& evidence)
     {
         const auto& schema = evidence.device.schema();
-        const Node* const entities = find_node(schema, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+        const Node* const entities = find_node(schema, kEntities);
         const Configuration& before = evidence.device.configuration(Datastore::Stored);
         const Row* const entity = before.root().list(entities->slot).at(0);
         const PathTemplate map(schema, "/bgp-internal/bgp-vrf{0}/as-to-bgp-idx{$bgpRmEntLocalAs}", entities);
@@ -102,8 +103,8 @@ private:
 
 AssumptionsRule::AssumptionsRule(const Evidence& evidence)
     : evidence_(evidence),
-      limit_(find_node(evidence.device.schema(), "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry")->child("bgpPeerConfigMaxPrfx")),
-      identifier_(find_node(evidence.device.schema(), "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry")->child("bgpRmEntLocalIdentifier"))
+      limit_(find_node(evidence.device.schema(), kNeighbours)->child("bgpPeerConfigMaxPrfx")),
+      identifier_(find_node(evidence.device.schema(), kEntities)->child("bgpRmEntLocalIdentifier"))
 {
     const Assumptions& given = evidence.assumptions;
     profile_ = {"user profile", given.user_profile, "--user-profile", given.user_profile_given, {}};

@@ -12,6 +12,7 @@
 #include <unordered_set>
 
 #include "contract/steps.h"
+#include "judge/lists.h"
 #include "judge/path_template.h"
 #include "judge/rule.h"
 #include "judge/words.h"
@@ -56,9 +57,9 @@ struct CarriedRow {
 };
 
 constexpr CarriedRow kCarriedRows[] = {
-    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", bgp_contract::kUpdateRouterBgp.name, "/router/bgp{$bgpRmEntLocalAs}",
+    {kEntities, bgp_contract::kUpdateRouterBgp.name, "/router/bgp{$bgpRmEntLocalAs}",
      "is not in the command-line model", "are not in the command-line model"},
-    {"/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry", bgp_contract::kUpdateRmIndex.name, "/bgp-internal/bgp-vrf{0}/as-to-bgp-idx{$bgpRmEntLocalAs}",
+    {kEntities, bgp_contract::kUpdateRmIndex.name, "/bgp-internal/bgp-vrf{0}/as-to-bgp-idx{$bgpRmEntLocalAs}",
      "has no number for its AS", "have no number for their AS"},
 };
 
@@ -85,11 +86,11 @@ std::string of_many(std::string_view reason)
 class Sequences {
 public:
     Sequences(const Schema& schema, const Configuration& result)
-        : lists_(find_node(schema, "/prefix-list")),
+        : lists_(find_node(schema, kPrefixLists)),
           sequences_(lists_->child("seq")),
           address_(sequences_->child("address"))
     {
-        const Node& rules = *find_node(schema, "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry");
+        const Node& rules = *find_node(schema, kAccessListRules);
         prefix_ = rules.child("aallPreAccessListAddrPrefix");
         length_ = rules.child("aallPreAccessListAddrPrefLen");
         same_[0] = {rules.child("aallPreAccessListIncluded"), sequences_->child("action"), Value()};
@@ -230,7 +231,7 @@ private:
         if (!ran(bgp_contract::kUpdatePrefixList.name)) {
             return;
         }
-        const Node& rules = list("/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry");
+        const Node& rules = list(kAccessListRules);
         const std::set<Value> used = used_lists();
         std::map<Value, Named> names;
         for_each_access_list(rules, [&](const Row& first_rule, const Value* name) {
@@ -292,7 +293,7 @@ private:
     std::set<Value> used_lists() const
     {
         std::set<Value> used;
-        const Node& maps = list("/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry");
+        const Node& maps = list(kRouteMaps);
         const uint16_t slot = maps.child("bgpRouteMapMaPrefixList")->slot;
         rows(stored_, maps).for_each([&](const Row& map) { used.insert(map.value(slot)); });
         return used;
@@ -301,7 +302,7 @@ private:
     // Under the router entity's index or the next one, as the step looks it up; null when it has none.
     const Value* name_of_list(const Value& index) const
     {
-        const Row* const entity = rows(stored_, list("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry")).at(0);
+        const Row* const entity = rows(stored_, list(kEntities)).at(0);
         const Node& names = list("/internal/aallPreAccessListEntry-hidden/aallPreAccessListEntry-get");
         for (const uint32_t more : {0U, 1U}) {
             const Value key[] = {Value::of_uint(static_cast<uint32_t>(entity->value(0).as_uint() + more)), index};
@@ -318,7 +319,7 @@ private:
         if (!ran(bgp_contract::kUpdateVrf.name)) {
             return;
         }
-        const Node& entities = list("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+        const Node& entities = list(kEntities);
         std::unordered_set<std::string_view> with_instance;
         rows(result_, entities).for_each([&](const Row& entity) {
             const Value& name = entity.value(entities.child("bgpRmEntVrfName")->slot);
@@ -326,7 +327,7 @@ private:
                 with_instance.insert(name.bytes());
             }
         });
-        const Node& routers = list("/router/bgp");
+        const Node& routers = list(kRouters);
         const Node& vrfs = *routers.child("vrf");
         const Words words = words_of(kVrf, noun_of(vrfs), Severity::Review);
         rows(stored_, routers).for_each([&](const Row& router) {

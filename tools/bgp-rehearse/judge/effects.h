@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "judge/finding.h"
+#include "judge/lists.h"
 
 namespace bgp_rehearse {
 
@@ -42,13 +43,6 @@ struct Effect {
     const char* what;  // "2 neighbours had no prefix limit and get one: 0"
 };
 
-inline constexpr char kEntities[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry";
-inline constexpr char kRouterFamilies[] = "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry";
-inline constexpr char kNeighbours[] = "/DC-BGP-MIB/bgpPeerTable/bgpPeerEntry";
-inline constexpr char kFamilies[] = "/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry";
-inline constexpr char kRouteMaps[] = "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry";
-inline constexpr char kRules[] = "/DC-RTM-MIB/rtmRedistTable/rtmRedistEntry";
-
 // A neighbour's family that is turned off stands in family_off.cpp: what it had to do with depends on other rows.
 inline constexpr Effect kEffects[] = {
     {FindingId::LimitRewritten, Severity::Note, kNeighbours, "bgpPeerConfigMaxPrfx", "", "", HadNone::Apart,
@@ -67,9 +61,9 @@ inline constexpr Effect kEffects[] = {
      "gets another router id", "get another router id", ""},
     {FindingId::IdentityChanged, Severity::Review, kEntities, "bgpRmEntClusterId", "", "", HadNone::Silent,
      "gets another cluster id", "get another cluster id", ""},
-    {FindingId::IdentityChanged, Severity::Review, "/router/bgp", "router-id", "", "", HadNone::Silent,
+    {FindingId::IdentityChanged, Severity::Review, kRouters, "router-id", "", "", HadNone::Silent,
      "gets another router id", "get another router id", ""},
-    {FindingId::IdentityChanged, Severity::Review, "/router/bgp", "bgp/cluster-id", "", "", HadNone::Silent,
+    {FindingId::IdentityChanged, Severity::Review, kRouters, "bgp/cluster-id", "", "", HadNone::Silent,
      "gets another cluster id", "get another cluster id", ""},
     {FindingId::RedistributionChanged, Severity::Review, kRules, "rtmRedistInfoSrc", "", "", HadNone::Alike,
      "gets another source", "get another source", ""},

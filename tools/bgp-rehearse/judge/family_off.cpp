@@ -5,7 +5,7 @@
 #include <map>
 #include <tuple>
 
-#include "judge/effects.h"
+#include "judge/lists.h"
 #include "judge/path_template.h"
 #include "judge/rule.h"
 #include "judge/words.h"

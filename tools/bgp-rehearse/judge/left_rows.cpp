@@ -6,6 +6,7 @@
 #include <tuple>
 
 #include "contract/rekeyed_tables.h"
+#include "judge/lists.h"
 #include "judge/rule.h"
 #include "judge/used_rows.h"
 #include "judge/words.h"
@@ -126,7 +127,7 @@ private:
     // That of the one entity.
     uint64_t old_index() const
     {
-        const std::optional<Path> entities = evidence_.device.path_of("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+        const std::optional<Path> entities = evidence_.device.path_of(kEntities);
         const List* const list = evidence_.device.configuration(Datastore::Stored).find_list(*entities);
         return list == nullptr || list->empty() ? 0 : list->at(0)->value(0).as_uint();
     }

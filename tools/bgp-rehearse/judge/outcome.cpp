@@ -5,6 +5,7 @@
 #include <map>
 #include <utility>
 
+#include "judge/lists.h"
 #include "judge/path_template.h"
 #include "judge/rule.h"
 
@@ -34,7 +35,7 @@ bool is_converted(const bgp_platform::Device& device)
 {
     const Configuration& stored = device.configuration(Datastore::Stored);
     std::vector<const Row*> of_no_vrf;
-    const Node& list = *find_node(stored.schema(), "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry");
+    const Node& list = *find_node(stored.schema(), kEntities);
     const List& entities = stored.root().list(list.slot);
     entities.for_each([&](const Row& entity) {
         const Value* const vrf = value_in(entity, *list.child("bgpRmEntVrfName"));

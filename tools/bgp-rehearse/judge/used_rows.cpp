@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "judge/lists.h"
 #include "judge/path_template.h"
 #include "judge/references.h"
 
@@ -13,8 +14,6 @@ namespace {
 using bgp_platform::schema::Node;
 using bgp_platform::store::Row;
 using bgp_platform::store::Trail;
-
-constexpr std::string_view kRouteMaps = "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry";
 
 }  // namespace
 
