@@ -7,12 +7,10 @@
 #include <algorithm>
 #include <array>
 #include <deque>
-#include <iterator>
 #include <map>
-#include <stdexcept>
 #include <unordered_set>
 
-#include "judge/path_template.h"
+#include "judge/compiled_reference.h"
 #include "judge/rule.h"
 #include "judge/words.h"
 #include "store/changes.h"
@@ -26,113 +24,12 @@ using bgp_platform::capi::Function;
 using bgp_platform::schema::Node;
 using bgp_platform::schema::NodeKind;
 using bgp_platform::schema::Schema;
-using bgp_platform::schema::Value;
-using bgp_platform::store::Configuration;
 using bgp_platform::store::History;
 using bgp_platform::store::List;
 using bgp_platform::store::Row;
 using bgp_platform::store::Trail;
 
 constexpr std::size_t kShownTargets = 3;
-
-// A reference as the schema has it.
-class Compiled {
-public:
-    Compiled(const Schema& schema, const Reference& reference)
-        : said(reference), list(known_list(schema, reference.from)), leaf(known_leaf(*list, reference.leaf))
-    {
-        for (const char* const to : reference.to) {
-            if (to != nullptr) {
-                targets.emplace_back(schema, to, list, leaf);
-            }
-        }
-        take_condition(reference.where);
-        const std::string_view words = reference.which;
-        const std::size_t name = words.find('$');
-        which_.emplace(words.substr(name), list, leaf, *list->entry->values.front());
-        before_which_ = words.substr(0, name);
-    }
-
-    // Whether the row's key refers, or a part of it.
-    bool by_key() const noexcept { return leaf == nullptr || leaf->key; }
-
-    bool refers(const Row& row) const
-    {
-        if (condition_ != nullptr) {
-            const Value& value = row.value(condition_->slot);
-            if (std::find(allowed_.begin(), allowed_.end(), value) == allowed_.end()) {
-                return false;
-            }
-        }
-        const Value* const value = leaf == nullptr ? nullptr : value_in(row, *leaf);
-        switch (said.none) {
-            case None::Never:
-                break;
-            case None::Unset:
-                return value != nullptr;
-            case None::Zero:
-                return value != nullptr && *value != zero_ && *value != signed_zero_;
-            case None::Empty:
-                return value != nullptr && !value->bytes().empty();
-        }
-        return true;
-    }
-
-    // "map 3"
-    std::string which(const RowPlace& place) const
-    {
-        const Value& value = which_->source(place);
-        return before_which_ + words_of_value(*which_->leaf(), value.absent() ? nullptr : &value);
-    }
-
-    const Reference& said;
-    const Node* list;
-    const Node* leaf;  // null: the key refers
-    std::vector<PathTemplate> targets;
-
-private:
-    static const Node* known_list(const Schema& schema, std::string_view path)
-    {
-        const Node* const node = find_node(schema, path);
-        if (node == nullptr || node->kind != NodeKind::List) {
-            throw std::invalid_argument(fmt::format("there is no list {}", path));
-        }
-        return node;
-    }
-
-    static const Node* known_leaf(const Node& list, std::string_view name)
-    {
-        const Node* const node = name.empty() ? nullptr : list.child(name);
-        if (node == nullptr && !name.empty()) {
-            throw std::invalid_argument(fmt::format("{} has no leaf {}", list.name, name));
-        }
-        return node;
-    }
-
-    // "leaf=value|value"
-    void take_condition(std::string_view where)
-    {
-        if (where.empty()) {
-            return;
-        }
-        condition_ = known_leaf(*list, where.substr(0, where.find('=')));
-        while (!where.empty()) {
-            where.remove_prefix(std::min(where.find_first_of("=|"), where.size() - 1) + 1);
-            const std::string_view value = where.substr(0, where.find('|'));
-            if (!condition_->type->parse(value, &allowed_.emplace_back())) {
-                throw std::invalid_argument(fmt::format("{} is never {}", condition_->name, value));
-            }
-            where.remove_prefix(value.size());
-        }
-    }
-
-    const Node* condition_ = nullptr;
-    std::vector<Value> allowed_;
-    std::optional<Operand> which_;
-    std::string before_which_;
-    Value zero_ = Value::of_uint(0);
-    Value signed_zero_ = Value::of_int(0);
-};
 
 // What is told of a reference. The first three lead nowhere in the result.
 enum class State {
@@ -146,7 +43,7 @@ constexpr std::size_t kStates = 4;
 // The findings of one reference.
 class Told {
 public:
-    Told(const Compiled& reference, const History& history) : reference_(reference), history_(history) {}
+    Told(const CompiledReference& reference, const History& history) : reference_(reference), history_(history) {}
 
     // `to` says whose target is named, of the result or stored.
     // Each other target has another number than the one before it.
@@ -221,40 +118,14 @@ private:
 
     static const char* article(std::string_view noun) { return noun.find_first_of("AEIOUaeiou") == 0 ? "an" : "a"; }
 
-    const Compiled& reference_;
+    const CompiledReference& reference_;
     const History& history_;
     std::array<Finding, kStates> findings_;
     std::array<Named, kStates> named_;
 };
 
-// Looks one reference up in a configuration.
-class Targets {
-public:
-    Targets(const Compiled& reference, const Configuration& configuration)
-    {
-        for (const PathTemplate& target : reference.targets) {
-            lookups_.emplace_back(target, configuration);
-        }
-    }
-
-    bool holds(const RowPlace& place)
-    {
-        const bool found = std::any_of(lookups_.begin(), lookups_.end(),
-                                       [&place](Lookup& lookup) { return lookup.row(place) != nullptr; });
-        number_ += lookups_.front().fresh() ? 1 : 0;
-        return found;
-    }
-
-    // Of the target looked up last, another one than that of the target before it.
-    std::size_t number() const noexcept { return number_; }
-
-private:
-    std::vector<Lookup> lookups_;
-    std::size_t number_ = 0;
-};
-
 struct Check {
-    Check(const Compiled& the_reference, const Evidence& evidence)
+    Check(const CompiledReference& the_reference, const Evidence& evidence)
         : reference(the_reference),
           told(the_reference, *evidence.device.history()),
           after(the_reference, evidence.device.configuration(Datastore::Transaction)),
@@ -262,10 +133,10 @@ struct Check {
     {
     }
 
-    const Compiled& reference;
+    const CompiledReference& reference;
     Told told;
-    Targets after;
-    Targets before;
+    ReferenceTargets after;
+    ReferenceTargets before;
 };
 
 class References : public Rule {
@@ -297,8 +168,8 @@ public:
         const RowPlace before{*change.around, *change.before};
         const RowPlace after{*change.around, *change.after};
         for (Check* check : checks->second) {
-            if (check->reference.by_key() && check->reference.refers(*change.before) && !check->before.holds(before) &&
-                check->after.holds(after)) {
+            if (check->reference.by_key() && check->reference.refers(*change.before) && !check->before.hold(before) &&
+                check->after.hold(after)) {
                 check->told.add(State::Healed, change.before, *change.after, *change.around, before,
                                 check->before.number());
             }
@@ -354,13 +225,13 @@ private:
     void look_at(Check& check, const Row& row, const List* stored, const Sides& sides)
     {
         const RowPlace place{sides.result, row};
-        if (!check.reference.refers(row) || check.after.holds(place)) {
+        if (!check.reference.refers(row) || check.after.hold(place)) {
             return;
         }
         const Row* const before = history_.stored_entry(row, stored);
         State state = State::New;
         if (before != nullptr && check.reference.refers(*before)) {
-            state = check.before.holds({sides.stored, *before}) ? State::Lost : State::Before;
+            state = check.before.hold({sides.stored, *before}) ? State::Lost : State::Before;
             if (check.reference.by_key() && was_left(place)) {
                 return;
             }
@@ -376,7 +247,7 @@ private:
 
     const Evidence& evidence_;
     const History& history_;
-    std::deque<Compiled> compiled_;
+    std::deque<CompiledReference> compiled_;
     std::deque<Check> checks_;
     std::map<const Node*, std::vector<Check*>> of_list_;
     std::unordered_set<std::string_view> left_;  // the rows that could not be moved, by their paths
@@ -386,7 +257,7 @@ private:
 
 void check_references(const Schema& schema)
 {
-    std::deque<Compiled> compiled;
+    std::deque<CompiledReference> compiled;
     for (const Reference& reference : kReferences) {
         compiled.emplace_back(schema, reference);
     }
