@@ -5,16 +5,9 @@
 #include <string>
 
 #include "device.h"
+#include "judge/list_words.h"
 
 namespace bgp_rehearse {
-
-// What the entries of a list are: "route map row", "route map rows".
-struct Noun {
-    const char* one;
-    const char* many;
-};
-
-Noun noun_of(const bgp_platform::schema::Node& list);
 
 // "1 route map row", "2,000 route map rows"
 std::string counted(std::size_t number, const Noun& noun);
