@@ -3,15 +3,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iterator>
 #include <map>
-#include <optional>
-#include <set>
 #include <string_view>
 #include <tuple>
 #include <unordered_set>
 
 #include "contract/steps.h"
+#include "judge/access_lists.h"
 #include "judge/lists.h"
 #include "judge/path_template.h"
 #include "judge/rule.h"
@@ -25,7 +23,6 @@ using bgp_contract::Class;
 using bgp_platform::Datastore;
 using bgp_platform::capi::Function;
 using bgp_platform::schema::Node;
-using bgp_platform::schema::Schema;
 using bgp_platform::schema::Value;
 using bgp_platform::store::Configuration;
 using bgp_platform::store::List;
@@ -81,61 +78,6 @@ std::string of_many(std::string_view reason)
     }
     return std::string(reason);
 }
-
-// Access list rules and the sequences of prefix lists that they become.
-class Sequences {
-public:
-    Sequences(const Schema& schema, const Configuration& result)
-        : lists_(find_node(schema, kPrefixLists)),
-          sequences_(lists_->child("seq")),
-          address_(sequences_->child("address"))
-    {
-        const Node& rules = *find_node(schema, kAccessListRules);
-        prefix_ = rules.child("aallPreAccessListAddrPrefix");
-        length_ = rules.child("aallPreAccessListAddrPrefLen");
-        same_[0] = {rules.child("aallPreAccessListIncluded"), sequences_->child("action"), Value()};
-        same_[1] = {rules.child("aallPreAccessListAddrPrefGe"), sequences_->child("ge"), Value::of_int(0)};
-        same_[2] = {rules.child("aallPreAccessListAddrPrefLe"), sequences_->child("le"), Value::of_int(0)};
-        all_ = &result.root().list(lists_->slot);
-    }
-
-    // Whether the prefix list of that name has the rule, and not another of its number.
-    bool have(const Row& rule, const Value& name) const
-    {
-        const Row* const list = all_->find(&name, 1);
-        const Row* const sequence = list == nullptr ? nullptr : list->list(sequences_->slot).find(&rule.value(1), 1);
-        return sequence != nullptr && sequence->value(address_->slot) == address_of(rule) &&
-               std::all_of(std::begin(same_), std::end(same_), [&](const Same& each) {
-                   const Value* const old_value = value_in(rule, *each.of_rule);
-                   const Value* const new_value = value_in(*sequence, *each.of_sequence);
-                   return (old_value == nullptr ? each.none : *old_value) ==
-                          (new_value == nullptr ? each.none : *new_value);
-               });
-    }
-
-private:
-    struct Same {
-        const Node* of_rule;
-        const Node* of_sequence;
-        Value none;  // what stands for a value that is not set
-    };
-
-    Value address_of(const Row& rule) const
-    {
-        in_addr address{};
-        const std::string_view octets = rule.value(prefix_->slot).is_octets() ? rule.value(prefix_->slot).bytes() : "";
-        octets.copy(reinterpret_cast<char*>(&address), sizeof address);
-        return Value::of_ipv4_prefix(address, static_cast<uint8_t>(rule.value(length_->slot).as_uint()));
-    }
-
-    const Node* lists_;
-    const Node* sequences_;
-    const Node* address_;
-    const Node* prefix_ = nullptr;
-    const Node* length_ = nullptr;
-    Same same_[3];
-    const List* all_ = nullptr;
-};
 
 class Carried : public Rule {
 public:
@@ -220,98 +162,32 @@ private:
         return {left.step, left.one + because, left.many + of_several, severity, noun};
     }
 
-    // Access lists by their names: those of one name get one prefix list, that of the first.
-    struct Named {
-        Value first;
-        bool used;  // one of them is
-    };
-
     void find_access_lists()
     {
         if (!ran(bgp_contract::kUpdatePrefixList.name)) {
             return;
         }
-        const Node& rules = list(kAccessListRules);
-        const std::set<Value> used = used_lists();
-        std::map<Value, Named> names;
-        for_each_access_list(rules, [&](const Row& first_rule, const Value* name) {
-            if (name != nullptr) {
-                const bool is_used = used.count(first_rule.value(0)) > 0;
-                const auto [named, fresh] = names.try_emplace(*name, Named{first_rule.value(0), is_used});
-                named->second.used = named->second.used || is_used;
+        const Noun rules = noun_of(list(kAccessListRules));
+        const auto severity = [](bool used) { return used ? Severity::Review : Severity::Note; };
+        const Words unnamed[] = {words_of(kUnnamedRule, rules, severity(false)),
+                                 words_of(kUnnamedRule, rules, severity(true))};
+        const Words taken[] = {words_of(kTakenRule, rules, severity(false)),
+                               words_of(kTakenRule, rules, severity(true))};
+        AccessLists(evidence_.device).for_each_left([&](const Row& rule, AccessLists::Left why, bool used) {
+            switch (why) {
+                case AccessLists::Left::Unnamed:
+                    return add(unnamed[used ? 1 : 0], rule);
+                case AccessLists::Left::Taken:
+                    return add(taken[used ? 1 : 0], rule);
+                case AccessLists::Left::SharesName:
+                    return add({bgp_contract::kUpdatePrefixList.name,
+                                "shares the prefix list of another: it has the same name",
+                                "share the prefix list of another: they have the same name",
+                                severity(used),
+                                {"access list", "access lists"}},
+                               rule);
             }
         });
-        const auto words = [&](const LeftWords& left, bool is_used) {
-            return words_of(left, noun_of(rules), is_used ? Severity::Review : Severity::Note);
-        };
-        const Sequences sequences(evidence_.device.schema(), result_);
-        const Words unnamed[] = {words(kUnnamedRule, false), words(kUnnamedRule, true)};
-        const Words taken[] = {words(kTakenRule, false), words(kTakenRule, true)};
-        for_each_access_list(rules, [&](const Row& first_rule, const Value* name) {
-            const bool is_used = name == nullptr ? used.count(first_rule.value(0)) > 0 : names.at(*name).used;
-            if (name != nullptr && names.at(*name).first != first_rule.value(0)) {
-                add({bgp_contract::kUpdatePrefixList.name,
-                     "shares the prefix list of another: it has the same name",
-                     "share the prefix list of another: they have the same name",
-                     is_used ? Severity::Review : Severity::Note,
-                     {"access list", "access lists"}},
-                    first_rule);
-            }
-            for_each_rule_of(first_rule, [&](const Row& rule) {
-                if (name == nullptr) {
-                    add(unnamed[is_used ? 1 : 0], rule);
-                } else if (!sequences.have(rule, *name)) {
-                    add(taken[is_used ? 1 : 0], rule);
-                }
-            });
-        });
-    }
-
-    // Calls visit(first rule, name or null) for each of the stored access lists.
-    template <typename Visit>
-    void for_each_access_list(const Node& rules, const Visit& visit) const
-    {
-        const Row* last = nullptr;
-        rows(stored_, rules).for_each([&](const Row& rule) {
-            if (last == nullptr || last->value(0) != rule.value(0)) {
-                visit(rule, name_of_list(rule.value(0)));
-            }
-            last = &rule;
-        });
-    }
-
-    template <typename Visit>
-    void for_each_rule_of(const Row& first_rule, const Visit& visit) const
-    {
-        List::Iterator rule = rows(stored_, *first_rule.record().owner).iterate_after(first_rule.keys(), 1);
-        for (; rule && (*rule)->value(0) == first_rule.value(0); ++rule) {
-            visit(**rule);
-        }
-    }
-
-    // The access lists that a route map matches.
-    std::set<Value> used_lists() const
-    {
-        std::set<Value> used;
-        const Node& maps = list(kRouteMaps);
-        const uint16_t slot = maps.child("bgpRouteMapMaPrefixList")->slot;
-        rows(stored_, maps).for_each([&](const Row& map) { used.insert(map.value(slot)); });
-        return used;
-    }
-
-    // Under the router entity's index or the next one, as the step looks it up; null when it has none.
-    const Value* name_of_list(const Value& index) const
-    {
-        const Row* const entity = rows(stored_, list(kEntities)).at(0);
-        const Node& names = list("/internal/aallPreAccessListEntry-hidden/aallPreAccessListEntry-get");
-        for (const uint32_t more : {0U, 1U}) {
-            const Value key[] = {Value::of_uint(static_cast<uint32_t>(entity->value(0).as_uint() + more)), index};
-            const Row* const row = rows(stored_, names).find(key, std::size(key));
-            if (row != nullptr && value_in(*row, *names.child("name")) != nullptr) {
-                return value_in(*row, *names.child("name"));
-            }
-        }
-        return nullptr;
     }
 
     void find_vrfs()
