@@ -229,16 +229,20 @@ RunOptions with_facts(RunOptions options)
             escaped(options.facts), escaped(name)));
         return options;
     }
-    DeviceOptions& device = options.device;
-    if (found->second.interfaces && !device.interfaces_known) {
-        device.interfaces = *found->second.interfaces;
-        device.interfaces_known = true;
-    }
-    if (found->second.user_profile && !device.user_profile_known) {
-        device.user_profile = *found->second.user_profile;
-        device.user_profile_known = true;
-    }
+    take_facts(found->second, &options.device);
     return options;
+}
+
+void take_facts(const DeviceFacts& facts, DeviceOptions* device)
+{
+    if (facts.interfaces && !device->interfaces_known) {
+        device->interfaces = *facts.interfaces;
+        device->interfaces_known = true;
+    }
+    if (facts.user_profile && !device->user_profile_known) {
+        device->user_profile = *facts.user_profile;
+        device->user_profile_known = true;
+    }
 }
 
 }  // namespace bgp_rehearse

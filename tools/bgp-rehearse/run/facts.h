@@ -39,4 +39,7 @@ std::string device_of(const std::string& configuration);
 // standard error, and keeps what is assumed.
 RunOptions with_facts(RunOptions options);
 
+// Lets the facts say of a device what no option says.
+void take_facts(const DeviceFacts& facts, DeviceOptions* device);
+
 }  // namespace bgp_rehearse
