@@ -153,7 +153,8 @@ public:
             sources.push_back(object);
         }
         return compile("bin/bgp-rehearse", {root(), kHome / "tools/bgp-rehearse"}, sources,
-                       {BGP_REHEARSE_CORE, BGP_PLATFORM_LIBRARY, BGP_FMT_LIBRARY, "-lcrypto", "-lsqlite3", "-ldl"});
+                       {BGP_REHEARSE_CORE, BGP_PLATFORM_LIBRARY, BGP_FMT_LIBRARY, "-lcrypto", "-larchive", "-lsqlite3",
+                        "-ldl"});
     }
 
     CommandResult build_test() const

@@ -144,6 +144,7 @@ CLI::App* add_run(CLI::App* app, RunOptions* options)
         run->add_option("--log", options->log, "Write the upgrade log to a file, or with - into the report")
             ->option_text("FILE");
     add_device(run, &options->device);
+    add_max_errors(run, &options->device);
     CLI::Option* facts =
         run->add_option("--facts", options->facts, "Take interfaces and profile from a file of devices (CSV or JSON)")
             ->option_text("FILE");
@@ -242,6 +243,7 @@ CLI::App* add_sweep(CLI::App* app, SweepOptions* options)
         ->option_text("...");
     CLI::Option* library = add_library(sweep, &options->library);
     add_device(sweep, &options->device);
+    add_max_errors(sweep, &options->device);
     add_number(sweep, "--jobs", &options->jobs, 256, "Runs at a time", 1);
     add_number(sweep, "--every", &options->every, 1000000, "Only each N-th run", 1);
     sweep->add_flag("--pairs", options->pairs, "Make all pairs of calls fail, too");

@@ -2,7 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <memory>
 #include <string>
+
+#include "base/given_value.h"
+#include "base/option_kinds.h"
+#include "fleet/plan/make_plan.h"
+#include "run/shared_options.h"
 
 namespace bgp_rehearse {
 
@@ -16,6 +22,8 @@ constexpr char kStatuses[] =
     "  6  the parts and the plan do not agree\n"
     "  70 the command found itself wrong";
 
+constexpr std::size_t kMostShards = 1'000'000;
+
 // A verb that is still to come: whatever it is given, it says so.
 void add_unbuilt(CLI::App* fleet, const std::string& name, const std::string& what, FleetAction* action)
 {
@@ -28,10 +36,43 @@ void add_unbuilt(CLI::App* fleet, const std::string& name, const std::string& wh
     });
 }
 
+// What is rehearsed and how: of `plan`, and of `run`, which begins with a plan.
+void add_planning(CLI::App* verb, PlanOptions* options)
+{
+    verb->add_option("PATH", options->paths,
+                     "Folders, archives, git repositories and files of backups; @FILE: a list of files")
+        ->required()
+        ->option_text("...");
+    add_library(verb, &options->library);
+    add_device(verb, &options->options.device);
+    verb->add_option("--facts", options->facts, "Take interfaces and profile from a file of devices (CSV or JSON)")
+        ->option_text("FILE");
+    add_severities(verb, &options->options.severities);
+    FleetOptions* const all = &options->options;
+    add_value(verb, "--time-limit", "DURATION", "What a rehearsal may take (default: 60s)",
+              [all](const std::string& text) { all->time_limit = given_duration(text); });
+    add_value(verb, "--memory-limit", "SIZE", "The memory that a rehearsal may take, such as 512M (default: no limit)",
+              [all](const std::string& text) { all->memory_limit = given_size(text); });
+    add_value(verb, "--max-bytes", "SIZE", "The most bytes of a backup, packed or not (default: 1G)",
+              [all](const std::string& text) { all->max_bytes = given_size(text); });
+    verb->add_flag("--all-names", options->all_names,
+                   "Take files of any name (default: those whose name ends in .xml, .xml.gz and the like)");
+}
+
 void add_plan(CLI::App* fleet, FleetAction* action)
 {
-    add_unbuilt(fleet, "plan", "List the backups of folders, archives and repositories, and cut them into shards",
-                action);
+    CLI::App* verb = fleet->add_subcommand(
+        "plan", "List the backups of folders, archives and repositories, and cut them into shards");
+    const auto options = std::make_shared<PlanOptions>();
+    add_planning(verb, options.get());
+    CLI::Option* const output =
+        verb->add_option("-o,--output", options->output, "Where the plan goes")->required()->option_text("PLAN");
+    add_value(verb, "--shards", "N", "How many shards (default: as many as take two minutes each)",
+              [options](const std::string& text) { options->shards = given_number(text, 1, kMostShards); });
+    verb->final_callback([=] {
+        refuse_empty(*output, "-o");
+        *action = [options] { return plan_fleet(*options); };
+    });
 }
 
 void add_work(CLI::App* fleet, FleetAction* action)

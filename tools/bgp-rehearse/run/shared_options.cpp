@@ -48,6 +48,10 @@ void add_device(CLI::App* command, DeviceOptions* device)
               });
     add_number(command, "--max-entries", &device->max_entries, kMost32,
                "The most entries that a configuration may have");
+}
+
+void add_max_errors(CLI::App* command, DeviceOptions* device)
+{
     add_number(command, "--max-errors", &device->max_errors, kMost32, "The most errors of a configuration to show", 1);
 }
 

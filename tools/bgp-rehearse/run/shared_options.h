@@ -14,6 +14,7 @@ namespace bgp_rehearse {
 
 CLI::Option* add_library(CLI::App* command, std::string* library);
 void add_device(CLI::App* command, DeviceOptions* device);
+void add_max_errors(CLI::App* command, DeviceOptions* device);
 void add_severities(CLI::App* command, std::vector<std::pair<std::string, std::string>>* severities);
 void add_duration(CLI::App* command, const char* name, std::optional<Duration>* duration, const std::string& what);
 

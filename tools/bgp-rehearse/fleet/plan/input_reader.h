@@ -3,19 +3,12 @@
 #pragma once
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 
+#include "fleet/plan/input_error.h"
 #include "fleet/plan/plan.h"
 
 namespace bgp_rehearse {
-
-// An input that cannot be had: gone, unreadable, changed since the plan was made, too big. The text says why, without
-// the input's name; it is the same wherever and whenever the same is wrong.
-class InputError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 class InputReader {
 public:

@@ -41,13 +41,16 @@ struct PlannedInput {
     std::size_t number = 0;  // in the order of the names, from 0; does not depend on the shards
     std::string name;        // escaped, and no other input of the plan has it
     InputSource source;
-    uint64_t bytes = 0;  // as they are stored: what is compressed stays so
-    std::string sha256;  // of these bytes; empty: they could not be read, or were too many
-    DeviceFacts facts;   // of this device, where no option says the same of all
+    uint64_t bytes = 0;   // as they are stored: what is compressed stays so
+    std::string sha256;   // of these bytes; empty where they could not be read
+    std::string refused;  // why they could not be read when the plan was made; empty: they could
+    DeviceFacts facts;    // of this device, where no option says the same of all
 };
 
 // All that decides the result of an input, besides its own bytes and facts and the library.
 struct FleetOptions {
+    FleetOptions() { device.interfaces = {in_addr{htonl(INADDR_LOOPBACK)}}; }
+
     DeviceOptions device;                                         // of each, where its facts do not say better
     std::vector<std::pair<std::string, std::string>> severities;  // of findings: id and level, a later one counts
     Duration time_limit = std::chrono::seconds(60);               // of one rehearsal
@@ -77,9 +80,5 @@ struct Plan {
     std::vector<Shard> shards;
     std::map<std::string, std::size_t> passed_over;  // what was found and is no input, counted by reason
 };
-
-// The options and the facts as they stand in a plan, one line of JSON: equal where they are.
-std::string line_of(const FleetOptions& options);
-std::string line_of(const DeviceFacts& facts);  // empty where nothing is known
 
 }  // namespace bgp_rehearse
