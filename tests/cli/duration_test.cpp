@@ -7,6 +7,7 @@ namespace bgp_test {
 namespace {
 
 using bgp_rehearse::duration_of;
+using bgp_rehearse::long_duration_of;
 using namespace std::chrono_literals;
 
 TEST(Duration, NumberAndUnit_IsTaken)
@@ -33,6 +34,17 @@ TEST(Duration, LongestIsAMinute)
     EXPECT_EQ(duration_of("60000000000ns"), 60s);
     for (const char* text : {"61s", "60.000000001s", "60000000001ns", "99999999999999999999999999s"}) {
         EXPECT_EQ(duration_of(text), std::nullopt) << text;
+    }
+}
+
+TEST(Duration, LongOnes_AreInSecondsWhereTheyHaveNoUnit)
+{
+    EXPECT_EQ(long_duration_of("90"), 90s);
+    EXPECT_EQ(long_duration_of("0.25"), 250ms);
+    EXPECT_EQ(long_duration_of("1.5m"), 90s);
+    EXPECT_EQ(long_duration_of("24h"), 24h);
+    for (const char* text : {"", "m", "24.1h", "86401", "1us", "10min", "1 s", "-1"}) {
+        EXPECT_EQ(long_duration_of(text), std::nullopt) << text;
     }
 }
 
