@@ -86,6 +86,15 @@ TEST(Options, Times_AreDurations)
     EXPECT_EQ(options.connect_time, microseconds(2500));
 }
 
+TEST(Options, Limits_AreTakenWithTheirUnits)
+{
+    const RunOptions options = run_options({"--time-limit", "90", "--memory-limit=2G"});
+    EXPECT_EQ(options.limits.time, std::chrono::seconds(90));
+    EXPECT_EQ(options.limits.memory, std::size_t{1} << 31);
+    EXPECT_EQ(run_options({}).limits.time, std::chrono::minutes(10));
+    EXPECT_EQ(run_options({"--time-limit", "none"}).limits.time, std::nullopt);
+}
+
 TEST(Options, JsonAndChangesAlone_LeaveTheConfigurationItsName)
 {
     const std::vector<const char*> arguments = {"bgp-rehearse", "run", "--json", "--changes", "b.xml"};
@@ -171,6 +180,10 @@ TEST(Options, ValueOutOfRange_IsToldWithTheRange)
     expect_refused({"generate", "--seed", "1e3"}, "--seed: \"1e3\" is not a number from 0 to 18446744073709551615");
     expect_refused({"run", "a.xml", "--call-time", "2min"},
                    "--call-time: \"2min\" is not a duration from 0s to 60s, such as 100us or 2.5ms");
+    expect_refused({"run", "a.xml", "--time-limit", "2min"},
+                   "--time-limit: \"2min\" is not a time up to 24h, such as 90, 90s or 10m, nor none");
+    expect_refused({"run", "a.xml", "--memory-limit", "512K"},
+                   "--memory-limit: \"512K\" is not a size up to 1024G, such as 512 (megabytes), 512M or 2G, nor none");
 }
 
 TEST(Options, WordThatIsNone_IsToldWithTheWords)

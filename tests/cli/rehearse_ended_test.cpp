@@ -4,48 +4,17 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli/fake_library.h"
+#include "cli/ended_upgrade.h"
 
 namespace bgp_test {
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kSanitized = __has_feature(address_sanitizer);
-#else
-constexpr bool kSanitized = false;
-#endif
 
 using nlohmann::json;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 
-class RehearseEnded : public RehearseTest {
-protected:
-    // Runs an update with that body, asking for an output over an old one, which must stay as it was.
-    CommandResult run_body(const std::string& body, std::vector<std::string> more = {})
-    {
-        const std::string output = folder.file("out.xml", "the old content");
-        std::vector<std::string> arguments = {"run", config, "--library", fake_library(folder, body), "-o", output};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        CommandResult result = rehearse(arguments);
-        EXPECT_EQ(content_of(output), "the old content");
-        EXPECT_THAT(folder.names(), Not(Contains(testing::StartsWith(".bgp-rehearse"))));
-        return result;
-    }
-
-    json ended(const std::string& body)
-    {
-        const CommandResult result = run_body(body, {"--json"});
-        EXPECT_EQ(result.status, 1) << result.err;
-        const json document = json::parse(result.out);
-        EXPECT_EQ(document["returned"], nullptr);
-        EXPECT_EQ(document["changes"], json::array());
-        return document["ended"];
-    }
-};
+using RehearseEnded = EndedUpgradeTest;
 
 constexpr char kFault[] = R"(
     log("before");
@@ -160,18 +129,6 @@ TEST_F(RehearseEnded, ProcessLeftBehind_DoesNotHoldUpTheReport)
 {
     EXPECT_EQ(ended("if (fork() == 0) { for (;;) pause(); } _exit(9);")["status"], 9);
 }
-
-// Reads and writes one row each, and then ends in some way, within update_vrf.
-constexpr char kWorking[] = R"(
-    confd_value_t value;
-    log("Starting BGP update\n");
-    cdb_get(cdb, &value, "/router/bgp{%u}/router-id", 65010u);
-    log("Update BGP VRF\n");
-    cdb_get(cdb, &value, "/prefix-list[%d]/seq{%u}/address", 0, 10u);
-    maapi_set_elem2(maapi, th, "fourOctet", "/router/bgp{%u}/as-size", 65010u);
-    maapi_set_elem2(maapi, th, "fourOctet", "/router/bgp{%u}/as-size", 65099u);
-    log("the last line");
-)";
 
 TEST_F(RehearseEnded, AnyWay_NamesTheRowsThatWereWorkedOnLast)
 {

@@ -69,7 +69,9 @@ TEST_F(RehearseJson, UpgradeThatDoesNothing_HasAllMembers)
                   {"severities", json::array()},
                   {"max_entries", 50000000},
                   {"commit_check", false},
-                  {"again", false}}},
+                  {"again", false},
+                  {"time_limit", 600.0},
+                  {"memory_limit", nullptr}}},
                 {"assumptions", document["inputs"]["assumptions"]}}},
               {"account",
                {{"stored", 4},
@@ -267,15 +269,18 @@ TEST_F(RehearseJson, Check_IsToldWhenAskedFor)
 
 TEST_F(RehearseJson, Options_AreAmongTheInputs)
 {
-    const json document = run_body("return -1;", {"--fail-on", "review", "--severity", "returned=note", "--severity",
-                                                  "again=stop", "--max-entries", "9", "--commit-check"});
+    const json document =
+        run_body("return -1;", {"--fail-on", "review", "--severity", "returned=note", "--severity", "again=stop",
+                                "--max-entries", "9", "--commit-check", "--time-limit", "90", "--memory-limit", "2G"});
     EXPECT_EQ(
         document["inputs"]["options"],
         json({{"fail_on", "review"},
               {"severities", {{{"id", "returned"}, {"severity", "note"}}, {{"id", "again"}, {"severity", "stop"}}}},
               {"max_entries", 9},
               {"commit_check", true},
-              {"again", false}}));
+              {"again", false},
+              {"time_limit", 90.0},
+              {"memory_limit", 2147483648}}));
     EXPECT_EQ(document["returned"], -1);
 }
 

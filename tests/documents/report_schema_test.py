@@ -42,7 +42,7 @@ def whole_report() -> Document:
         "inputs": {"configuration": {"name": "x.xml", "sha256": "0" * 64},
                    "library": {"path": "x.so", "version": None, "sha256": None},
                    "options": {"fail_on": "stop", "severities": [], "max_entries": 1, "commit_check": False,
-                               "again": False},
+                               "again": False, "time_limit": 600.0, "memory_limit": None},
                    "assumptions": [{"name": "user profile", "value": "0", "option": "--user-profile", "given": False,
                                     "decided": []}]},
         "account": {**numbers, "lists": [{"path": "/router/bgp", **numbers}]},

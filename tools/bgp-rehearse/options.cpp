@@ -24,7 +24,7 @@ namespace {
 constexpr char kExitStatuses[] =
     "Exit status:\n"
     "  0  the upgrade ran, and the verdict is SAFE or REVIEW\n"
-    "  1  the upgrade ended in a fault, an assertion, a signal or an exit; no output is written\n"
+    "  1  the upgrade ended: in a fault, an assertion, a signal, an exit, or at a limit; no output is written\n"
     "  2  bad command line, configuration or library; nothing was run\n"
     "  3  the verdict is STOP, or what else --fail-on says\n"
     "  4  with --commit-check: the result is not valid; no output is written\n"
@@ -49,6 +49,15 @@ void add_judgement(CLI::App* run, RunOptions* options)
     run->add_flag("--commit-check", options->commit_check, "Validate the result against the YANG modules");
 }
 
+void add_limits(CLI::App* run, UpgradeLimits* limits)
+{
+    add_value(run, "--time-limit", "TIME",
+              "The longest that the upgrade may take here: 90 (seconds), 10m, none (default: 10m)",
+              [limits](const std::string& text) { limits->time = given_time_limit(text); });
+    add_value(run, "--memory-limit", "SIZE", "The most that it may need: 512 (megabytes), 2G, none (default: none)",
+              [limits](const std::string& text) { limits->memory = given_memory_limit(text); });
+}
+
 // Alone such an option means its usual value; another one comes behind "=", so that no name of a file is taken for it.
 CLI::Option* add_optional_value(CLI::App* command, const char* name, std::string* value, const char* text,
                                 const std::string& what)
@@ -62,6 +71,13 @@ void add_report(CLI::App* run, RunOptions* options)
                        "List what changed, or what did below a path");
     add_optional_value(run, "--json{-}", &options->json, "[=FILE]",
                        "Print the report as one JSON document, or write that to a file beside the text");
+    add_value(run, "--junit", "FILE", "Write a test case for each step and each finding, for a pipeline",
+              [options](const std::string& file) {
+                  if (file.empty()) {
+                      throw std::invalid_argument("a file name is missing");
+                  }
+                  options->junit = file;
+              });
     run->add_flag("--json-log", options->json_log, "Put the upgrade log into the JSON document");
     add_colour(run, &options->colour);
 }
@@ -153,6 +169,7 @@ CLI::App* add_run(CLI::App* app, RunOptions* options)
             ->option_text("NAME");
     add_report(run, options);
     add_judgement(run, options);
+    add_limits(run, &options->limits);
     run->final_callback([=] {
         for (const CLI::Option* name : {library, output, log, facts}) {
             refuse_empty(*name, name->get_name());

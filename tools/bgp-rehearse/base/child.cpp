@@ -20,8 +20,7 @@ namespace bgp_rehearse {
 
 namespace {
 
-constexpr int kTick = 200;    // ms
-constexpr int kForever = -1;  // for poll()
+constexpr int kTick = 100;  // ms
 
 [[noreturn]] void no_child(const char* what)
 {
@@ -37,20 +36,27 @@ public:
     {
     }
 
-    // Takes what is there now. False: the other end is closed.
-    bool read_available()
+    enum class Got { Piece, Nothing, End };
+
+    // Takes a piece of what is there now. A child that writes without end must not keep its parent from all else.
+    Got read_piece()
     {
         char piece[65536];
-        for (;;) {
-            const ssize_t size = read(descriptor_, piece, sizeof piece);
-            if (size < 0 && errno == EINTR) {
-                continue;
-            }
-            if (size <= 0) {
-                return size < 0;
-            }
-            pending_.append(piece, static_cast<std::size_t>(size));
-            pass_lines();
+        ssize_t size = 0;
+        do {
+            size = read(descriptor_, piece, sizeof piece);
+        } while (size < 0 && errno == EINTR);
+        if (size <= 0) {
+            return size < 0 ? Got::Nothing : Got::End;
+        }
+        pending_.append(piece, static_cast<std::size_t>(size));
+        pass_lines();
+        return Got::Piece;
+    }
+
+    void read_rest()
+    {
+        while (read_piece() == Got::Piece) {
         }
     }
 
@@ -104,7 +110,17 @@ ChildEnd wait_for(pid_t child)
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     kill(-child, SIGKILL);  // what it started and left behind
-    return WIFSIGNALED(status) ? ChildEnd{0, WTERMSIG(status), 0} : ChildEnd{WEXITSTATUS(status), 0, 0};
+    ChildEnd end;
+    (WIFSIGNALED(status) ? end.signal : end.status) = WIFSIGNALED(status) ? WTERMSIG(status) : WEXITSTATUS(status);
+    return end;
+}
+
+// With what it started, unless that has left its group.
+void end_child(pid_t child)
+{
+    kill(-child, SIGKILL);
+    kill(child, SIGKILL);  // a library may have moved it to another group
+    wait_for(child);
 }
 
 bool has_ended(pid_t child)
@@ -114,26 +130,26 @@ bool has_ended(pid_t child)
 }
 
 ChildEnd watch(const InterruptGuard& interrupts, pid_t child, int channel,
-               const std::function<void(std::string_view)>& on_line, const std::function<void()>& on_tick)
+               const std::function<void(std::string_view)>& on_line, const std::function<bool()>& on_tick)
 {
     LineReader lines(channel, on_line);
     pollfd sources[] = {{interrupts.descriptor(), POLLIN, 0}, {channel, POLLIN, 0}};
     while (!has_ended(child)) {
-        poll(sources, 2, on_tick ? kTick : kForever);
-        if (on_tick) {
-            on_tick();
-        }
-        if (sources[1].revents != 0 && !lines.read_available()) {
+        poll(sources, 2, kTick);
+        if (sources[1].revents != 0 && lines.read_piece() == LineReader::Got::End) {
             sources[1].fd = -1;  // poll() passes over it
         }
+        ChildEnd end;
         const int signal = interrupts.take();
-        if (signal != 0 && signal != SIGCHLD) {
-            kill(-child, SIGKILL);
-            wait_for(child);
-            return {0, 0, signal};
+        end.interrupted_by = signal == SIGCHLD ? 0 : signal;
+        end.stopped = !on_tick();
+        if (end.interrupted_by != 0 || (end.stopped && !has_ended(child))) {
+            end_child(child);
+            lines.read_rest();
+            return end;
         }
     }
-    lines.read_available();
+    lines.read_rest();
     return wait_for(child);
 }
 
@@ -177,7 +193,7 @@ void InterruptGuard::release() const noexcept
 }
 
 ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(int channel)>& body,
-                      const std::function<void(std::string_view)>& on_line, const std::function<void()>& on_tick)
+                      const std::function<void(std::string_view)>& on_line, const std::function<bool()>& on_tick)
 {
     int channel[2];
     if (pipe2(channel, O_CLOEXEC) != 0) {

@@ -29,19 +29,22 @@ private:
     int descriptor_;
 };
 
-// How a child ended: by exit with a status, by a signal of its own, or killed because the command was interrupted.
+// How a child ended: by exit with a status, by a signal of its own, or killed because the command was interrupted or
+// because it might not go on.
 struct ChildEnd {
     int status = 0;
     int signal = 0;
     int interrupted_by = 0;
+    bool stopped = false;
 };
 
 // Forks, and runs `body` in the child with a descriptor to send lines to the parent through; the child ends with the
 // body's result as its exit status and runs no destructors or exit handlers. The parent calls `on_line` for each line
-// that comes, without its line end, until the child is gone, and `on_tick`, if given, a few times a second. What the child started ends with it, and the child ends
-// with the parent. In the child, standard output leads to standard error, standard input is empty, and a broken pipe ends
-// it as usual. Throws CommandError when no process can be made.
+// that comes, without its line end, until the child is gone, and `on_tick` at least a few times a second, which says
+// whether the child may go on. What the child started ends with it, and the child ends with the parent. In the child,
+// standard output leads to standard error, standard input is empty, and a broken pipe ends it as usual. Throws
+// CommandError when no process can be made.
 ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(int channel)>& body,
-                      const std::function<void(std::string_view)>& on_line, const std::function<void()>& on_tick = {});
+                      const std::function<void(std::string_view)>& on_line, const std::function<bool()>& on_tick);
 
 }  // namespace bgp_rehearse

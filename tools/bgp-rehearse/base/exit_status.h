@@ -8,7 +8,7 @@ namespace bgp_rehearse {
 
 enum class ExitStatus : int {
     Ok = 0,
-    UpgradeEnded = 1,    // the upgrade did not return: a fault, an assertion, a signal, an exit
+    UpgradeEnded = 1,    // the upgrade did not return: a fault, an assertion, a signal, an exit, a limit
     BadInput = 2,        // a bad command line, configuration or library; nothing was rehearsed
     VerdictReached = 3,  // the upgrade returned, and the verdict is as bad as --fail-on says, or worse
     NotValid = 4,        // --commit-check: the result is not valid

@@ -16,6 +16,11 @@ namespace {
 
 using bgp_platform::capi::Function;
 
+double seconds(Duration duration)
+{
+    return std::chrono::duration<double>(duration).count();
+}
+
 class Document {
 public:
     Document(const Report& report, int file) : report_(report), json_(file) {}
@@ -85,7 +90,12 @@ void Document::inputs()
         json_.begin('{').name("id").text(id).name("severity").text(level).end();
     }
     json_.end().name("max_entries").number(inputs.max_entries);
-    json_.name("commit_check").truth(inputs.commit_check).name("again").truth(inputs.again).end();
+    json_.name("commit_check").truth(inputs.commit_check).name("again").truth(inputs.again);
+    json_.name("time_limit");
+    inputs.limits.time ? json_.number(seconds(*inputs.limits.time)) : json_.null();
+    json_.name("memory_limit");
+    inputs.limits.memory ? json_.number(*inputs.limits.memory) : json_.null();
+    json_.end();
     json_.name("assumptions").begin('[', JsonWriter::Lines);
     if (report_.judgement) {
         for (const Assumption& each : report_.judgement->assumptions) {
@@ -132,11 +142,6 @@ void Document::calls()
         }
     }
     json_.end();
-}
-
-double seconds(Duration duration)
-{
-    return std::chrono::duration<double>(duration).count();
 }
 
 void Document::range(const char* name, const DurationRange& range)

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/text_escape.h"
+#include "judge/words.h"
 
 namespace bgp_rehearse {
 
@@ -21,6 +22,10 @@ const char* name_of(Ended::Kind kind) noexcept
             return "exception";
         case Ended::Kind::Signal:
             return "signal";
+        case Ended::Kind::TimeLimit:
+            return "time limit";
+        case Ended::Kind::MemoryLimit:
+            return "memory limit";
         case Ended::Kind::Exit:
             break;
     }
@@ -42,12 +47,27 @@ std::string describe(const Ended& ended)
             return signal_name(ended.signal);
         case Ended::Kind::Exit:
             return fmt::format("an exit with status {}", ended.status);
+        case Ended::Kind::TimeLimit:
+        case Ended::Kind::MemoryLimit:
+            return fmt::format("a {}: {}", name_of(ended.kind), ended.text);
         case Ended::Kind::Fault:
         case Ended::Kind::Assertion:
             break;
     }
     return fmt::format("{} in {} ({}:{}): {}", ended.kind == Ended::Kind::Fault ? "a fault" : "a failed assertion",
                        escaped(ended.function), escaped(ended.source), ended.line, escaped(ended.text));
+}
+
+std::string sentence_of(const Ended& ended)
+{
+    switch (ended.kind) {
+        case Ended::Kind::TimeLimit:
+            return "the upgrade took " + ended.text;
+        case Ended::Kind::MemoryLimit:
+            return "the upgrade needed " + ended.text;
+        default:
+            return "the upgrade ended in " + describe(ended);
+    }
 }
 
 LibraryVersion version_of(const std::string& library)
@@ -59,6 +79,27 @@ LibraryVersion version_of(const std::string& library)
     return failed || suffix == std::string::npos
                ? LibraryVersion{}
                : LibraryVersion{file.substr(0, suffix), file.substr(suffix + kSuffix.size())};
+}
+
+std::string words_of_library(const std::string& library)
+{
+    const LibraryVersion version = version_of(library);
+    return escaped(version.version.empty() ? library : version.name + " " + version.version);
+}
+
+std::string what_came_of(const Step& step)
+{
+    std::string what = fmt::format("{}: {}", step.title, name_of(step.outcome));
+    if (step.runs > 1) {
+        what += fmt::format(" {} times", grouped(step.runs));
+    }
+    if (step.calls.failed_writes > 0) {
+        what += fmt::format(" ({} failed)", counted(step.calls.failed_writes, {"write", "writes"}));
+    }
+    if (!step.text.empty()) {
+        what += ": " + escaped(step.text);
+    }
+    return what;
 }
 
 }  // namespace bgp_rehearse

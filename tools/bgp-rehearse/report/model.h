@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/upgrade_limits.h"
 #include "calls/recorder.h"
 #include "judge/failed_calls.h"
 #include "judge/judgement.h"
@@ -29,7 +30,7 @@ struct LastSeen {
 
 // How an upgrade ended that did not return.
 struct Ended {
-    enum class Kind { Fault, Assertion, Exception, Signal, Exit };
+    enum class Kind { Fault, Assertion, Exception, Signal, Exit, TimeLimit, MemoryLimit };
 
     Kind kind = Kind::Exit;
     std::string function;  // of the fault or assertion reported last; empty when there was none
@@ -41,7 +42,7 @@ struct Ended {
     LastSeen last;
 };
 
-// "fault", "assertion", "exception", "signal", "exit"
+// "fault", "assertion", "exception", "signal", "exit", "time limit", "memory limit"
 const char* name_of(Ended::Kind kind) noexcept;
 
 // "SIGSEGV"
@@ -50,6 +51,9 @@ std::string signal_name(int number);
 // "a fault in StartCdbSession (src/daemon/bgp_utils:397): Could not convert 127.0.0.1 to IPv4"
 std::string describe(const Ended& ended);
 
+// "the upgrade ended in SIGSEGV", "the upgrade needed more than 512 MB (--memory-limit)"
+std::string sentence_of(const Ended& ended);
+
 // A library's name and version, by the name of the file that leads to: "libbgp_update", "0.1.0". Both are empty where that
 // file is not there or has no version.
 struct LibraryVersion {
@@ -57,6 +61,12 @@ struct LibraryVersion {
     std::string version;
 };
 LibraryVersion version_of(const std::string& library);
+
+// "libbgp_update 0.1.0", or the file where it has no version.
+std::string words_of_library(const std::string& library);
+
+// "IPv6 unicast: ran (9 writes failed)"
+std::string what_came_of(const Step& step);
 
 // Of what a rehearsal was made, beside the assumptions about the device.
 struct Inputs {
@@ -68,6 +78,7 @@ struct Inputs {
     std::size_t max_entries = 0;
     bool commit_check = false;
     bool again = false;
+    UpgradeLimits limits;
 };
 
 struct Report {

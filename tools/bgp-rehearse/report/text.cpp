@@ -73,12 +73,10 @@ private:
     void assumed();
     void rows();
     void device();
-    std::string library_words() const;
     void ending(const Ended& ended);
     void last_seen(const LastSeen& last);
     void steps();
     void step(const Step& step);
-    static std::string what_came_of(const Step& step);
     void findings();
     void finding(const Finding& finding);
     void places(const Finding& finding);
@@ -94,7 +92,7 @@ void TextReport::summary()
     page_.line({0,
                 "Rehearsal of ",
                 Paint::Bold,
-                fmt::format("{}, {}", escaped(report_.inputs.configuration), library_words()),
+                fmt::format("{}, {}", escaped(report_.inputs.configuration), words_of_library(report_.inputs.library)),
                 2,
                 {},
                 Paint::Bold});
@@ -116,12 +114,6 @@ void TextReport::summary()
              report_.check->empty() ? "the result is valid" : "the result is not valid: " + escaped(*report_.check),
              report_.check->empty() ? Paint::Plain : Paint::Red);
     }
-}
-
-std::string TextReport::library_words() const
-{
-    const LibraryVersion version = version_of(report_.inputs.library);
-    return escaped(version.version.empty() ? report_.inputs.library : version.name + " " + version.version);
 }
 
 void TextReport::assumed()
@@ -222,21 +214,6 @@ void TextReport::step(const Step& step)
     const std::string mark =
         fmt::format("{:<{}}{:>{}}{:>{}}  ", step.name, kStepNames - 2, reads, kStepCalls, writes, kStepCalls);
     page_.line({2, mark, Paint::Plain, what_came_of(step), mark.size() + 2, time, bad ? Paint::Red : Paint::Plain});
-}
-
-std::string TextReport::what_came_of(const Step& step)
-{
-    std::string what = fmt::format("{}: {}", step.title, name_of(step.outcome));
-    if (step.runs > 1) {
-        what += fmt::format(" {} times", grouped(step.runs));
-    }
-    if (step.calls.failed_writes > 0) {
-        what += fmt::format(" ({} failed)", counted(step.calls.failed_writes, {"write", "writes"}));
-    }
-    if (!step.text.empty()) {
-        what += ": " + escaped(step.text);
-    }
-    return what;
 }
 
 void TextReport::findings()

@@ -32,13 +32,15 @@ Report blank_report(const RunOptions& options)
     Report report;
     Inputs& inputs = report.inputs;
     inputs.configuration = bgp_platform::xml::shown_name(options.configuration);
-    inputs.configuration_sha256 = options.json.empty() ? std::string() : sha256_of_file(options.configuration);
+    inputs.configuration_sha256 =
+        options.json.empty() && options.junit.empty() ? std::string() : sha256_of_file(options.configuration);
     inputs.library = options.library;
     inputs.fail_on = name_of(options.fail_on);
     inputs.severities = options.severities;
     inputs.max_entries = options.device.max_entries;
     inputs.commit_check = options.commit_check;
     inputs.again = options.again;
+    inputs.limits = options.limits;
     report.times = times_of(options);
     report.show_log = options.log_in_report();
     report.log_in_json = options.log_in_json();

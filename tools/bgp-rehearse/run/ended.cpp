@@ -1,5 +1,7 @@
 #include "run/ended.h"
 
+#include <fmt/format.h>
+
 #include <csignal>
 #include <utility>
 
@@ -15,10 +17,42 @@ void say_path(const std::string& path, const char* what, Finding* finding)
     }
 }
 
+// What to do about it.
+std::string advice_on(const Ended& ended)
+{
+    switch (ended.kind) {
+        case Ended::Kind::TimeLimit:
+            return "Where the calls go on from row to row it may only need longer: give --time-limit; where it stays "
+                   "at "
+                   "one row it goes in a circle there.";
+        case Ended::Kind::MemoryLimit:
+            return "Where the router is large it may only need more: give --memory-limit; where more is taken too, it "
+                   "takes memory without end at that row.";
+        default:
+            return {};
+    }
+}
+
+Ended limit(Ended::Kind kind, std::string text)
+{
+    Ended ended;
+    ended.kind = kind;
+    ended.text = std::move(text);
+    return ended;
+}
+
 }  // namespace
 
-Ended explain_end(const ChildEnd& end, const Told& told)
+Ended explain_end(const ChildEnd& end, const Told& told, const Watch& watch, const UpgradeLimits& limits)
 {
+    if (watch.out_of_memory() && limits.memory) {
+        return limit(Ended::Kind::MemoryLimit,
+                     fmt::format("more than {} (--memory-limit)", words_of_memory_limit(*limits.memory)));
+    }
+    if (end.stopped && limits.time) {
+        return limit(Ended::Kind::TimeLimit,
+                     fmt::format("longer than {} (--time-limit)", words_of_time_limit(*limits.time)));
+    }
     Ended ended;
     ended.signal = end.signal;
     ended.status = end.status;
@@ -48,7 +82,8 @@ Judgement judge_ended(const Ended& ended, const SeverityChoices& choices)
     finding.id = FindingId::Ended;
     finding.severity = Severity::Stop;
     finding.step = ended.last.step;
-    finding.sentence = "the upgrade ended in " + describe(ended);
+    finding.sentence = sentence_of(ended);
+    finding.advice = advice_on(ended);
     finding.count = 1;
     say_path(ended.last.reading, "read last: ", &finding);
     say_path(ended.last.writing, "written last: ", &finding);

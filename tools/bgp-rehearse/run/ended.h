@@ -5,11 +5,12 @@
 #include "judge/judgement.h"
 #include "report/model.h"
 #include "run/messages.h"
+#include "run/watch.h"
 
 namespace bgp_rehearse {
 
-// How it ended, by the end of its process and what that had told.
-Ended explain_end(const ChildEnd& end, const Told& told);
+// How it ended, by the end of its process, what that had told, and what was seen of it.
+Ended explain_end(const ChildEnd& end, const Told& told, const Watch& watch, const UpgradeLimits& limits);
 
 // The one finding, and the verdict.
 Judgement judge_ended(const Ended& ended, const SeverityChoices& choices);

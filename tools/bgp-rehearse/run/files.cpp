@@ -20,6 +20,13 @@ std::string check_target(const std::string& option, const std::string& name, con
     return target;
 }
 
+void refuse_printed(const std::string& option, const std::string& name)
+{
+    if (name == "-") {
+        throw CommandError(ExitStatus::BadInput, option + " -: the report goes to standard output; name a file");
+    }
+}
+
 void refuse_same_target(const std::string& option, const std::string& target, const std::string& what,
                         const std::string& other)
 {
@@ -44,11 +51,19 @@ std::string json_target(const RunOptions& options, const std::string& library)
                         library);
 }
 
+std::string junit_target(const RunOptions& options, const std::string& library)
+{
+    refuse_printed("--junit", options.junit);
+    std::string target = check_target("--junit", options.junit, options.configuration, library);
+    refuse_same_target("--junit", target, "the output file", options.output);
+    refuse_same_target("--junit", target, "the log file", options.log_in_file() ? options.log : std::string());
+    refuse_same_target("--junit", target, "the file of --json", options.json_in_file() ? options.json : std::string());
+    return target;
+}
+
 RunTargets check_targets(const RunOptions& options, const std::string& library)
 {
-    if (options.output == "-") {
-        throw CommandError(ExitStatus::BadInput, "-o -: the report goes to standard output; name a file");
-    }
+    refuse_printed("-o", options.output);
     const auto target = [&](const std::string& option, const std::string& name) {
         return check_target(option, name, options.configuration, library);
     };
@@ -57,9 +72,13 @@ RunTargets check_targets(const RunOptions& options, const std::string& library)
     targets.output = target("-o", options.output);
     targets.log = target("--log", options.log_in_file() ? options.log : std::string());
     targets.json = json_target(options, library);
+    targets.junit = junit_target(options, library);
     refuse_same_target("--log", targets.log, "the output file", targets.output);
     refuse_same_target("--json", targets.json, "the output file", targets.output);
     refuse_same_target("--json", targets.json, "the log file", targets.log);
+    refuse_same_target("--junit", targets.junit, "the output file", targets.output);
+    refuse_same_target("--junit", targets.junit, "the log file", targets.log);
+    refuse_same_target("--junit", targets.junit, "the file of --json", targets.json);
     return targets;
 }
 
@@ -68,6 +87,7 @@ RunFiles::RunFiles(const RunTargets& targets)
     open_file("-o", targets.output, targets.readers, &output);
     open_file("--log", targets.log, targets.readers, &log);
     open_file("--json", targets.json, targets.readers, &json);
+    open_file("--junit", targets.junit, targets.readers, &junit);
 }
 
 void put_in_place(std::optional<OutputFile>& file)

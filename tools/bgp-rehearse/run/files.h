@@ -1,4 +1,4 @@
-// The files that a rehearsal writes beside its report: upgraded configuration, log and JSON document.
+// The files that a rehearsal writes beside its report: upgraded configuration, log and documents.
 #pragma once
 
 #include <optional>
@@ -14,14 +14,16 @@ struct RunTargets {
     std::string output;
     std::string log;
     std::string json;
+    std::string junit;
     Readers readers;  // whom the configuration is for
 };
 
 // Throws CommandError where one cannot be replaced, or would replace what is read or another one.
 RunTargets check_targets(const RunOptions& options, const std::string& library);
 
-// The file for the JSON document alone; likewise.
+// The file for the JSON or the JUnit document alone; likewise.
 std::string json_target(const RunOptions& options, const std::string& library);
+std::string junit_target(const RunOptions& options, const std::string& library);
 
 // The files themselves, where they are wanted. Those that are not put in place leave nothing behind.
 struct RunFiles {
@@ -32,6 +34,7 @@ struct RunFiles {
     std::optional<OutputFile> output;
     std::optional<OutputFile> log;
     std::optional<OutputFile> json;
+    std::optional<OutputFile> junit;
 };
 
 // Does nothing where no file is wanted.

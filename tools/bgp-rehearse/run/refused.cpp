@@ -11,11 +11,25 @@
 #include "base/output_file.h"
 #include "base/text_escape.h"
 #include "report/json.h"
+#include "report/junit.h"
 #include "run/files.h"
 
 namespace bgp_rehearse {
 
 namespace {
+
+using Write = bool(const Report&, const Ending&, int file);
+
+void tell_in_file(const char* option, const std::string& target, const std::string& name, Write* write,
+                  const Report& report, const Ending& ending)
+{
+    const InterruptGuard interrupts;
+    OutputFile file(option, target);
+    if (!write(report, ending, file.descriptor())) {
+        throw CommandError(ExitStatus::NotWritten, fmt::format("{}: {}", escaped(name), std::strerror(errno)));
+    }
+    file.put_in_place();
+}
 
 void tell_in_json(const RunOptions& options, const Report& report, const Ending& ending)
 {
@@ -25,26 +39,38 @@ void tell_in_json(const RunOptions& options, const Report& report, const Ending&
         }
         return;
     }
-    const InterruptGuard interrupts;
-    OutputFile file("--json", json_target(options, report.inputs.library));
-    if (!write_json_report(report, ending, file.descriptor())) {
-        throw CommandError(ExitStatus::NotWritten, fmt::format("{}: {}", escaped(options.json), std::strerror(errno)));
+    tell_in_file("--json", json_target(options, report.inputs.library), options.json, write_json_report, report,
+                 ending);
+}
+
+void tell_in_junit(const RunOptions& options, const Report& report, const Ending& ending)
+{
+    tell_in_file("--junit", junit_target(options, report.inputs.library), options.junit, write_junit_report, report,
+                 ending);
+}
+
+// A file that is refused may be the very reason, and was told then.
+template <typename Tell>
+void tell(const RunOptions& options, const Report& report, Tell tell_it, Ending* ending)
+{
+    try {
+        tell_it(options, report, *ending);
+    } catch (const CommandError& error) {
+        if (ending->error != error.what()) {
+            ending->error += fmt::format("\n{}", error.what());
+        }
     }
-    file.put_in_place();
 }
 
 }  // namespace
 
 Ending tell_refused(const RunOptions& options, const Report& report, Ending ending)
 {
-    try {
-        if (!options.json.empty()) {
-            tell_in_json(options, report, ending);
-        }
-    } catch (const CommandError& error) {
-        if (ending.error != error.what()) {
-            ending.error += fmt::format("\n{}", error.what());
-        }
+    if (!options.junit.empty()) {
+        tell(options, report, tell_in_junit, &ending);
+    }
+    if (!options.json.empty()) {
+        tell(options, report, tell_in_json, &ending);
     }
     return ending;
 }

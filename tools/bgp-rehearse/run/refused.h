@@ -6,8 +6,8 @@
 
 namespace bgp_rehearse {
 
-// Gives the JSON document where one was asked for. Returns the ending, with a word about a document that could not be
-// written.
+// Gives the JSON and the JUnit document where they were asked for. Returns the ending, with a word about a document that
+// could not be written.
 Ending tell_refused(const RunOptions& options, const Report& report, Ending ending);
 
 }  // namespace bgp_rehearse

@@ -17,10 +17,12 @@
 #include "base/text_escape.h"
 #include "judge/stored_condition.h"
 #include "report/json.h"
+#include "report/junit.h"
 #include "report/text.h"
 #include "run/again.h"
 #include "run/ending.h"
 #include "run/library.h"
+#include "run/memory_limit.h"
 #include "run/messages.h"
 
 namespace bgp_rehearse {
@@ -58,11 +60,16 @@ void follow_log(const RunOptions& options, Device& device, int log, const Teller
 }
 
 // The result of update(), or none when an exception left it.
-std::optional<int> run_update(const UpgradeLibrary& library, Device& device, const Teller& teller)
+std::optional<int> run_update(const UpgradeLibrary& library, Device& device, const Teller& teller,
+                              const UpgradeLimits& limits, const Watch& watch)
 {
     const bgp_platform::UpgradeHandles upgrade = device.open_upgrade();
+    const MemoryLimit memory(limits.memory, watch);
     try {
         return library.update(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket);
+    } catch (const std::bad_alloc& error) {
+        MemoryLimit::reached();
+        teller.exception(error.what());
     } catch (const std::exception& error) {
         teller.exception(error.what());
     } catch (...) {
@@ -96,7 +103,7 @@ std::string check(const Device& device)
 }
 
 Report complete_report(const RunOptions& options, const UpgradeLibrary& library, Device& device, int result,
-                       const FailedCalls& failed_calls, Report report)
+                       const FailedCalls& failed_calls, const Watch& watch, Report report)
 {
     report.returned = result;
     report.calls = device.calls();
@@ -107,13 +114,14 @@ Report complete_report(const RunOptions& options, const UpgradeLibrary& library,
     if (options.commit_check) {
         report.check = check(device);
     }
-    const Evidence evidence{device,
-                            result,
-                            report.steps,
-                            failed_calls,
-                            assumptions_of(options.device),
-                            report.check,
-                            options.again ? std::optional<Again>(upgrade_again(library, device)) : std::nullopt};
+    const Evidence evidence{
+        device,
+        result,
+        report.steps,
+        failed_calls,
+        assumptions_of(options.device),
+        report.check,
+        options.again ? std::optional<Again>(upgrade_again(library, device, options.limits, watch)) : std::nullopt};
     report.judgement = judge(evidence, chosen_severities(options.severities));
     return report;
 }
@@ -142,6 +150,9 @@ std::string write_reports(const RunOptions& options, const Report& report, const
     if (files.json >= 0 && !write_json_report(report, ending, files.json)) {
         return fmt::format("{} could not be written: {}", escaped(options.json), std::strerror(errno));
     }
+    if (files.junit >= 0 && !write_junit_report(report, ending, files.junit)) {
+        return fmt::format("{} could not be written: {}", escaped(options.junit), std::strerror(errno));
+    }
     return {};
 }
 
@@ -168,11 +179,14 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
 
     FailedCalls failed_calls;
     device.recorder().after_failure = [&](const bgp_platform::capi::Failure& failure) {
+        if (failure.error == CONFD_ERR_MALLOC) {
+            MemoryLimit::reached();
+        }
         failed_calls.add(steps.current(), failure.function, failure.error, failure.path, failure.message,
                          failure.number);
     };
 
-    const std::optional<int> result = run_update(*upgrade_library, device, teller);
+    const std::optional<int> result = run_update(*upgrade_library, device, teller, options.limits, watch);
     if (!result) {
         return EXIT_FAILURE;
     }
@@ -181,7 +195,7 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     report.steps = steps.all();
     Finished finished;
     try {
-        report = complete_report(options, *upgrade_library, device, *result, failed_calls, std::move(report));
+        report = complete_report(options, *upgrade_library, device, *result, failed_calls, watch, std::move(report));
     } catch (const std::logic_error& error) {
         finished.mistake = error.what();
         teller.finished(finished);

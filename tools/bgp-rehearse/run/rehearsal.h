@@ -18,6 +18,7 @@ struct RehearsalFiles {
     int output = -1;
     int log = -1;
     int json = -1;
+    int junit = -1;
 };
 
 // Runs the upgrade in this process, which a fault in the library then ends. `report` comes with what is known before

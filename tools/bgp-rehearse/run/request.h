@@ -12,6 +12,7 @@
 
 #include "base/duration.h"
 #include "base/terminal.h"
+#include "base/upgrade_limits.h"
 #include "xml/config_reader.h"
 
 namespace bgp_rehearse {
@@ -36,6 +37,7 @@ struct RunOptions {
     std::string output;         // where the upgraded configuration goes; empty: nowhere
     std::string log;            // where the upgrade log goes; "-": into the report; empty: nowhere
     std::string json;           // where the JSON report goes; "-": to standard output; empty: nowhere
+    std::string junit;          // where the JUnit report goes; empty: nowhere
     std::string changes;        // the subtree whose changes are listed, as a keypath; "/": all; empty: none
     std::string facts;          // the file that knows the device; empty: none
     std::string device_name;    // in that file; empty: the configuration's file name tells it
@@ -44,6 +46,7 @@ struct RunOptions {
     std::vector<std::pair<std::string, std::string>> severities;  // of findings: id and level, a later one counts
     std::optional<Duration> call_time;                            // of a call on the device
     std::optional<Duration> connect_time;                         // of a connection
+    UpgradeLimits limits;
     Colour colour = Colour::Auto;
     bool json_log = false;  // the log is in the JSON report, too
     bool again = false;     // the result is upgraded once more

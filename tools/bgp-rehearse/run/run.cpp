@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <optional>
@@ -22,6 +23,7 @@
 #include "judge/words.h"
 #include "report/json.h"
 #include "report/json_ending.h"
+#include "report/junit.h"
 #include "report/text.h"
 #include "run/blank_report.h"
 #include "run/ended.h"
@@ -101,19 +103,22 @@ public:
 
 private:
     void show(ProgressLine& progress) const;
+    bool may_go_on() const;
     ChildEnd rehearse(const InterruptGuard& interrupts, const RunFiles& files);
-    void write_ended_report(const Ended& ended, const Ending& ending, const std::optional<OutputFile>& json) const;
+    void write_ended_report(const Ended& ended, const Ending& ending, const RunFiles& files) const;
     Ending ended(const ChildEnd& end, RunFiles& files);
     Ending returned() const;
     Ending put_files_in_place(const Ending& ending, RunFiles& files) const;
     void keep_log(std::optional<OutputFile>& log) const;
     Ending give_reports(const Ending& written, Ending ending, RunFiles& files) const;
     void give_document(const Ending& written, const Ending& ending, int file) const;
+    void give_junit(const Ending& written, const Ending& ending, OutputFile& file) const;
 
     const RunOptions& options_;
     Report& report_;  // what is known before the upgrade runs
     Device& device_;
     int report_file_ = -1;
+    std::chrono::steady_clock::time_point began_;
     const Watch watch_;
     Told told_;
 };
@@ -145,20 +150,31 @@ void Run::show(ProgressLine& progress) const
         [this] { return fmt::format("upgrading: {}, {} calls", told_.steps.current(), grouped(watch_.calls())); });
 }
 
+// An upgrade that has returned may take its time over the reports.
+bool Run::may_go_on() const
+{
+    return told_.returned || !options_.limits.time || std::chrono::steady_clock::now() - began_ < *options_.limits.time;
+}
+
 ChildEnd Run::rehearse(const InterruptGuard& interrupts, const RunFiles& files)
 {
     report_file_ = open_report_file(options_);
     const RehearsalFiles open{report_file_, RunFiles::descriptor(files.output), RunFiles::descriptor(files.log),
-                              RunFiles::descriptor(files.json)};
+                              RunFiles::descriptor(files.json), RunFiles::descriptor(files.junit)};
     const Look look = look_of(options_);
     ProgressLine progress;
+    began_ = std::chrono::steady_clock::now();
     const ChildEnd end = run_in_child(
         interrupts,
         [&](int channel) {
             return bgp_rehearse::rehearse(options_, report_.inputs.library, device_, report_, open, watch_, look,
                                           channel);
         },
-        [this](std::string_view line) { told_.take(line); }, [&, this] { show(progress); });
+        [this](std::string_view line) { told_.take(line); },
+        [&, this] {
+            show(progress);
+            return may_go_on();
+        });
     progress.clear();
     return end;
 }
@@ -172,7 +188,7 @@ void Run::keep_log(std::optional<OutputFile>& log) const
     put_in_place(log);
 }
 
-void Run::write_ended_report(const Ended& ended, const Ending& ending, const std::optional<OutputFile>& json) const
+void Run::write_ended_report(const Ended& ended, const Ending& ending, const RunFiles& files) const
 {
     Report report = report_;
     report.ended = ended;
@@ -184,15 +200,19 @@ void Run::write_ended_report(const Ended& ended, const Ending& ending, const std
                                   : write_text_report(report, look_of(options_), report_file_))) {
         throw CommandError(ExitStatus::NotWritten, fmt::format("the report: {}", std::strerror(errno)));
     }
-    if (json && !write_json_report(report, ending, json->descriptor())) {
+    if (files.json && !write_json_report(report, ending, files.json->descriptor())) {
         throw CommandError(ExitStatus::NotWritten, fmt::format("{}: {}", escaped(options_.json), std::strerror(errno)));
+    }
+    if (files.junit && !write_junit_report(report, ending, files.junit->descriptor())) {
+        throw CommandError(ExitStatus::NotWritten,
+                           fmt::format("{}: {}", escaped(options_.junit), std::strerror(errno)));
     }
 }
 
 Ending Run::ended(const ChildEnd& end, RunFiles& files)
 {
-    Ended ended = explain_end(end, told_);
-    if (told_.returned) {
+    Ended ended = explain_end(end, told_, watch_, options_.limits);
+    if (told_.returned && !end.stopped) {
         throw CommandError(
             ExitStatus::NotWritten,
             fmt::format("update returned, but what came of it could not be written: the process ended by {}{}",
@@ -201,14 +221,13 @@ Ending Run::ended(const ChildEnd& end, RunFiles& files)
     ended.last = watch_.seen(device_);
     ended.last.step = told_.steps.current();
     told_.steps.ended(ended.last.calls);
-    Ending ending{static_cast<int>(ExitStatus::UpgradeEnded),
-                  fmt::format("the upgrade ended in {}{}", describe(ended), without_output(options_))};
+    Ending ending{static_cast<int>(ExitStatus::UpgradeEnded), sentence_of(ended) + without_output(options_)};
     try {
         keep_log(files.log);
     } catch (const CommandError& error) {
         ending.error += fmt::format("\n{}", error.what());
     }
-    write_ended_report(ended, ending, files.json);
+    write_ended_report(ended, ending, files);
     return ending;
 }
 
@@ -249,7 +268,18 @@ void Run::give_document(const Ending& written, const Ending& ending, int file) c
     }
 }
 
-// The document of a file comes last: it tells how the command ends.
+// Of a command that ends in another way than its document says, that is all that is told there: as of one that was refused.
+void Run::give_junit(const Ending& written, const Ending& ending, OutputFile& file) const
+{
+    const int descriptor = file.descriptor();
+    if (!(written == ending) && (ftruncate(descriptor, 0) != 0 || lseek(descriptor, 0, SEEK_SET) != 0 ||
+                                 !write_junit_report(report_, ending, descriptor))) {
+        throw CommandError(ExitStatus::NotWritten, fmt::format("the JUnit report: {}", std::strerror(errno)));
+    }
+    file.put_in_place();
+}
+
+// The documents of files come last: they tell how the command ends.
 Ending Run::give_reports(const Ending& written, Ending ending, RunFiles& files) const
 {
     const auto also = [&ending](const CommandError& error) {
@@ -262,6 +292,13 @@ Ending Run::give_reports(const Ending& written, Ending ending, RunFiles& files) 
             give_document(written, ending, report_file_);
         }
         print(report_file_);
+    } catch (const CommandError& error) {
+        also(error);
+    }
+    try {
+        if (files.junit) {
+            give_junit(written, ending, *files.junit);
+        }
     } catch (const CommandError& error) {
         also(error);
     }

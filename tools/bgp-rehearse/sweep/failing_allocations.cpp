@@ -121,17 +121,24 @@ std::size_t stop() noexcept
 
 void* operator new(std::size_t size)
 {
-    if (!bgp_rehearse::failing_allocations::refused()) {
-        if (void* const memory = std::malloc(size == 0 ? 1 : size)) {
-            return memory;
-        }
+    void* const memory = operator new(size, std::nothrow);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
     }
-    throw std::bad_alloc();
+    return memory;
 }
 
+// A handler for memory that ran out is asked once, and not where that is by order.
 void* operator new(std::size_t size, const std::nothrow_t& /*kind*/) noexcept
 {
-    return bgp_rehearse::failing_allocations::refused() ? nullptr : std::malloc(size == 0 ? 1 : size);
+    if (bgp_rehearse::failing_allocations::refused()) {
+        return nullptr;
+    }
+    void* const memory = std::malloc(size == 0 ? 1 : size);
+    if (const std::new_handler handler = memory == nullptr ? std::get_new_handler() : nullptr) {
+        handler();
+    }
+    return memory;
 }
 
 // As the C++ library has it; a sanitizer brings one of its own.
