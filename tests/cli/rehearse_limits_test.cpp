@@ -135,6 +135,11 @@ TEST_F(MemoryLimit, RowsWithoutEnd_CountAsTheUpgradesOwn)
     expect_reached("for (unsigned as = 1;; ++as) maapi_create(maapi, th, \"/router/bgp{%u}\", as);");
 }
 
+TEST_F(MemoryLimit, ValuesThatAreNeverGivenBack_CountAsTheUpgradesOwn)
+{
+    expect_reached("for (;;) cdb_get(cdb, &value, \"/prefix-list{%s}/name\", \"a\");");
+}
+
 TEST_F(MemoryLimit, WhateverTheLibraryMakesOfIt_IsTheLimit)
 {
     for (const char* body : {
