@@ -154,7 +154,7 @@ public:
         }
         return compile("bin/bgp-rehearse", {root(), kHome / "tools/bgp-rehearse"}, sources,
                        {BGP_REHEARSE_CORE, BGP_PLATFORM_LIBRARY, BGP_FMT_LIBRARY, "-lcrypto", "-larchive", "-lsqlite3",
-                        "-ldl"});
+                        "-lz", "-ldl"});
     }
 
     CommandResult build_test() const

@@ -168,10 +168,13 @@ CLI::App* add_run(CLI::App* app, RunOptions* options)
         run->add_option("--device", options->device_name, "The device in that file (default: the configuration's name)")
             ->option_text("NAME");
     add_report(run, options);
+    CLI::Option* html =
+        run->add_option("--html", options->html, "Write the report as a page for a browser, all in one file")
+            ->option_text("FILE");
     add_judgement(run, options);
     add_limits(run, &options->limits);
     run->final_callback([=] {
-        for (const CLI::Option* name : {library, output, log, facts}) {
+        for (const CLI::Option* name : {library, output, log, facts, html}) {
             refuse_empty(*name, name->get_name());
         }
         if (device->count() > 0 && facts->count() == 0) {

@@ -1,4 +1,4 @@
-// What a file is known by.
+// What a file or a text is known by.
 #pragma once
 
 #include <array>

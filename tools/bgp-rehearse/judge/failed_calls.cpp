@@ -27,7 +27,7 @@ bool FailedCalls::is_second_try(const bgp_contract::CallSite* site, std::size_t 
 }
 
 void FailedCalls::add(const char* step, Function function, int error, std::string_view path, std::string_view message,
-                      std::size_t call)
+                      std::size_t call, std::size_t log_lines)
 {
     const char* const name = bgp_platform::capi::name_of(function);
     const bgp_contract::CallSite* const site = find_call_site(step, name, without_keys(path));
@@ -44,6 +44,7 @@ void FailedCalls::add(const char* step, Function function, int error, std::strin
               meaning.sentence,
               texts_.size(),
               0,
+              static_cast<uint32_t>(log_lines),
               static_cast<uint16_t>(std::min(path.size(), kMostPath)),
               static_cast<uint16_t>(error),
               function,
@@ -66,7 +67,8 @@ FailedCalls::Call FailedCalls::call_of(const Kept& kept) const noexcept
             kept.kind,
             kept.sentence,
             std::string_view(texts_).substr(kept.path, kept.length),
-            messages_[kept.message]};
+            messages_[kept.message],
+            kept.log_line};
 }
 
 }  // namespace bgp_rehearse

@@ -24,6 +24,7 @@ public:
         const char* sentence;      // in words; "" where the contract has no site
         std::string_view path;     // with keys; empty where the call names none
         std::string_view message;  // of the C API; "" where the failure was expected
+        std::size_t log_line;      // that was written last before the call, from 1; 0: none, or not known
 
         bool is_write() const noexcept
         {
@@ -32,9 +33,9 @@ public:
     };
 
     // `step` lives as long as this; `call` is the number of the call among all. A read is kept only where the contract says
-    // that its failure means something.
+    // that its failure means something. `log_lines` were written before it, as far as they are counted.
     void add(const char* step, bgp_platform::capi::Function function, int error, std::string_view path,
-             std::string_view message, std::size_t call);
+             std::string_view message, std::size_t call, std::size_t log_lines = 0);
 
     // In the order of the calls.
     template <typename Visit>
@@ -52,7 +53,8 @@ private:
         const char* sentence;
         std::size_t path;  // where it begins in texts_
         uint32_t message;  // in messages_
-        uint16_t length;   // of the path
+        uint32_t log_line;
+        uint16_t length;  // of the path
         uint16_t error;
         bgp_platform::capi::Function function;
         bgp_contract::Class kind;

@@ -89,7 +89,7 @@ private:
             finding.step = group.step;
         }
         ++finding.count;
-        finding.say(std::string(call.path), std::string(call.message));
+        finding.say(std::string(call.path), std::string(call.message)).log_line = call.log_line;
     }
 
     static std::string sentence(const Group& group, std::size_t count)

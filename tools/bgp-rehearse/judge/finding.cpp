@@ -88,14 +88,14 @@ void Finding::add_row(const Row* before, const Row* after, const bgp_platform::s
     places.push_back(place);
 }
 
-void Finding::say(std::string path, std::string text, const Row* before, const Row* after)
+Place& Finding::say(std::string path, std::string text, const Row* before, const Row* after)
 {
     said.push_back({std::move(path), std::move(text)});
-    Place place;
+    Place& place = places.emplace_back();
     place.before = before;
     place.after = after;
     place.said = static_cast<uint32_t>(said.size());
-    places.push_back(place);
+    return place;
 }
 
 void Finding::made_by(const char* the_step)

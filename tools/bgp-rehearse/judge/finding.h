@@ -53,7 +53,8 @@ struct Place {
     const bgp_platform::store::Row* before = nullptr;  // the stored row; null where there is none
     const bgp_platform::store::Row* after = nullptr;   // the row of the result; null where there is none
     uint32_t around = 0;                               // in Finding::around: the rows around them
-    uint32_t said = 0;  // in Finding::said: path and text of a place that is no row, from 1
+    uint32_t said = 0;         // in Finding::said: path and text of a place that is no row, from 1
+    std::size_t log_line = 0;  // of a failed call: the line of the log that was written last before it, from 1
 };
 
 struct Finding {
@@ -61,9 +62,9 @@ struct Finding {
     void add_row(const bgp_platform::store::Row* before, const bgp_platform::store::Row* after,
                  const bgp_platform::store::Trail& around_them = {});
 
-    // Adds a place that a text tells, and the rows that it tells of, if any.
-    void say(std::string path, std::string text, const bgp_platform::store::Row* before = nullptr,
-             const bgp_platform::store::Row* after = nullptr);
+    // Adds a place that a text tells, and the rows that it tells of, if any. Returns it, until the next one is added.
+    Place& say(std::string path, std::string text, const bgp_platform::store::Row* before = nullptr,
+               const bgp_platform::store::Row* after = nullptr);
 
     // Who made the place added last: where places have different steps, the finding has none.
     void made_by(const char* the_step);

@@ -111,7 +111,7 @@ private:
         Finding& finding =
             groups_[{path->node, same || !used_.is_used(*row) ? Severity::Note : Severity::Review, there != nullptr}];
         finding.step = call.step;
-        finding.say(std::string(call.path), words(*row, there, same), stored, row);
+        finding.say(std::string(call.path), words(*row, there, same), stored, row).log_line = call.log_line;
     }
 
     const Row* row_in_its_place(const Row& row, const List& list) const

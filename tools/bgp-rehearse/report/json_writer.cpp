@@ -28,6 +28,11 @@ void append_json(std::string_view text, std::string* json)
     }
 }
 
+JsonWriter::JsonWriter(int file)
+    : sink_([file](std::string_view text) { return write_all(file, text.data(), text.size()); })
+{
+}
+
 JsonWriter& JsonWriter::begin(char bracket, Layout layout)
 {
     separate();
@@ -115,7 +120,7 @@ void JsonWriter::separate()
     }
     Level& level = levels_.back();
     if (!level.empty) {
-        out_ += level.layout == Lines ? "," : ", ";
+        out_ += level.layout == Inline ? ", " : ",";
     }
     level.empty = false;
     if (level.layout == Lines) {
@@ -132,7 +137,7 @@ void JsonWriter::new_line()
 
 void JsonWriter::write()
 {
-    if (error_ == 0 && !write_all(file_, out_.data(), out_.size())) {
+    if (error_ == 0 && !sink_(out_)) {
         error_ = errno;
     }
     out_.clear();

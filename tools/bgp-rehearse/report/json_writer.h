@@ -10,17 +10,23 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace bgp_rehearse {
 
 class JsonWriter {
 public:
-    explicit JsonWriter(int file) : file_(file) {}
+    // Takes what is written piece by piece; false, with errno set, when it could not be.
+    using Sink = std::function<bool(std::string_view)>;
 
-    enum Layout { Inline, Lines };  // whether each member or element has a line of its own
+    explicit JsonWriter(int file);
+    explicit JsonWriter(Sink sink) : sink_(std::move(sink)) {}
+
+    enum Layout { Inline, Lines, Dense };  // Lines: each member or element has one of its own; Dense: without blanks
 
     JsonWriter& begin(char bracket, Layout layout = Inline);  // '{' or '['
     JsonWriter& end();
@@ -50,7 +56,7 @@ private:
     void write();
     JsonWriter& raw(std::string_view text);
 
-    int file_;
+    Sink sink_;
     int error_ = 0;  // of the first write that failed
     std::vector<Level> levels_;
     bool named_ = false;  // the next value follows its name

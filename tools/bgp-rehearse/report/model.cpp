@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <string_view>
@@ -67,6 +68,15 @@ std::string sentence_of(const Ended& ended)
             return "the upgrade needed " + ended.text;
         default:
             return "the upgrade ended in " + describe(ended);
+    }
+}
+
+void LogParts::add(std::size_t before, std::size_t after)
+{
+    ++lines_;
+    const std::size_t step = std::max(before, after);  // "update", which is none of them, is the first
+    if (parts_.empty() || parts_.back().step != step) {
+        parts_.push_back({lines_, step});
     }
 }
 

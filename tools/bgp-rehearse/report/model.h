@@ -81,6 +81,26 @@ struct Inputs {
     UpgradeLimits limits;
 };
 
+// Lines of the log that one step wrote, up to the next part.
+struct LogPart {
+    std::size_t first = 0;  // its first line, from 1
+    std::size_t step = 0;   // its place among the steps, from 1, as UpgradeSteps counts them
+};
+
+// Tells while the log is written which step each line is of.
+class LogParts {
+public:
+    // A line; `before` and `after` are the numbers of the step that ran when it came and of the one that it left running.
+    // The first and the last line of a step are its own.
+    void add(std::size_t before, std::size_t after);
+
+    const std::vector<LogPart>& all() const noexcept { return parts_; }
+
+private:
+    std::size_t lines_ = 0;
+    std::vector<LogPart> parts_;
+};
+
 struct Report {
     Inputs inputs;
     DeviceTimes times;
@@ -93,6 +113,7 @@ struct Report {
     std::vector<Step> steps;                  // empty when the log tells of none
     std::vector<bgp_platform::Fault> faults;  // reported without ending the upgrade
     std::vector<std::string> log;             // kept only where a report shows it
+    std::vector<LogPart> log_parts;           // likewise
     std::optional<std::string> check;         // --commit-check: what is not valid, "" when all is
     std::optional<Subtree> listed;            // whose changes the text lists
     bool show_log = false;                    // in the text

@@ -32,8 +32,9 @@ Report blank_report(const RunOptions& options)
     Report report;
     Inputs& inputs = report.inputs;
     inputs.configuration = bgp_platform::xml::shown_name(options.configuration);
-    inputs.configuration_sha256 =
-        options.json.empty() && options.junit.empty() ? std::string() : sha256_of_file(options.configuration);
+    inputs.configuration_sha256 = options.json.empty() && options.junit.empty() && options.html.empty()
+                                      ? std::string()
+                                      : sha256_of_file(options.configuration);
     inputs.library = options.library;
     inputs.fail_on = name_of(options.fail_on);
     inputs.severities = options.severities;

@@ -61,6 +61,17 @@ std::string junit_target(const RunOptions& options, const std::string& library)
     return target;
 }
 
+std::string html_target(const RunOptions& options, const std::string& library)
+{
+    refuse_printed("--html", options.html);
+    std::string target = check_target("--html", options.html, options.configuration, library);
+    refuse_same_target("--html", target, "the output file", options.output);
+    refuse_same_target("--html", target, "the log file", options.log_in_file() ? options.log : std::string());
+    refuse_same_target("--html", target, "the file of --json", options.json_in_file() ? options.json : std::string());
+    refuse_same_target("--html", target, "the file of --junit", options.junit);
+    return target;
+}
+
 RunTargets check_targets(const RunOptions& options, const std::string& library)
 {
     refuse_printed("-o", options.output);
@@ -79,6 +90,7 @@ RunTargets check_targets(const RunOptions& options, const std::string& library)
     refuse_same_target("--junit", targets.junit, "the output file", targets.output);
     refuse_same_target("--junit", targets.junit, "the log file", targets.log);
     refuse_same_target("--junit", targets.junit, "the file of --json", targets.json);
+    targets.html = html_target(options, library);
     return targets;
 }
 
@@ -88,6 +100,7 @@ RunFiles::RunFiles(const RunTargets& targets)
     open_file("--log", targets.log, targets.readers, &log);
     open_file("--json", targets.json, targets.readers, &json);
     open_file("--junit", targets.junit, targets.readers, &junit);
+    open_file("--html", targets.html, targets.readers, &html);
 }
 
 void put_in_place(std::optional<OutputFile>& file)

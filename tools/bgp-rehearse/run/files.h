@@ -15,15 +15,17 @@ struct RunTargets {
     std::string log;
     std::string json;
     std::string junit;
+    std::string html;
     Readers readers;  // whom the configuration is for
 };
 
 // Throws CommandError where one cannot be replaced, or would replace what is read or another one.
 RunTargets check_targets(const RunOptions& options, const std::string& library);
 
-// The file for the JSON or the JUnit document alone; likewise.
+// The file for the JSON document, the JUnit document or the page alone; likewise.
 std::string json_target(const RunOptions& options, const std::string& library);
 std::string junit_target(const RunOptions& options, const std::string& library);
+std::string html_target(const RunOptions& options, const std::string& library);
 
 // The files themselves, where they are wanted. Those that are not put in place leave nothing behind.
 struct RunFiles {
@@ -35,6 +37,7 @@ struct RunFiles {
     std::optional<OutputFile> log;
     std::optional<OutputFile> json;
     std::optional<OutputFile> junit;
+    std::optional<OutputFile> html;
 };
 
 // Does nothing where no file is wanted.

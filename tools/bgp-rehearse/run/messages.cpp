@@ -65,7 +65,7 @@ void take_message(const std::string& kind, const Json& content, Told* told)
     } else if (kind == "refused") {
         told->refused = content.get<std::string>();
     } else if (kind == "log") {
-        told->log.push_back(content.get<std::string>());
+        told->take_log_line(content.get<std::string>());
     } else if (kind == "log_failed") {
         told->log_error = content.get<std::string>();
     } else if (kind == "step_line") {
@@ -125,6 +125,14 @@ void Teller::finished(const Finished& finished) const
           {"invalid", finished.invalid},
           {"write_error", finished.write_error},
           {"report_error", finished.report_error}});
+}
+
+// The line of a step's border was told as such just before.
+void Told::take_log_line(std::string line)
+{
+    log.push_back(std::move(line));
+    log_parts.add(step_of_line_, steps.current_number());
+    step_of_line_ = steps.current_number();
 }
 
 void Told::take(std::string_view line)

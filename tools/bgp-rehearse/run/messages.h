@@ -10,6 +10,7 @@
 
 #include "device.h"
 #include "judge/upgrade_steps.h"
+#include "report/model.h"
 
 namespace bgp_rehearse {
 
@@ -54,6 +55,7 @@ struct Told {
     std::string library;
     std::optional<std::string> refused;
     std::vector<std::string> log;
+    LogParts log_parts;
     std::string log_error;
     CallTotals calls_at_step_line;
     UpgradeSteps steps;
@@ -63,6 +65,11 @@ struct Told {
     std::optional<Finished> finished;
 
     void take(std::string_view line);  // a line that is no message is passed over
+
+    void take_log_line(std::string line);
+
+private:
+    std::size_t step_of_line_ = 1;  // that ran when the log's last line had been written
 };
 
 }  // namespace bgp_rehearse

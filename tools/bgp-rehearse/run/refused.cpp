@@ -10,6 +10,7 @@
 #include "base/exit_status.h"
 #include "base/output_file.h"
 #include "base/text_escape.h"
+#include "report/html/page.h"
 #include "report/json.h"
 #include "report/junit.h"
 #include "run/files.h"
@@ -49,6 +50,12 @@ void tell_in_junit(const RunOptions& options, const Report& report, const Ending
                  ending);
 }
 
+void tell_in_page(const RunOptions& options, const Report& report, const Ending& ending)
+{
+    tell_in_file("--html", html_target(options, report.inputs.library), options.html, write_html_report, report,
+                 ending);
+}
+
 // A file that is refused may be the very reason, and was told then.
 template <typename Tell>
 void tell(const RunOptions& options, const Report& report, Tell tell_it, Ending* ending)
@@ -71,6 +78,9 @@ Ending tell_refused(const RunOptions& options, const Report& report, Ending endi
     }
     if (!options.json.empty()) {
         tell(options, report, tell_in_json, &ending);
+    }
+    if (!options.html.empty()) {
+        tell(options, report, tell_in_page, &ending);
     }
     return ending;
 }

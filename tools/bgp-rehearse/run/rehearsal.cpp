@@ -16,6 +16,7 @@
 #include "base/progress.h"
 #include "base/text_escape.h"
 #include "judge/stored_condition.h"
+#include "report/html/page.h"
 #include "report/json.h"
 #include "report/junit.h"
 #include "report/text.h"
@@ -35,17 +36,19 @@ using bgp_platform::Device;
 // Each line goes out with a write of its own, so that the log is complete up to the moment the upgrade ends, whichever
 // way it does.
 void follow_log(const RunOptions& options, Device& device, int log, const Teller& teller, const Watch& watch,
-                UpgradeSteps& steps)
+                UpgradeSteps& steps, LogParts* parts)
 {
-    const bool tell = options.log_in_report() || options.log_in_json();
+    const bool tell = options.keeps_log();
     device.keep_reports(tell);  // the log of a large configuration takes as much memory as its rows
-    device.log_sink = [&, tell, teller, log, failed = false](std::string_view line) mutable {
+    device.log_sink = [&, tell, teller, log, parts, failed = false](std::string_view line) mutable {
         watch.take_line(line);
+        const std::size_t step = steps.current_number();
         if (steps.take(line)) {
             device.history()->set_writer(static_cast<bgp_platform::store::Writer>(steps.current_number()));
             teller.step_line(line, totals_of(device.calls()));
         }
         if (tell) {
+            parts->add(step, steps.current_number());
             teller.log_line(line);
         }
         if (log < 0 || failed) {
@@ -153,6 +156,9 @@ std::string write_reports(const RunOptions& options, const Report& report, const
     if (files.junit >= 0 && !write_junit_report(report, ending, files.junit)) {
         return fmt::format("{} could not be written: {}", escaped(options.junit), std::strerror(errno));
     }
+    if (files.html >= 0 && !write_html_report(report, ending, files.html)) {
+        return fmt::format("{} could not be written: {}", escaped(options.html), std::strerror(errno));
+    }
     return {};
 }
 
@@ -173,7 +179,8 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     teller.library(report.inputs.library);
     device.keep_history(true);
     UpgradeSteps steps([&device] { return totals_of(device.calls()); }, conditions_on(device));
-    follow_log(options, device, files.log, teller, watch, steps);
+    LogParts log_parts;
+    follow_log(options, device, files.log, teller, watch, steps, &log_parts);
     device.fault_sink = [&](const bgp_platform::Fault& fault) { teller.fault(fault); };
     watch.start(device);
 
@@ -183,7 +190,7 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
             MemoryLimit::reached();
         }
         failed_calls.add(steps.current(), failure.function, failure.error, failure.path, failure.message,
-                         failure.number);
+                         failure.number, device.log().size());
     };
 
     const std::optional<int> result = run_update(*upgrade_library, device, teller, options.limits, watch);
@@ -193,6 +200,7 @@ int rehearse(const RunOptions& options, const std::string& library, Device& devi
     teller.returned();
     steps.returned();
     report.steps = steps.all();
+    report.log_parts = log_parts.all();
     Finished finished;
     try {
         report = complete_report(options, *upgrade_library, device, *result, failed_calls, watch, std::move(report));

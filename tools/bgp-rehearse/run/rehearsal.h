@@ -19,6 +19,7 @@ struct RehearsalFiles {
     int log = -1;
     int json = -1;
     int junit = -1;
+    int html = -1;
 };
 
 // Runs the upgrade in this process, which a fault in the library then ends. `report` comes with what is known before

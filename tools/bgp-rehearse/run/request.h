@@ -38,6 +38,7 @@ struct RunOptions {
     std::string log;            // where the upgrade log goes; "-": into the report; empty: nowhere
     std::string json;           // where the JSON report goes; "-": to standard output; empty: nowhere
     std::string junit;          // where the JUnit report goes; empty: nowhere
+    std::string html;           // where the page goes; empty: nowhere
     std::string changes;        // the subtree whose changes are listed, as a keypath; "/": all; empty: none
     std::string facts;          // the file that knows the device; empty: none
     std::string device_name;    // in that file; empty: the configuration's file name tells it
@@ -54,6 +55,7 @@ struct RunOptions {
 
     bool log_in_report() const noexcept { return log == "-"; }
     bool log_in_file() const noexcept { return !log.empty() && !log_in_report(); }
+    bool keeps_log() const noexcept { return log_in_report() || log_in_json() || !html.empty(); }
     bool log_in_json() const noexcept { return json_log && !json.empty(); }
     bool json_printed() const noexcept { return json == "-"; }
     bool json_in_file() const noexcept { return !json.empty() && !json_printed(); }

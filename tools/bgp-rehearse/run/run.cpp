@@ -21,6 +21,7 @@
 #include "judge/judgement.h"
 #include "judge/stored_condition.h"
 #include "judge/words.h"
+#include "report/html/page.h"
 #include "report/json.h"
 #include "report/json_ending.h"
 #include "report/junit.h"
@@ -113,6 +114,7 @@ private:
     Ending give_reports(const Ending& written, Ending ending, RunFiles& files) const;
     void give_document(const Ending& written, const Ending& ending, int file) const;
     void give_junit(const Ending& written, const Ending& ending, OutputFile& file) const;
+    void give_page(const Ending& written, const Ending& ending, int file) const;
 
     const RunOptions& options_;
     Report& report_;  // what is known before the upgrade runs
@@ -159,8 +161,12 @@ bool Run::may_go_on() const
 ChildEnd Run::rehearse(const InterruptGuard& interrupts, const RunFiles& files)
 {
     report_file_ = open_report_file(options_);
-    const RehearsalFiles open{report_file_, RunFiles::descriptor(files.output), RunFiles::descriptor(files.log),
-                              RunFiles::descriptor(files.json), RunFiles::descriptor(files.junit)};
+    const RehearsalFiles open{report_file_,
+                              RunFiles::descriptor(files.output),
+                              RunFiles::descriptor(files.log),
+                              RunFiles::descriptor(files.json),
+                              RunFiles::descriptor(files.junit),
+                              RunFiles::descriptor(files.html)};
     const Look look = look_of(options_);
     ProgressLine progress;
     began_ = std::chrono::steady_clock::now();
@@ -194,6 +200,7 @@ void Run::write_ended_report(const Ended& ended, const Ending& ending, const Run
     report.ended = ended;
     report.judgement = judge_ended(ended, chosen_severities(options_.severities));
     report.log = told_.log;
+    report.log_parts = told_.log_parts.all();
     report.steps = told_.steps.all();
     if (ftruncate(report_file_, 0) != 0 || lseek(report_file_, 0, SEEK_SET) != 0 ||
         !(options_.json_printed() ? write_json_report(report, ending, report_file_)
@@ -206,6 +213,9 @@ void Run::write_ended_report(const Ended& ended, const Ending& ending, const Run
     if (files.junit && !write_junit_report(report, ending, files.junit->descriptor())) {
         throw CommandError(ExitStatus::NotWritten,
                            fmt::format("{}: {}", escaped(options_.junit), std::strerror(errno)));
+    }
+    if (files.html && !write_html_report(report, ending, files.html->descriptor())) {
+        throw CommandError(ExitStatus::NotWritten, fmt::format("{}: {}", escaped(options_.html), std::strerror(errno)));
     }
 }
 
@@ -279,6 +289,13 @@ void Run::give_junit(const Ending& written, const Ending& ending, OutputFile& fi
     file.put_in_place();
 }
 
+void Run::give_page(const Ending& written, const Ending& ending, int file) const
+{
+    if (!(written == ending) && !replace_page_ending(ending, file)) {
+        throw CommandError(ExitStatus::NotWritten, fmt::format("the page: {}", std::strerror(errno)));
+    }
+}
+
 // The documents of files come last: they tell how the command ends.
 Ending Run::give_reports(const Ending& written, Ending ending, RunFiles& files) const
 {
@@ -306,6 +323,14 @@ Ending Run::give_reports(const Ending& written, Ending ending, RunFiles& files) 
         if (files.json) {
             give_document(written, ending, files.json->descriptor());
             put_in_place(files.json);
+        }
+    } catch (const CommandError& error) {
+        also(error);
+    }
+    try {
+        if (files.html) {
+            give_page(written, ending, files.html->descriptor());
+            put_in_place(files.html);
         }
     } catch (const CommandError& error) {
         also(error);
