@@ -8,8 +8,9 @@ build_packages=(
     libgtest-dev libgmock-dev librapidcheck-dev
 )
 
-# What the tests run; make for the builds against a device SDK, which take CMake's default generator.
-test_packages=(make binutils libyang2-tools python3 python3-jsonschema python3-junitparser)
+# What the tests run; make for the builds against a device SDK, which take CMake's default generator, git for fleets of
+# repositories.
+test_packages=(make binutils git libyang2-tools python3 python3-jsonschema python3-junitparser)
 
 # What ./check --all needs besides.
 all_packages=(clang-14 libclang-rt-14-dev clang-tidy-14 cppcheck abigail-tools valgrind)

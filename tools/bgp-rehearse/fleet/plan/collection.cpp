@@ -21,8 +21,9 @@ bool ends_with(std::string_view text, std::string_view end)
     return text.size() > end.size() && text.substr(text.size() - end.size()) == end;
 }
 
-bool is_named_as_xml(std::string_view name)
+bool is_named_as_xml(std::string_view path)
 {
+    std::string_view name = path.substr(path.find_last_of('/') + 1);
     for (const std::string_view packer : {".gz", ".xz", ".zst", ".bz2", ".lz4", ".lz", ".lzma", ".Z"}) {
         if (ends_with(name, packer)) {
             name.remove_suffix(packer.size());

@@ -46,18 +46,35 @@ public:
         for (std::size_t shard = 0; shard < shards_; ++shard) {
             loads.emplace(0, shard);
         }
-        std::vector<std::vector<uint32_t>> all(shards_);
+        std::vector<std::vector<Unit>> taken(shards_);
         for (const Unit& unit : units_) {
             auto [seconds, shard] = loads.top();
             loads.pop();
-            const auto first = order_.begin() + static_cast<std::ptrdiff_t>(unit.first);
-            all[shard].insert(all[shard].end(), first, first + static_cast<std::ptrdiff_t>(unit.inputs));
+            taken[shard].push_back(unit);
             loads.emplace(seconds + unit.seconds, shard);
+        }
+        std::vector<std::vector<uint32_t>> all;
+        for (std::vector<Unit>& units : taken) {
+            all.push_back(inputs_of(&units));
         }
         return all;
     }
 
 private:
+    // What is packed comes first, in its order.
+    std::vector<uint32_t> inputs_of(std::vector<Unit>* units) const
+    {
+        const auto others = std::stable_partition(
+            units->begin(), units->end(), [this](const Unit& unit) { return in_packed_archive(order_[unit.first]); });
+        std::sort(units->begin(), others, [](const Unit& one, const Unit& other) { return one.first < other.first; });
+        std::vector<uint32_t> inputs;
+        for (const Unit& unit : *units) {
+            const auto first = order_.begin() + static_cast<std::ptrdiff_t>(unit.first);
+            inputs.insert(inputs.end(), first, first + static_cast<std::ptrdiff_t>(unit.inputs));
+        }
+        return inputs;
+    }
+
     bool in_packed_archive(uint32_t input) const { return found_.places[found_.inputs[input].place].packed; }
 
     // The members of compressed archives in the archives' order, then all others.
