@@ -233,8 +233,9 @@ TEST_F(PlanFile, BadOptions_MakeNoPlan)
     };
     EXPECT_THAT(refusal({"--severity", "row-lost=bad"}), HasSubstr("\"bad\" is none of note, review, stop"));
     EXPECT_THAT(refusal({"--severity", "nothing=note"}), HasSubstr("no finding has the id \"nothing\""));
-    EXPECT_THAT(refusal({"--memory-limit", "12X"}), HasSubstr("\"12X\" is not a size, such as 512M or 2G"));
-    EXPECT_THAT(refusal({"--max-bytes", "99999999999T"}), HasSubstr("is not a size"));
+    EXPECT_THAT(refusal({"--memory-limit", "12X"}), HasSubstr("\"12X\" is not a size"));
+    EXPECT_THAT(refusal({"--max-bytes", "-1"}), HasSubstr("\"-1\" is not a size"));
+    EXPECT_THAT(refusal({"--time-limit", "soon"}), HasSubstr("\"soon\" is not a time"));
     EXPECT_THAT(refusal({"--shards", "0"}), HasSubstr("\"0\" is not a number from 1"));
     EXPECT_THAT(refusal({"--library", in_ / "gone.so"}), HasSubstr("gone.so: No such file"));
     EXPECT_THAT(refusal({"--facts", in_ / "gone"}), HasSubstr("gone: No such file"));

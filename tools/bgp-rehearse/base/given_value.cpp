@@ -5,9 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
 #include <stdexcept>
-#include <string_view>
 
 #include "base/nearest.h"
 
@@ -32,21 +30,6 @@ Duration given_duration(const std::string& text)
             fmt::format("\"{}\" is not a duration from 0s to 60s, such as 100us or 2.5ms", text));
     }
     return *duration;
-}
-
-uint64_t given_size(const std::string& text)
-{
-    constexpr std::string_view kUnits = "KMGT";
-    const std::size_t unit = text.empty() ? std::string_view::npos : kUnits.find(text.back());
-    const bool bare = unit == std::string_view::npos;
-    const unsigned int shift = bare ? 0 : 10 * (static_cast<unsigned int>(unit) + 1);
-    const std::string number = text.substr(0, text.size() - (bare ? 0 : 1));
-    const std::string_view digits = "0123456789";
-    if (number.empty() || number.size() > 15 || number.find_first_not_of(digits) != std::string::npos ||
-        std::stoull(number) > std::numeric_limits<uint64_t>::max() >> shift) {
-        throw std::invalid_argument(fmt::format("\"{}\" is not a size, such as 512M or 2G", text));
-    }
-    return uint64_t{std::stoull(number)} << shift;
 }
 
 std::size_t given_word(const std::string& text, const std::vector<std::string>& words)

@@ -15,7 +15,6 @@ namespace bgp_rehearse {
 
 uint64_t given_number(const std::string& text, uint64_t least, uint64_t most);
 Duration given_duration(const std::string& text);
-uint64_t given_size(const std::string& text);  // in bytes: "1048576", "1024K", "1M"
 std::size_t given_word(const std::string& text, const std::vector<std::string>& words);  // its place among them
 
 // IPv4 addresses, at least one, between any one of the separators.

@@ -2,11 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <limits>
 #include <memory>
 #include <string>
 
 #include "base/given_value.h"
 #include "base/option_kinds.h"
+#include "base/upgrade_limits.h"
 #include "fleet/plan/make_plan.h"
 #include "run/shared_options.h"
 
@@ -23,6 +25,7 @@ constexpr char kStatuses[] =
     "  70 the command found itself wrong";
 
 constexpr std::size_t kMostShards = 1'000'000;
+constexpr uint64_t kNoLimit = std::numeric_limits<uint64_t>::max();
 
 // A verb that is still to come: whatever it is given, it says so.
 void add_unbuilt(CLI::App* fleet, const std::string& name, const std::string& what, FleetAction* action)
@@ -49,12 +52,12 @@ void add_planning(CLI::App* verb, PlanOptions* options)
         ->option_text("FILE");
     add_severities(verb, &options->options.severities);
     FleetOptions* const all = &options->options;
-    add_value(verb, "--time-limit", "DURATION", "What a rehearsal may take (default: 60s)",
-              [all](const std::string& text) { all->time_limit = given_duration(text); });
-    add_value(verb, "--memory-limit", "SIZE", "The memory that a rehearsal may take, such as 512M (default: no limit)",
-              [all](const std::string& text) { all->memory_limit = given_size(text); });
-    add_value(verb, "--max-bytes", "SIZE", "The most bytes of a backup, packed or not (default: 1G)",
-              [all](const std::string& text) { all->max_bytes = given_size(text); });
+    add_value(verb, "--time-limit", "TIME", "The longest that a rehearsal may take: 90s, 10m, none (default: 60s)",
+              [all](const std::string& text) { all->time_limit = given_time_limit(text).value_or(Duration{}); });
+    add_value(verb, "--memory-limit", "SIZE", "The most that a rehearsal may need: 512M, 2G, none (default: none)",
+              [all](const std::string& text) { all->memory_limit = given_memory_limit(text).value_or(0); });
+    add_value(verb, "--max-bytes", "SIZE", "The most that a backup may have, packed or not: 512M, 2G (default: 1G)",
+              [all](const std::string& text) { all->max_bytes = given_memory_limit(text).value_or(kNoLimit); });
     verb->add_flag("--all-names", options->all_names,
                    "Take files of any name (default: those whose name ends in .xml, .xml.gz and the like)");
 }

@@ -53,7 +53,7 @@ struct FleetOptions {
 
     DeviceOptions device;                                         // of each, where its facts do not say better
     std::vector<std::pair<std::string, std::string>> severities;  // of findings: id and level, a later one counts
-    Duration time_limit = std::chrono::seconds(60);               // of one rehearsal
+    Duration time_limit = std::chrono::seconds(60);               // of one rehearsal; 0: none
     uint64_t memory_limit = 0;                                    // bytes, of one rehearsal; 0: none
     uint64_t max_bytes = 1 << 30;                                 // of one input, unpacked
 };
