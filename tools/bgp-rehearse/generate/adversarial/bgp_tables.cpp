@@ -1,5 +1,6 @@
 // The BGP tables of the routing stack: entities with what belongs to them, neighbours, route maps.
 #include "generate/adversarial/tables.h"
+#include "generate/mib_rows.h"
 
 namespace bgp_generator {
 
@@ -174,23 +175,11 @@ void write_listens(const Shape& shape, XmlRows* rows)
     rows->close("bgpNmListenTable");
 }
 
-void write_neighbor_key(const Neighbor& neighbor, XmlRows* rows)
-{
-    rows->leaf("bgpRmEntIndex", neighbor.owner);
-    rows->leaf("bgpPeerLocalAddrType", neighbor.local_type());
-    rows->leaf("bgpPeerLocalAddr", neighbor.local_octets());
-    rows->leaf("bgpPeerLocalPort", 0);
-    rows->leaf("bgpPeerRemoteAddrType", neighbor.remote_type());
-    rows->leaf("bgpPeerRemoteAddr", neighbor.remote_octets());
-    rows->leaf("bgpPeerRemotePort", 0);
-    rows->leaf("bgpPeerLocalAddrScopeId", 0);
-}
-
 void write_neighbor(const Shape& shape, const Neighbor& neighbor, XmlRows* rows)
 {
     Draw draw = shape.draw(Subject::Neighbor, neighbor.ordinal);
     rows->begin("bgpPeerEntry");
-    write_neighbor_key(neighbor, rows);
+    write_neighbor_key(neighbor.owner, neighbor, rows);
     if (!draw.one_in(8)) {
         rows->leaf("bgpPeerLocalNm", neighbor.owner);
     }
@@ -230,7 +219,7 @@ void write_neighbor_families(const Shape& shape, const Neighbor& neighbor, XmlRo
     for (const Family& family : kFamilies) {
         if ((set & bit) != 0) {
             rows->begin("bgpPeerAfiSafiEntry");
-            write_neighbor_key(neighbor, rows);
+            write_neighbor_key(neighbor.owner, neighbor, rows);
             rows->leaf("bgpPeerAfiSafiAfi", family.afi);
             rows->leaf("bgpPeerAfiSafiSafi", family.safi);
             const char* disabled = draw.one_of(kDisabled);
@@ -267,7 +256,7 @@ void write_neighbors(const Shape& shape, XmlRows* rows)
     shape.for_each_neighbor([&](const Neighbor& neighbor) {
         if (shape.draw(Subject::NeighborHidden, neighbor.ordinal).one_in(2)) {
             rows->begin("bgpPeerStatusEntry");
-            write_neighbor_key(neighbor, rows);
+            write_neighbor_key(neighbor.owner, neighbor, rows);
             rows->end("bgpPeerStatusEntry");
         }
         return rows->good();

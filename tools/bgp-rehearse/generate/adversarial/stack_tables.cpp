@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "generate/adversarial/tables.h"
+#include "generate/mib_rows.h"
 
 namespace bgp_generator {
 
@@ -9,40 +10,19 @@ namespace {
 
 constexpr uint32_t kComponentStep = 65536;
 
-void write_rtm_entity(uint32_t index, bool ipv6, XmlRows* rows)
-{
-    rows->begin("rtmEntityEntry");
-    rows->leaf("rtmEntityFteIndex", index);
-    rows->leaf("rtmEntityAddressFamily", ipv6 ? "ipv6" : "ipv4");
-    rows->leaf("rtmEntityI3Index", 1);
-    rows->leaf("rtmEntityAdminStat", "up");
-    rows->end("rtmEntityEntry");
-}
-
 void write_rtm_entities(const Shape& shape, XmlRows* rows)
 {
     rows->open("rtmEntityTable");
-    write_rtm_entity(1, false, rows);
+    write_rtm_entity(1, "ipv4", rows);
     if (shape.draw(Subject::Joins).one_in(2)) {
-        write_rtm_entity(2, true, rows);
+        write_rtm_entity(2, "ipv6", rows);
     }
     shape.for_each_vrf([&](const Vrf& vrf) {
         if (vrf.mapped && shape.draw(Subject::Joins, uint64_t{vrf.index} << 40).one_in(2)) {
-            write_rtm_entity(1 + kComponentStep * vrf.index, false, rows);
+            write_rtm_entity(1 + kComponentStep * vrf.index, "ipv4", rows);
         }
     });
     rows->close("rtmEntityTable");
-}
-
-void write_rtm_join(uint32_t rtm_index, uint32_t slave, const char* type, XmlRows* rows)
-{
-    rows->begin("rtmMjEntry");
-    rows->leaf("rtmMjRtmFteIndex", rtm_index);
-    rows->leaf("rtmMjSlaveFteId", slave);
-    rows->leaf("rtmMjSlaveType", type);
-    rows->leaf("rtmMjSafi", "unicast");
-    rows->leaf("rtmMjAdminStatus", "up");
-    rows->end("rtmMjEntry");
 }
 
 void write_rtm_joins(const Shape& shape, XmlRows* rows)

@@ -1,22 +1,11 @@
 // The neighbours with their address families and status rows.
 #include "generate/healthy/neighbor.h"
 #include "generate/healthy/tables.h"
+#include "generate/mib_rows.h"
 
 namespace bgp_generator::healthy {
 
 namespace {
-
-void write_key(const Neighbor& neighbor, XmlRows* rows)
-{
-    rows->leaf("bgpRmEntIndex", neighbor.entity);
-    rows->leaf("bgpPeerLocalAddrType", neighbor.local_type());
-    rows->leaf("bgpPeerLocalAddr", neighbor.local_octets());
-    rows->leaf("bgpPeerLocalPort", 0);
-    rows->leaf("bgpPeerRemoteAddrType", neighbor.remote_type());
-    rows->leaf("bgpPeerRemoteAddr", neighbor.remote_octets());
-    rows->leaf("bgpPeerRemotePort", 0);
-    rows->leaf("bgpPeerLocalAddrScopeId", 0);
-}
 
 // An upgrade gives all neighbours one limit, at which they are warned of.
 void write_limit(const Router& router, const NeighborGroup& group, Draw& draw, XmlRows* rows)
@@ -35,7 +24,7 @@ void write_neighbor(const Router& router, const Neighbor& neighbor, XmlRows* row
     const NeighborGroup& group = *neighbor.group;
     Draw draw = router.draw(Subject::Neighbor, neighbor.number);
     rows->begin("bgpPeerEntry");
-    write_key(neighbor, rows);
+    write_neighbor_key(neighbor.entity, neighbor, rows);
     rows->leaf("bgpPeerLocalNm", router.entity);
     write_limit(router, group, draw, rows);
     rows->leaf("bgpPeerRemoteAs", group.internal ? router.as : group.as + neighbor.number % group.as_numbers);
@@ -52,7 +41,7 @@ void write_families(const Router& router, const Neighbor& neighbor, XmlRows* row
 {
     for (const NeighborFamily& family : families(router, neighbor)) {
         rows->begin("bgpPeerAfiSafiEntry");
-        write_key(neighbor, rows);
+        write_neighbor_key(neighbor.entity, neighbor, rows);
         rows->leaf("bgpPeerAfiSafiAfi", family.afi);
         rows->leaf("bgpPeerAfiSafiSafi", family.safi);
         rows->leaf("bgpPeerAfiSafiDisable", family.on ? "false" : "true");
@@ -88,7 +77,7 @@ void write_neighbor_tables(const Router& router, XmlRows* rows)
                 [&](const Neighbor& neighbor) { write_families(router, neighbor, rows); });
     write_table("bgpPeerStatusTable", router, rows, [&](const Neighbor& neighbor) {
         rows->begin("bgpPeerStatusEntry");
-        write_key(neighbor, rows);
+        write_neighbor_key(neighbor.entity, neighbor, rows);
         rows->end("bgpPeerStatusEntry");
     });
 }

@@ -3,20 +3,11 @@
 #include "generate/healthy/redistribution.h"
 #include "generate/healthy/tables.h"
 #include "generate/healthy/vrf.h"
+#include "generate/mib_rows.h"
 
 namespace bgp_generator::healthy {
 
 namespace {
-
-void write_rtm_entity(uint32_t index, const char* family, XmlRows* rows)
-{
-    rows->begin("rtmEntityEntry");
-    rows->leaf("rtmEntityFteIndex", index);
-    rows->leaf("rtmEntityAddressFamily", family);
-    rows->leaf("rtmEntityI3Index", 1);
-    rows->leaf("rtmEntityAdminStat", "up");
-    rows->end("rtmEntityEntry");
-}
 
 void write_rtm_entities(const Router& router, XmlRows* rows)
 {
@@ -30,24 +21,13 @@ void write_rtm_entities(const Router& router, XmlRows* rows)
     rows->close("rtmEntityTable");
 }
 
-void write_join(uint32_t rtm_index, uint32_t partner, const char* type, XmlRows* rows)
-{
-    rows->begin("rtmMjEntry");
-    rows->leaf("rtmMjRtmFteIndex", rtm_index);
-    rows->leaf("rtmMjSlaveFteId", partner);
-    rows->leaf("rtmMjSlaveType", type);
-    rows->leaf("rtmMjSafi", "unicast");
-    rows->leaf("rtmMjAdminStatus", "up");
-    rows->end("rtmMjEntry");
-}
-
 void write_joins(const Router& router, XmlRows* rows)
 {
     rows->open("rtmMjTable");
     for (const uint32_t rtm_index : {1U, 2U}) {
-        write_join(rtm_index, rtm_index, "ariPrtnrRtm", rows);
+        write_rtm_join(rtm_index, rtm_index, "ariPrtnrRtm", rows);
         if (rtm_index == 1 || router.ipv6) {
-            write_join(rtm_index, router.entity, "ariPrtnrBgp", rows);
+            write_rtm_join(rtm_index, router.entity, "ariPrtnrBgp", rows);
         }
     }
     rows->close("rtmMjTable");
