@@ -8,7 +8,7 @@
 #include <sstream>
 
 #include "confd_maapi.h"
-#include "generate/configuration.h"
+#include "support/drawn_configuration.h"
 #include "support/judged_upgrade.h"
 
 namespace bgp_test {
@@ -41,18 +41,6 @@ RowCounts rows_of_list(const Account& account, const std::string& path)
     return {};
 }
 
-std::string adversarial(uint64_t seed)
-{
-    bgp_generator::Settings settings;
-    settings.seed = seed;
-    settings.entities = seed % 10 < 8 ? 1 : static_cast<uint32_t>(seed % 4);
-    settings.neighbors = static_cast<uint32_t>(seed * 7 % 33);
-    settings.vrfs = static_cast<uint32_t>(seed % 3 == 0 ? seed % 5 : 0);
-    settings.prefix_rules = static_cast<uint32_t>(seed * 11 % 70);
-    settings.route_maps = static_cast<uint32_t>(seed * 5 % 24);
-    return bgp_generator::configuration_text(settings);
-}
-
 // judged() throws where the sums do not close; here they are added up once more, and held against what the store counts.
 void expect_closed(JudgedUpgrade& upgrade)
 {
@@ -74,7 +62,7 @@ TEST(AccountProperty, AdversarialConfigurations_Close)
 {
     for (uint64_t seed = 0; seed < 500 && !testing::Test::HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
-        JudgedUpgrade upgrade(adversarial(seed));
+        JudgedUpgrade upgrade(adversarial_of_any_entities(seed));
         upgrade.run();
         expect_closed(upgrade);
     }
@@ -84,9 +72,7 @@ TEST(AccountProperty, HealthyConfigurations_Close)
 {
     for (uint64_t seed = 0; seed < 500 && !testing::Test::HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
-        bgp_generator::healthy::Request request;
-        request.seed = seed;
-        JudgedUpgrade upgrade(bgp_generator::configuration_text(request));
+        JudgedUpgrade upgrade(healthy(seed));
         upgrade.run();
         expect_closed(upgrade);
     }

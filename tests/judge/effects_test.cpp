@@ -5,8 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "confd_maapi.h"
-#include "generate/configuration.h"
-#include "judge/words.h"
+#include "support/drawn_configuration.h"
 #include "support/judged_upgrade.h"
 #include "support/stored_rows.h"
 #include "support/update_fixture.h"
@@ -77,13 +76,8 @@ protected:
             if (finding.id == FindingId::ReferenceBroken || finding.id == FindingId::StandInDoubt) {
                 continue;
             }
-            std::string text =
-                std::string(name_of(finding.severity)) + " " + name_of(finding.id) + ": " + finding.sentence + " [";
-            for (const bgp_rehearse::Place& place : finding.places) {
-                text += (text.back() == '[' ? "" : ", ") + words_of(finding, place);
-            }
-            EXPECT_EQ(finding.count, finding.places.size());
-            texts.push_back(text + "]");
+            texts.push_back(std::string(name_of(finding.severity)) + " " + name_of(finding.id) + ": " +
+                            with_places(finding));
         }
         return texts;
     }
@@ -250,9 +244,7 @@ TEST_F(Effects, RowThatIsNew_IsNoEffect)
 
 TEST_F(Effects, OfAHealthyRouter_AreNotes)
 {
-    bgp_generator::healthy::Request request;
-    request.seed = 3;
-    upgrade_.emplace(bgp_generator::configuration_text(request));
+    upgrade_.emplace(healthy(3));
     upgrade_->run();
     const auto judgement = upgrade_->judged();
     EXPECT_FALSE(findings_of(judgement, FindingId::LimitRewritten).empty());

@@ -7,7 +7,7 @@
 #include "confd_maapi.h"
 #include "generate/configuration.h"
 #include "judge/references.h"
-#include "judge/words.h"
+#include "support/drawn_configuration.h"
 #include "support/judged_upgrade.h"
 #include "support/stored_rows.h"
 #include "support/update_fixture.h"
@@ -80,12 +80,7 @@ protected:
     {
         std::vector<std::string> texts;
         for (const Finding& finding : findings_of(upgrade_->judged(), FindingId::ReferenceBroken)) {
-            std::string text = std::string(name_of(finding.severity)) + ": " + finding.sentence + " [";
-            for (const bgp_rehearse::Place& place : finding.places) {
-                text += (text.back() == '[' ? "" : ", ") + words_of(finding, place);
-            }
-            EXPECT_EQ(finding.count, finding.places.size());
-            texts.push_back(text + "]");
+            texts.push_back(std::string(name_of(finding.severity)) + ": " + with_places(finding));
         }
         return texts;
     }
@@ -263,9 +258,7 @@ TEST_F(References, HiddenRowsOfMovedRules_AreTold)
 TEST_F(References, OfHealthyRouters_Hold)
 {
     for (uint64_t seed = 0; seed < 50; ++seed) {
-        bgp_generator::healthy::Request request;
-        request.seed = seed;
-        upgrade_.emplace(bgp_generator::configuration_text(request));
+        upgrade_.emplace(healthy(seed));
         upgrade_->run();
         EXPECT_THAT(findings(), IsEmpty()) << "seed " << seed;
     }

@@ -8,15 +8,14 @@
 #include "bgp_update/l3vpn.h"
 #include "bgp_update/router_bgp.h"
 #include "bgp_update/update.h"
-#include "generate/configuration.h"
 #include "store/list.h"
 #include "support/change_lines.h"
+#include "support/drawn_configuration.h"
 
 namespace bgp_test {
 
 namespace {
 
-using bgp_generator::Settings;
 using bgp_platform::Datastore;
 using bgp_platform::Device;
 using bgp_platform::UpgradeHandles;
@@ -48,21 +47,10 @@ Facts facts_of(const Device& device)
     });
     return facts;
 }
-Settings drawn(uint64_t seed)
-{
-    constexpr uint32_t kEntities[] = {1, 1, 1, 1, 1, 1, 1, 2, 3, 0};
-    Settings settings;
-    settings.seed = seed;
-    settings.entities = kEntities[seed % 10];
-    settings.neighbors = static_cast<uint32_t>(seed * 7 % 33);
-    settings.vrfs = static_cast<uint32_t>(seed % 3 == 0 ? seed % 5 : 0);
-    settings.prefix_rules = static_cast<uint32_t>(seed * 11 % 70);
-    settings.route_maps = static_cast<uint32_t>(seed * 5 % 24);
-    return settings;
-}
+
 }  // namespace
 
-Upgrade::Upgrade(uint64_t seed) : Upgrade(bgp_generator::configuration_text(drawn(seed)))
+Upgrade::Upgrade(uint64_t seed) : Upgrade(adversarial_of_any_entities(seed))
 {
     // A fault ends the test process: its last words tell the seed.
     device_.fault_sink = [seed](const bgp_platform::Fault& fault) {

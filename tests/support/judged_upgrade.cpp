@@ -100,6 +100,16 @@ std::vector<Finding> findings_of(const Judgement& judgement, FindingId id)
     return found;
 }
 
+std::string with_places(const Finding& finding)
+{
+    EXPECT_EQ(finding.count, finding.places.size());
+    std::string text = finding.sentence + " [";
+    for (const Place& place : finding.places) {
+        text += (text.back() == '[' ? "" : ", ") + words_of(finding, place);
+    }
+    return text + "]";
+}
+
 std::string findings_text(const Judgement& judgement, Severity from)
 {
     std::string text;

@@ -29,9 +29,9 @@ public:
     void run();  // update(), which is expected to return 0
     void by_hand(const std::function<void(const bgp_platform::UpgradeHandles&)>& calls);
 
-    int result = 0;  // that update() is said to have returned
-    std::optional<std::string> invalid;             // what --commit-check is said to have found
-    std::optional<bgp_rehearse::Again> again;       // and a second upgrade
+    int result = 0;                            // that update() is said to have returned
+    std::optional<std::string> invalid;        // what --commit-check is said to have found
+    std::optional<bgp_rehearse::Again> again;  // and a second upgrade
 
     // May be asked again after more calls.
     bgp_rehearse::Judgement judged();
@@ -49,6 +49,9 @@ private:
 
 // The findings of an id.
 std::vector<bgp_rehearse::Finding> findings_of(const bgp_rehearse::Judgement& judgement, bgp_rehearse::FindingId id);
+
+// "2 route map rows stay under index 5 [map 1, map 2]": the sentence with its places, which are all it counts.
+std::string with_places(const bgp_rehearse::Finding& finding);
 
 // "review row-left: 2 route map rows stay under index 5: their places were taken", a line for each finding from that
 // severity on.
