@@ -14,6 +14,8 @@ import xml.etree.ElementTree as ElementTree
 from collections import Counter
 from typing import Dict, Iterator, List, NamedTuple, Set, Tuple
 
+from load_format import parsed
+
 Row = Dict[str, str]
 Key = Tuple[str, ...]
 
@@ -32,31 +34,30 @@ RULE_KEYS = ("rtmRedistFteIndex", "rtmRedistEntryId")
 MAP_KEYS = ("bgpRmEntIndex", "bgpRouteMapIndex", "bgpRouteMapEntryIndex")
 
 
-def local_name(element: ElementTree.Element) -> str:
-    return element.tag.rsplit("}", 1)[-1]
-
-
 class Tables:
-    """The rows of one configuration, by their path without namespaces."""
+    """The rows of one configuration, by their path."""
 
     def __init__(self, root: ElementTree.Element) -> None:
         self._elements: Dict[str, List[ElementTree.Element]] = {}
+        self._rows: Dict[str, List[Row]] = {}  # of the paths asked for
         self._add(root, "")
 
     def _add(self, parent: ElementTree.Element, path: str) -> None:
         for child in parent:
-            below = f"{path}/{local_name(child)}"
+            below = f"{path}/{child.tag}"
             self._elements.setdefault(below, []).append(child)
             self._add(child, below)
 
     def rows(self, path: str) -> List[Row]:
-        return [leaves(element) for element in self._elements.get(path, [])]
+        if path not in self._rows:
+            self._rows[path] = [leaves(element) for element in self._elements.get(path, [])]
+        return self._rows[path]
 
     def inside(self, path: str, inner: str) -> Iterator[Tuple[Row, Row]]:
         """Each row at the path with each of the rows named so within it."""
         for element in self._elements.get(path, []):
             for child in element:
-                if local_name(child) == inner:
+                if child.tag == inner:
                     yield leaves(element), leaves(child)
 
     def keys(self, path: str, *names: str) -> Set[Key]:
@@ -67,7 +68,7 @@ class Tables:
 
 
 def leaves(element: ElementTree.Element) -> Row:
-    return {local_name(child): child.text or "" for child in element if len(child) == 0}
+    return {child.tag: child.text or "" for child in element if len(child) == 0}
 
 
 def key(row: Row, *names: str) -> Key:
@@ -254,7 +255,7 @@ def main() -> int:
     counts: Counter = Counter()
     broken = 0
     for file in arguments.files:
-        tables = Tables(ElementTree.parse(file).getroot())
+        tables = Tables(parsed(file))
         for check in CHECKS:
             for reference in check(tables):
                 counts[reference.kind] += 1

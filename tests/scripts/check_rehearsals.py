@@ -13,13 +13,13 @@ import argparse
 import ast
 import json
 import sys
-import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 from typing import Any, Dict, Iterator, List, Optional, Set, Tuple
 
 import apply_journal
 from check_references import (BGP, CHECKS, ENTITY, FAMILY, JOIN, LISTEN, NETWORK, PEER, PEER_KEYS, RECORD, ROUTE_MAP,
                               ROUTER_FAMILY, RTM, RULE, RULE_KEYS, Key, Reference, Row, Tables, key)
+from load_format import parsed
 
 INTERNAL = "/internal/"
 STATUS = BGP + "bgpPeerStatusTable/bgpPeerStatusEntry"
@@ -64,8 +64,8 @@ class Upgrade:
     """The configurations before and after one upgrade."""
 
     def __init__(self, stored: Path, upgraded: Path) -> None:
-        self.before = Tables(ElementTree.parse(stored).getroot())
-        self.after = Tables(ElementTree.parse(upgraded).getroot())
+        self.before = Tables(parsed(str(stored)))
+        self.after = Tables(parsed(str(upgraded)))
         entities = self.before.rows(ENTITY)
         self.entity = entities[0] if len(entities) == 1 else {}
         self.rekeyed = "bgpRmEntLocalAs" in self.entity and not self._is_mapped()
