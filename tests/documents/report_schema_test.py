@@ -4,6 +4,7 @@
 Each test that makes a report of `bgp-rehearse run` leaves it in the folder that BGP_JSON_REPORTS names. `begin` empties the
 folder before the tests run, but for the report of an example; afterwards, what they left there is looked at."""
 
+import concurrent.futures
 import copy
 import json
 import os
@@ -11,7 +12,7 @@ import pathlib
 import subprocess
 import sys
 import unittest
-from typing import Any, Callable, Dict, List
+from typing import Any, Callable, Dict, List, Optional
 
 import jsonschema
 
@@ -28,6 +29,11 @@ def validator() -> jsonschema.Draft202012Validator:
 
 def reports() -> List[pathlib.Path]:
     return sorted(FOLDER.glob("*.json"))
+
+
+def mistake_in(path: pathlib.Path) -> Optional[str]:
+    error = jsonschema.exceptions.best_match(validator().iter_errors(json.loads(path.read_text(encoding="utf-8"))))
+    return error and f"{error.json_path}: {error.message}"
 
 
 def whole_report() -> Document:
@@ -107,11 +113,10 @@ class ReportSchema(unittest.TestCase):
 
     def test_takes_the_reports_of_the_tests(self) -> None:
         self.assertNotEqual(reports(), [], "not even that of the example is there")
-        for path in reports():
-            with self.subTest(path.name):
-                error = jsonschema.exceptions.best_match(
-                    validator().iter_errors(json.loads(path.read_text(encoding="utf-8"))))
-                self.assertIsNone(error, error and f"{error.json_path}: {error.message}")
+        with concurrent.futures.ProcessPoolExecutor() as pool:
+            for path, mistake in zip(reports(), pool.map(mistake_in, reports(), chunksize=8)):
+                with self.subTest(path.name):
+                    self.assertIsNone(mistake)
 
 
 def begin() -> None:
