@@ -158,12 +158,11 @@ TEST_F(RehearseEnded, AnyWay_NamesTheRowsThatWereWorkedOnLast)
 
 TEST_F(RehearseEnded, CrashWithinACall_NamesTheCall)
 {
-    if (kSanitized) {
-        GTEST_SKIP() << "a sanitizer ends the process in its own way";
-    }
+    // A pointer that is not null: of a null one a sanitizer tells before the machine does.
     const CommandResult result = run_body(std::string(kWorking) + R"(
         signal(SIGSEGV, SIG_DFL);
-        maapi_set_elem(maapi, th, nullptr, "/router/bgp{%u}/vrf{%s}/administrative-status", 65010u, "red");
+        auto* const wild = reinterpret_cast<confd_value_t*>(64);
+        maapi_set_elem(maapi, th, wild, "/router/bgp{%u}/vrf{%s}/administrative-status", 65010u, "red");
         return 0;)");
     EXPECT_THAT(result.out, HasSubstr("did not return: SIGSEGV"));
     EXPECT_THAT(result.out, HasSubstr("written   /router/bgp{65010}/vrf{red}/administrative-status\n"
@@ -186,9 +185,6 @@ TEST_F(RehearseEnded, UpgradeThatDidNothing_SaysSoOfItsCalls)
 
 TEST_F(RehearseEnded, WildWritesToTheSharedMemory_DoNotReachTheReport)
 {
-    if (kSanitized) {
-        GTEST_SKIP() << "a sanitizer ends the process in its own way";
-    }
     const CommandResult result = run_body(std::string(kWorking) + R"(
         std::ifstream maps("/proc/self/maps");
         for (std::string line; std::getline(maps, line);) {

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
+
 #include "capi_device.h"
 #include "confd_cdb.h"
 
@@ -140,6 +142,22 @@ TEST_F(LastCallsTest, EntryOfTaggedValues_IsNamedByItsKeys)
     CONFD_SET_TAG_STR(&values[0], confd_str2hash("name"), "low");
     maapi_set_values(maapi, th, values, 1, "/depot/shelf");
     EXPECT_EQ(written(), "/depot/shelf{low}");
+}
+
+// The process that writes may write anything anywhere: whatever is there is read as some text, of bounded length.
+TEST_F(LastCallsTest, AnyByteOverwritten_IsStillRead)
+{
+    auto* const bytes = reinterpret_cast<unsigned char*>(&last);
+    for (std::size_t at = 0; at < sizeof last; ++at) {
+        for (const int wild : {0x00, 0x7F, 0xA5, 0xFF}) {
+            read_at("/depot/bay[%d]/crate{%d}/content", 0, 7);
+            maapi_create(maapi, th, "/depot/shelf{%s}", "a name longer than fifteen");
+            bytes[at] = static_cast<unsigned char>(wild);
+            EXPECT_LT(read().size() + written().size(), 1000U) << at;
+            EXPECT_LE(std::strlen(last.function()), 100U) << at;
+            EXPECT_LE(static_cast<int>(last.under_way()), 1) << at;
+        }
+    }
 }
 
 }  // namespace

@@ -57,7 +57,7 @@ public:
     void begin(Function function) noexcept
     {
         function_ = static_cast<uint8_t>(function);
-        under_way_ = true;
+        under_way_ = 1;
     }
     void go_to(const store::Path& path, const std::vector<schema::Value>& below) noexcept
     {
@@ -75,7 +75,7 @@ public:
     }
     void end(bool failed) noexcept
     {
-        under_way_ = false;
+        under_way_ = 0;
         ++calls_[function_];
         failures_[function_] += failed ? 1 : 0;
     }
@@ -84,7 +84,7 @@ public:
     std::string read(const store::Configuration& stored) const { return reading_.last().text(stored); }
     std::string written(const store::Configuration& stored) const { return writing_.last().text(stored); }
     const char* function() const noexcept;  // of the call made last; empty: none was
-    bool under_way() const noexcept { return under_way_; }
+    bool under_way() const noexcept { return under_way_ != 0; }
     std::size_t calls(Effect effect) const noexcept { return sum_of(calls_, effect); }
     std::size_t failures(Effect effect) const noexcept { return sum_of(failures_, effect); }
     std::size_t calls() const noexcept { return calls(Effect::Read) + calls(Effect::Write) + calls(Effect::Session); }
@@ -112,8 +112,9 @@ private:
     }
     static std::size_t sum_of(const Counts& counts, Effect effect) noexcept;
 
+    // Numbers, not an enumeration and a bool: the process that wrote may have written anything anywhere.
     uint8_t function_ = kNone;
-    bool under_way_ = false;
+    uint8_t under_way_ = 0;
     Counts calls_{};
     Counts failures_{};
     Place reading_;
