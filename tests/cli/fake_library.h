@@ -14,15 +14,19 @@ namespace bgp_test {
 // call the device's interfaces and, as log(...), write to the upgrade log.
 inline std::string fake_library(const ScratchFolder& folder, const std::string& body)
 {
-    const std::string source = folder.file("fake_library.cpp", R"(
+    // Those of the C++ library take longer to compile than all the rest.
+    const bool of_cpp = body.find("std::") != std::string::npos;
+    const std::string headers = of_cpp ? "#include <fstream>\n#include <stdexcept>" : "";
+    const std::string source = folder.file("fake_library.cpp", headers + R"(
 #include <arpa/inet.h>
 #include <ifaddrs.h>
 #include <signal.h>
+#include <stdint.h>
+#include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 #include <unistd.h>
 #include <cassert>
-#include <fstream>
-#include <stdexcept>
 #include "conf_updt_log.h"
 #include "confd_cdb.h"
 #include "confd_maapi.h"
