@@ -26,6 +26,7 @@ using store_test::PlantPath;
 using store_test::rack;
 using store_test::text;
 using store_test::Value;
+using store_test::with_racks;
 
 using Lines = std::vector<std::string>;
 
@@ -66,11 +67,6 @@ class ChangesTest : public testing::Test {
 protected:
     ChangesTest()
     {
-        expect_ok(before_.create(rack(1, "north")));
-        expect_ok(before_.create(rack(1, "south")));
-        expect_ok(before_.create(rack(2, "north")));
-        expect_ok(before_.set(rack(1, "south").to("note"), text("by the door")));
-        expect_ok(before_.create(rack(1, "south").to("power").to("feed", {num(7)})));
         expect_ok(before_.create(rack(1, "south").to("tag", {text("cold")})));
         after_ = before_;
     }
@@ -79,7 +75,7 @@ protected:
 
     Lines changes() const { return ::changes(before_, after_); }
 
-    Configuration before_{plant_schema()};
+    Configuration before_ = with_racks();
     Configuration after_{plant_schema()};
 };
 

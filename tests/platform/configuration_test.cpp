@@ -34,21 +34,13 @@ using store_test::PlantPath;
 using store_test::rack;
 using store_test::text;
 using store_test::Value;
+using store_test::with_racks;
 
 class ConfigurationTest : public testing::Test {
 protected:
-    ConfigurationTest()
-    {
-        expect_ok(configuration_.create(rack(1, "north")));
-        expect_ok(configuration_.create(rack(1, "south")));
-        expect_ok(configuration_.create(rack(2, "north")));
-        expect_ok(configuration_.set(rack(1, "south").to("note"), text("by the door")));
-        expect_ok(configuration_.create(rack(1, "south").to("power").to("feed", {num(7)})));
-    }
-
     static void expect_ok(Result result) { ASSERT_EQ(result, Result::Ok); }
 
-    Configuration configuration_{plant_schema()};
+    Configuration configuration_ = with_racks();
     const PlantPath missing_ = rack(9, "nowhere");
 };
 

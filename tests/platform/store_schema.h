@@ -1,6 +1,8 @@
 // A small schema with every kind of node, and paths into it, for the tests of configurations and their changes.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -105,6 +107,21 @@ inline PlantPath plant()
 inline PlantPath rack(uint64_t row, std::string_view name)
 {
     return plant().to("rack", {num(row), text(name)});
+}
+
+// With the racks "1 north" and "2 north", and "1 south", which has a note and the power feed 7.
+inline bgp_platform::store::Configuration with_racks()
+{
+    bgp_platform::store::Configuration configuration{plant_schema()};
+    const auto written = [](bgp_platform::store::Result result) {
+        EXPECT_TRUE(result == bgp_platform::store::Result::Ok);
+    };
+    written(configuration.create(rack(1, "north")));
+    written(configuration.create(rack(1, "south")));
+    written(configuration.create(rack(2, "north")));
+    written(configuration.set(rack(1, "south").to("note"), text("by the door")));
+    written(configuration.create(rack(1, "south").to("power").to("feed", {num(7)})));
+    return configuration;
 }
 
 }  // namespace store_test
