@@ -278,7 +278,9 @@ std::vector<std::string> doubts_of(JudgedUpgrade& upgrade)
 {
     std::vector<std::string> doubts;
     for (const Finding& finding : findings_of(upgrade.judged(), FindingId::StandInDoubt)) {
-        doubts.push_back(std::string(name_of(finding.severity)) + " " + finding.sentence.substr(0, 11));
+        const std::size_t number = finding.sentence.find("question ");
+        doubts.push_back(std::string(name_of(finding.severity)) + " " +
+                         finding.sentence.substr(number, finding.sentence.find(',', number) - number));
     }
     return doubts;
 }
@@ -295,7 +297,7 @@ TEST(StandInDoubts, PrefixWithHostBits_IsForReview)
             maapi_set_elem2(handles.maapi_socket, handles.thandle, "192.0.2.1/24", "/prefix-list{a}/seq{10}/address"),
             CONFD_OK);
     });
-    EXPECT_EQ(doubts_of(upgrade), std::vector<std::string>{"review question 6 "});
+    EXPECT_EQ(doubts_of(upgrade), std::vector<std::string>{"review question 6"});
 }
 
 TEST(StandInDoubts, ValueOfAMissingRow_IsToldWhereTheRowIsNotMadeLater)
@@ -307,7 +309,13 @@ TEST(StandInDoubts, ValueOfAMissingRow_IsToldWhereTheRowIsNotMadeLater)
         EXPECT_EQ(maapi_set_elem2(handles.maapi_socket, handles.thandle, "up", "%s/bgpConfigAdminStatus", row),
                   CONFD_ERR);
     });
-    EXPECT_EQ(doubts_of(upgrade), std::vector<std::string>{"note question 3 "});
+    EXPECT_EQ(doubts_of(upgrade), std::vector<std::string>{"note question 3"});
+    const Finding doubt = the_finding(upgrade.judged(), FindingId::StandInDoubt);
+    EXPECT_EQ(
+        doubt.sentence,
+        "1 call took for granted that setting a value does not make its row (question 3, not proved on a device)");
+    EXPECT_EQ(words_of(doubt, doubt.places.at(0)), "first at configuration record 7");
+    EXPECT_EQ(path_of(doubt, doubt.places.at(0)), std::string(row) + "/bgpConfigAdminStatus");
     upgrade.by_hand([](const UpgradeHandles& handles) {
         EXPECT_EQ(maapi_create(handles.maapi_socket, handles.thandle, "/DC-BGP-MIB/bgpConfigTable/bgpConfigEntry{1 7}"),
                   CONFD_OK);
@@ -324,7 +332,7 @@ TEST(StandInDoubts, MoveOntoTheOwnKey_IsToldWhereTheRowIsWrittenBehindIt)
     {
         JudgedUpgrade written(entity);
         written.run();
-        EXPECT_EQ(doubts_of(written), std::vector<std::string>{"note question 2 "});
+        EXPECT_EQ(doubts_of(written), std::vector<std::string>{"note question 2"});
     }
     entity.replace(entity.find("<bgpNmEntRmIndex>7"), 18, "<bgpNmEntRmIndex>1");
     JudgedUpgrade same(entity);

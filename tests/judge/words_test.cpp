@@ -164,6 +164,19 @@ TEST_F(Words, HiddenKeys_HaveTheirAddressesReadable)
               "5 ipv4 0.0.0.0 0 ipv4 192.0.2.2 0 0");
 }
 
+TEST_F(Words, PlaceOfTheTree_IsItsRowThereOrNot)
+{
+    const auto words = [this](const char* path) { return bgp_rehearse::words_of_path(*device().path_of(path)); };
+    EXPECT_EQ(
+        words("/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{ 5 ipv4 \"\" 0 ipv4 c0:00:02:02 0 0 ipv6 unicast }/"
+              "bgpPeerAfiSafiDisable"),
+        "neighbour 192.0.2.2 IPv6 unicast");
+    EXPECT_EQ(words("/router/bgp{65010}/vrf{red}/neighbor{192.0.2.2}"), "VRF red neighbour 192.0.2.2");
+    EXPECT_EQ(words("/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry"), "the neighbour families");
+    EXPECT_EQ(words("/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntLocalAs"), "") << "which row is not said";
+    EXPECT_EQ(words("/internal/router-id-default-hidden"), "") << "in no row";
+}
+
 TEST(CountedWords, AreGroupedByThousands)
 {
     EXPECT_EQ(bgp_rehearse::counted(1, {"route map row", "route map rows"}), "1 route map row");

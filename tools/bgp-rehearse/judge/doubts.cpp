@@ -32,7 +32,7 @@ enum class Matters {
 };
 
 struct Doubt {
-    const char* taken;  // for granted: behind "it is taken that "
+    const char* taken;  // behind "took for granted that "
     Matters matters;
     Reading reading;
     Severity severity;
@@ -152,20 +152,22 @@ private:
         return list->find(key.data(), key.size()) != nullptr;
     }
 
-    static Finding finding(const Doubt& doubt, const MetReading& met)
+    Finding finding(const Doubt& doubt, const MetReading& met) const
     {
         Finding finding;
         finding.id = FindingId::StandInDoubt;
         finding.severity = doubt.severity;
         finding.count = 1;
-        finding.sentence = fmt::format("question {} is open on a device; it is taken that {} ({})", met.number,
-                                       doubt.taken, counted(met.count, {"time", "times"}));
+        finding.sentence = fmt::format("{} took for granted that {} (question {}, not proved on a device)",
+                                       counted(met.count, {"call", "calls"}), doubt.taken, met.number);
         finding.short_form =
             fmt::format("{} on the device (question {})",
                         doubt.reading == Reading::HostBitsOfPrefixAreKept ? "prefixes with host bits may be refused"
                                                                           : "a call may be answered otherwise",
                         met.number);
-        finding.say(met.place, fmt::format("first at {}", met.place));
+        const std::optional<Path> path = evidence_.device.path_of(met.place);
+        const std::string words = path ? words_of_path(*path) : "";
+        finding.say(met.place, fmt::format("first at {}", words.empty() ? met.place : words));
         return finding;
     }
 

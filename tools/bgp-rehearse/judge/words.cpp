@@ -14,8 +14,11 @@
 namespace bgp_rehearse {
 
 using bgp_platform::schema::Node;
+using bgp_platform::schema::NodeKind;
 using bgp_platform::schema::Value;
 using bgp_platform::store::Row;
+using bgp_platform::store::RowRef;
+using bgp_platform::store::Selector;
 using bgp_platform::store::Trail;
 
 namespace {
@@ -200,6 +203,31 @@ std::string words_of_row(const Trail& around, const Row& row)
         }
     }
     return text;
+}
+
+std::string words_of_path(const bgp_platform::store::Path& path)
+{
+    if (path.node != nullptr && path.node->kind == NodeKind::List && !path.names_entry()) {
+        const ListWords* const words = find_words(*path.node);
+        return words == nullptr ? std::string() : fmt::format("the {}", words->noun.many);
+    }
+    std::vector<RowRef> rows;  // with their keys alone
+    Trail around;
+    for (const Selector& selector : path.entries) {
+        if (selector.list->kind != NodeKind::List || selector.keys.empty()) {
+            return {};
+        }
+        RowRef& row = rows.emplace_back(*selector.list->entry);
+        for (std::size_t key = 0; key < selector.keys.size(); ++key) {
+            row.edit().value(static_cast<uint16_t>(key)) = selector.keys[key];
+        }
+        around.push_back(row.get());
+    }
+    if (rows.empty()) {
+        return {};
+    }
+    around.pop_back();
+    return words_of_row(around, *rows.back());
 }
 
 std::string words_of_value(const Node& leaf, const Value* value)

@@ -16,6 +16,10 @@ std::string grouped(std::size_t number);  // "2,000"
 // A row by its key in words, without its entity index; `around` are the rows around it.
 std::string words_of_row(const bgp_platform::store::Trail& around, const bgp_platform::store::Row& row);
 
+// What a place of the tree is in, there or not: "neighbour 192.0.2.2 IPv6 unicast"; of a list as a whole "the neighbour
+// families". Empty for what is in no row, and for rows that are told by their positions.
+std::string words_of_path(const bgp_platform::store::Path& path);
+
 // A value as a report shows it: octets of an address in dotted or colon form, a secret one masked, "(not set)" for none.
 std::string words_of_value(const bgp_platform::schema::Node& leaf, const bgp_platform::schema::Value* value);
 
