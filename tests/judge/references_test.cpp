@@ -106,6 +106,8 @@ TEST_F(References, ReferenceThatHeldAndIsTurnedElsewhere_IsAStop)
         "4");
     EXPECT_THAT(findings(), ElementsAre("stop: 1 neighbour family refers to a route map that is not there now: map 4 "
                                         "[neighbour 192.0.2.2 IPv4 unicast]"));
+    EXPECT_EQ(upgrade_->judged().verdict.sentence, "1 neighbour family refers to a route map that is not there now.")
+        << "the names stand with the finding";
 }
 
 TEST_F(References, TargetThatWasNotThereBefore_IsANote)
@@ -173,10 +175,10 @@ TEST_F(References, PartnersOfRoutingTables_AreLookedUpByTheirKind)
                leaf("rtmMjTable", partner("1", "ariPrtnrRtm") + partner("5", "ariPrtnrBgp") +
                                       partner("5", "ariPrtnrRtm") + partner("1", "ariPrtnrBgp"))));
     EXPECT_THAT(findings(),
-                ElementsAre("note: 1 routing table join leads to a routing table that was not there before either: "
-                            "routing table 5 [join of routing table 1 with routing table 5]",
-                            "note: 1 routing table join leads to a router entity that was not there before either: "
-                            "entity 1 [join of routing table 1 with router entity 1]"));
+                ElementsAre("note: 1 routing table join leads to a routing table that was not there before either "
+                            "[join of routing table 1 with routing table 5]",
+                            "note: 1 routing table join leads to a router entity that was not there before either "
+                            "[join of routing table 1 with router entity 1]"));
 }
 
 TEST_F(References, RouteMapThatMatchesAList_HasItAsRulesOrByItsIndex)
@@ -204,7 +206,7 @@ TEST_F(References, NamesAndIndexesThatDisagree_AreTold)
     stored(internal(leaf("vrf-config", leaf("stringTOindex", leaf("name", "red") + leaf("vrf-idx", "7")) +
                                            leaf("stringTOindex", leaf("name", "blue") + leaf("vrf-idx", "7")) +
                                            leaf("indexTOstring", leaf("index", "7") + leaf("vname", "red")))));
-    EXPECT_THAT(findings(), ElementsAre("note: 1 VRF index needs a VRF name that was not there before either: VRF blue "
+    EXPECT_THAT(findings(), ElementsAre("note: 1 VRF index needs a VRF name that was not there before either "
                                         "[index of VRF blue]"));
 }
 
@@ -214,7 +216,7 @@ TEST_F(References, RowBelowAnother_IsToldWithTheRowAround)
            internal(leaf("vrf-config", leaf("stringTOindex", leaf("name", "red")))));
     EXPECT_THAT(findings(), IsEmpty());
     deleted("/internal/vrf-config/stringTOindex{red}");
-    EXPECT_THAT(findings(), ElementsAre("stop: 1 VRF needs a VRF index that is not there now: VRF red [VRF red]"));
+    EXPECT_THAT(findings(), ElementsAre("stop: 1 VRF needs a VRF index that is not there now [VRF red]"));
     const Finding finding = findings_of(upgrade_->judged(), FindingId::ReferenceBroken).front();
     EXPECT_EQ(path_of(finding, finding.places.front()), "/router/bgp{65010}/vrf{red}");
 }
@@ -250,8 +252,10 @@ TEST_F(References, HiddenRowsOfMovedRules_AreTold)
     request.flaws = {bgp_generator::healthy::Flaw::AnnouncedNetworks};
     upgrade_.emplace(bgp_generator::configuration_text(request));
     upgrade_->run();
-    EXPECT_THAT(findings(), ElementsAre(testing::StartsWith("review: 1 internal redistribution row stands for a "
-                                                            "redistribution rule that is not there now: rule 5")));
+    EXPECT_THAT(findings(),
+                ElementsAre(testing::StartsWith("review: 1 internal redistribution row stands for a "
+                                                "redistribution rule that is not there now [internal row of "
+                                                "redistribution rule 5")));
     EXPECT_EQ(findings_of(upgrade_->judged(), FindingId::ReferenceBroken).front().step, "update_rm_index");
 }
 

@@ -40,6 +40,12 @@ enum class State {
 };
 constexpr std::size_t kStates = 4;
 
+// Whether a text has words, and not as a part of others.
+bool has_words(const std::string& text, const std::string& words)
+{
+    return fmt::format(" {} ", text).find(fmt::format(" {} ", words)) != std::string::npos;
+}
+
 // The findings of one reference.
 class Told {
 public:
@@ -56,7 +62,7 @@ public:
         finding.made_by(step_of_writer(history_.writer_of(after)));
         if (target != targets.last) {
             targets.last = target;
-            targets.add(reference_.which(to));
+            targets.add(reference_.which(to), [&] { return words_of_row(around, after); });
         }
     }
 
@@ -69,28 +75,36 @@ public:
                 finding.id = FindingId::ReferenceBroken;
                 finding.severity = severity_of(state);
                 finding.count = finding.places.size();
-                finding.sentence = sentence(state, finding.count) + named_[i].text();
+                finding.short_form = sentence(state, finding.count);
+                finding.sentence = finding.short_form + named_[i].text();
                 findings->push_back(std::move(finding));
             }
         }
     }
 
 private:
+    // The targets, which the sentence names where the places do not.
     struct Named {
         std::vector<std::string> first;
         bool more = false;
+        bool in_places = true;
         std::size_t last = 0;
 
-        void add(std::string target)
+        template <typename WordsOfPlace>
+        void add(std::string target, const WordsOfPlace& words_of_place)
         {
             if (std::find(first.begin(), first.end(), target) == first.end()) {
                 more = more || first.size() == kShownTargets;
                 if (!more) {
+                    in_places = in_places && has_words(words_of_place(), target);
                     first.push_back(std::move(target));
                 }
             }
         }
-        std::string text() const { return fmt::format(": {}{}", fmt::join(first, ", "), more ? " and others" : ""); }
+        std::string text() const
+        {
+            return in_places ? "" : fmt::format(": {}{}", fmt::join(first, ", "), more ? " and others" : "");
+        }
     };
 
     Severity severity_of(State state) const noexcept
