@@ -172,7 +172,7 @@ TEST(IdentityGuessed, OfAVrfInstance_IsToBeLookedAt)
     const std::vector<Finding> found = guessed(with_vrf(""), false);
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found[0].sentence,
-              "1 VRF instance gets a router id by the router's interfaces, which are assumed: 0.0.0.0");
+              "1 VRF instance gets the router id 0.0.0.0 by the router's interfaces, which are assumed");
     EXPECT_EQ(found[0].advice, "router entity 65537 of VRF red: (not set) -> 0.0.0.0");
     EXPECT_EQ(found[0].severity, bgp_rehearse::Severity::Review);
 }
@@ -181,7 +181,7 @@ TEST(IdentityGuessed, WithTheRoutersOwnId_IsToBeLookedAtToo)
 {
     const std::vector<Finding> found = guessed(with_vrf(leaf("router-id", "192.0.2.1")), false);
     ASSERT_EQ(found.size(), 1U);
-    EXPECT_THAT(found[0].sentence, testing::EndsWith(": 192.0.2.1"));
+    EXPECT_THAT(found[0].sentence, testing::HasSubstr(" the router id 192.0.2.1 by the router's interfaces"));
 }
 
 TEST(IdentityGuessed, WhereInterfacesAreGiven_IsNone)

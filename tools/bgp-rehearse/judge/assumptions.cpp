@@ -162,8 +162,8 @@ void AssumptionsRule::find(std::vector<Finding>* findings)
     finding.count = finding.places.size();
     const bool one = finding.count == 1;
     const std::string instances = counted(finding.count, {"VRF instance", "VRF instances"});
-    finding.sentence = fmt::format("{} {} a router id by the router's interfaces, which are assumed: {}", instances,
-                                   one ? "gets" : "get", fmt::join(ids, ", "));
+    finding.sentence = fmt::format("{} {} the router {} {} by the router's interfaces, which are assumed", instances,
+                                   one ? "gets" : "get", ids.size() == 1 ? "id" : "ids", fmt::join(ids, ", "));
     finding.short_form =
         fmt::format("the router {} of {} {} guessed", one ? "id" : "ids", instances, one ? "is" : "are");
     finding.advice = "a router takes its greatest interface address: give --interfaces";
