@@ -286,6 +286,15 @@ TEST_F(RehearseReport, Findings_AreToldBeforeTheVerdictWithTheirPlaces)
     EXPECT_THAT(result.out.substr(result.out.rfind('\n', result.out.size() - 2)), StartsWith("\nVerdict: STOP. "));
 }
 
+TEST_F(RehearseReport, OnePlaceMoreThanAreShown_IsShownToo)
+{
+    const CommandResult result = run_body(
+        "for (unsigned i = 1; i <= 4; ++i) maapi_set_elem2(maapi, th, \"up\", "
+        "\"/router/bgp{%u}/administrative-status\", i); return 0;");
+    EXPECT_THAT(result.out, HasSubstr("/router/bgp{4}/administrative-status"));
+    EXPECT_THAT(result.out, Not(HasSubstr("and 1 more")));
+}
+
 TEST_F(RehearseReport, Lines_AreWrappedAtWordsOnATerminalAlone)
 {
     const std::string body = "return 0;";

@@ -241,7 +241,9 @@ void TextReport::finding(const Finding& finding)
 void TextReport::places(const Finding& finding)
 {
     std::vector<std::string> words;
-    const std::size_t shown = std::min(finding.places.size(), kShownPlaces);
+    const std::size_t places = finding.places.size();
+    const std::size_t shown =
+        places <= kShownPlaces + 1 ? places : kShownPlaces;  // "and 1 more" is as long as the place
     for (std::size_t i = 0; i < shown; ++i) {
         words.push_back(escaped(words_of(finding, finding.places[i])));
         if (words.back().empty()) {
@@ -252,8 +254,8 @@ void TextReport::places(const Finding& finding)
                                     [](const std::string& each) { return each.find(", ") != std::string::npos; });
     const char* const between = commas ? "; " : ", ";
     std::string text = fmt::format("{}", fmt::join(words, between));
-    if (finding.places.size() > shown) {
-        text += fmt::format("{}and {} more", between, grouped(finding.places.size() - shown));
+    if (places > shown) {
+        text += fmt::format("{}and {} more", between, grouped(places - shown));
     }
     if (!text.empty()) {
         page_.line({kPlaces, {}, Paint::Plain, text, kPlaces, {}});
