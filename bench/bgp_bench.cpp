@@ -11,10 +11,15 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "bgp_update/update.h"
 #include "confd_maapi.h"
 #include "device.h"
+#include "judge/failed_calls.h"
+#include "judge/judgement.h"
+#include "judge/stored_condition.h"
 #include "judge/upgrade_steps.h"
 
 namespace {
@@ -168,6 +173,35 @@ void print_steps(const bgp_rehearse::UpgradeSteps& steps)
     std::printf("},\n");
 }
 
+// What a rehearsal does besides to judge an upgrade: an upgrade that keeps a history and what failed, and the judgement.
+void print_judgement(Device& device)
+{
+    using namespace bgp_rehearse;
+    device.keep_history(true);
+    UpgradeSteps steps([&] { return totals_of(device.calls()); }, conditions_on(device));
+    device.log_sink = [&](std::string_view line) {
+        if (steps.take(line)) {
+            device.history()->set_writer(static_cast<bgp_platform::store::Writer>(steps.current_number()));
+        }
+    };
+    FailedCalls failed_calls;
+    device.recorder().after_failure = [&](const bgp_platform::capi::Failure& failure) {
+        failed_calls.add(steps.current(), failure.function, failure.error, failure.path, failure.message,
+                         failure.number);
+    };
+    const bgp_platform::UpgradeHandles upgrade = device.open_upgrade();
+    int result = 0;
+    const double run = timed([&] { result = update(upgrade.maapi_socket, upgrade.thandle, upgrade.cdb_socket); });
+    steps.returned();
+    const std::vector<Step> all = steps.all();
+    const double judgement = timed([&] { judge({device, result, all, failed_calls, {}, {}, {}}, {}); });
+    std::printf("\"judged_update\": %.4f, \"judge\": %.4f,\n", run, judgement);
+    device.drop();
+    device.keep_history(false);
+    device.recorder().after_failure = nullptr;
+    device.log_sink = nullptr;
+}
+
 void measure(const char* configuration, const char* output)
 {
     Device device;
@@ -191,6 +225,7 @@ void measure(const char* configuration, const char* output)
     print_steps(steps);
     device.drop();
     device.log_sink = nullptr;
+    print_judgement(device);
     print_call_times(device);
     std::printf("}\n");
 }

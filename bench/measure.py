@@ -99,7 +99,7 @@ class Bench:
             done = subprocess.run([self.inside, path, self.folder / "out.xml"], check=True, capture_output=True)
             documents.append(json.loads(done.stdout))
         result = documents[-1]
-        for phase in ("load", "update", "write"):
+        for phase in ("load", "update", "write", "judged_update", "judge"):
             result[phase] = statistics.median(document[phase] for document in documents)
         for call in result["calls"]:
             result["calls"][call] = statistics.median(document["calls"][call] for document in documents)
@@ -121,6 +121,8 @@ def show_inside(phases, rows, whole):
     total = phases["load"] + phases["update"] + phases["write"]
     shares = ", ".join(f"{name} {phases[name]:.3f} s ({phases[name] / total:.0%})" for name in ("load", "update", "write"))
     print(f"  inside: {shares}" + (f"; report and the rest {whole.total - total:.3f} s" if whole.known else ""))
+    print(f"  judging: the history {phases['judged_update'] - phases['update']:.3f} s, "
+          f"account and findings {phases['judge']:.3f} s")
     calls = phases["calls"]
     print("  a call: " + ", ".join(f"{name} {calls[name]:.0f} ns" for name in ("read", "write", "move", "step")))
     for step, (reads, writes) in phases["steps"].items():
@@ -161,6 +163,11 @@ class Goals:
             print(line)
 
 
+def judging(phases):
+    """The seconds that the account of rows and the findings cost: the history that is kept for them, and themselves."""
+    return phases["judged_update"] - phases["update"] + phases["judge"]
+
+
 def goals_at(goals, size, medians, phases):
     values = phases["values"]
     whole, yang, floor = (medians[name] for name in ("(a) bgp-rehearse run", "(b) yanglint", "(c) xmllint --sax"))
@@ -170,6 +177,7 @@ def goals_at(goals, size, medians, phases):
     if whole.known and floor.known:
         goals.at_most(f"{size} neighbours: user time, of xmllint --sax's", whole.user / floor.user, 6, "x")
         goals.at_most(f"{size} neighbours: update, of the whole", phases["update"] / whole.total, 1 / 3)
+        goals.at_most(f"{size} neighbours: judging, of the whole", judging(phases) / whole.total, 0.1)
     goals.at_most(f"{size} neighbours: stored, bytes a leaf", phases["loaded_kilobytes"] * 1024 / values, 100)
     if whole.known:
         goals.at_most(f"{size} neighbours: peak of the whole, bytes a leaf", whole.megabytes * 2**20 / values, 100)

@@ -1,6 +1,8 @@
 #include "report/xml_writer.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 #include "base/output_file.h"
 #include "base/text_escape.h"
@@ -25,12 +27,10 @@ constexpr Replacement kReplacements[] = {{"&", "&amp;"},
 
 const Replacement* replacement_at(std::string_view text)
 {
-    for (const Replacement& each : kReplacements) {
-        if (text.substr(0, each.text.size()) == each.text) {
-            return &each;
-        }
-    }
-    return nullptr;
+    const auto* const found =
+        std::find_if(std::begin(kReplacements), std::end(kReplacements),
+                     [text](const Replacement& each) { return text.substr(0, each.text.size()) == each.text; });
+    return found == std::end(kReplacements) ? nullptr : found;
 }
 
 }  // namespace
