@@ -8,7 +8,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -85,8 +87,7 @@ void redirect_standard_streams()
     }
 }
 
-[[noreturn]] void be_child(const InterruptGuard& interrupts, pid_t parent, const std::function<int(int)>& body,
-                           int channel) noexcept
+[[noreturn]] void be_child(const InterruptGuard& interrupts, pid_t parent, const std::function<int()>& body) noexcept
 {
     // Its own process group: an interrupt from the terminal goes to the parent alone, which then ends the whole group.
     setpgid(0, 0);
@@ -98,11 +99,53 @@ void redirect_standard_streams()
     redirect_standard_streams();
     signal(SIGPIPE, SIG_DFL);
     interrupts.release();
-    const int status = body(channel);
+    const int status = body();
     // A big configuration takes long to free row by row, for nothing.
     std::fflush(nullptr);
     std::_Exit(status);
 }
+
+pid_t begin_child(const InterruptGuard& interrupts, const std::function<int()>& body)
+{
+    std::fflush(nullptr);  // what is buffered now must not be written twice
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child < 0) {
+        no_child("fork");
+    }
+    if (child == 0) {
+        be_child(interrupts, parent, body);
+    }
+    setpgid(child, child);  // here too, so that it is done before the first kill()
+    return child;
+}
+
+// An end that is not open is -1.
+struct Pipe {
+    Pipe()
+    {
+        if (pipe2(ends, O_CLOEXEC) != 0) {
+            no_child("pipe");
+        }
+    }
+    ~Pipe()
+    {
+        close_end(0);
+        close_end(1);
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    void close_end(int end)
+    {
+        if (ends[end] >= 0) {
+            close(ends[end]);
+        }
+        ends[end] = -1;
+    }
+
+    int ends[2] = {-1, -1};
+};
 
 ChildEnd wait_for(pid_t child)
 {
@@ -153,6 +196,16 @@ ChildEnd watch(const InterruptGuard& interrupts, pid_t child, int channel,
     return wait_for(child);
 }
 
+// The next signal, or 0 when none comes in time.
+int wait_for_signal(const InterruptGuard& interrupts, const std::optional<Duration>& time)
+{
+    constexpr std::chrono::milliseconds kLongest{60000};
+    pollfd signals{interrupts.descriptor(), POLLIN, 0};
+    const auto rounded = time ? std::chrono::ceil<std::chrono::milliseconds>(*time) : kLongest;
+    poll(&signals, 1, static_cast<int>(std::min(rounded, kLongest).count()));
+    return interrupts.take();
+}
+
 }  // namespace
 
 InterruptGuard::InterruptGuard()
@@ -195,28 +248,32 @@ void InterruptGuard::release() const noexcept
 ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(int channel)>& body,
                       const std::function<void(std::string_view)>& on_line, const std::function<bool()>& on_tick)
 {
-    int channel[2];
-    if (pipe2(channel, O_CLOEXEC) != 0) {
-        no_child("pipe");
+    Pipe channel;
+    fcntl(channel.ends[0], F_SETFL, O_NONBLOCK);
+    const pid_t child = begin_child(interrupts, [&] {
+        channel.close_end(0);
+        return body(channel.ends[1]);
+    });
+    channel.close_end(1);
+    return watch(interrupts, child, channel.ends[0], on_line, on_tick);
+}
+
+ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int()>& body,
+                      const std::function<std::optional<Duration>()>& time_left)
+{
+    const pid_t child = begin_child(interrupts, body);
+    while (!has_ended(child)) {
+        const std::optional<Duration> left = time_left();
+        ChildEnd end;
+        end.stopped = left && *left <= Duration{};
+        const int signal = end.stopped ? 0 : wait_for_signal(interrupts, left);
+        end.interrupted_by = signal == SIGCHLD ? 0 : signal;
+        if (end.interrupted_by != 0 || (end.stopped && !has_ended(child))) {
+            end_child(child);
+            return end;
+        }
     }
-    fcntl(channel[0], F_SETFL, O_NONBLOCK);
-    std::fflush(nullptr);  // what is buffered now must not be written twice
-    const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child < 0) {
-        close(channel[0]);
-        close(channel[1]);
-        no_child("fork");
-    }
-    if (child == 0) {
-        close(channel[0]);
-        be_child(interrupts, parent, body, channel[1]);
-    }
-    setpgid(child, child);  // here too, so that it is done before the first kill()
-    close(channel[1]);
-    const ChildEnd end = watch(interrupts, child, channel[0], on_line, on_tick);
-    close(channel[0]);
-    return end;
+    return wait_for(child);
 }
 
 }  // namespace bgp_rehearse

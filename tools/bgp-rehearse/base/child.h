@@ -3,7 +3,10 @@
 
 #include <csignal>
 #include <functional>
+#include <optional>
 #include <string_view>
+
+#include "base/duration.h"
 
 namespace bgp_rehearse {
 
@@ -46,5 +49,10 @@ struct ChildEnd {
 // CommandError when no process can be made.
 ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(int channel)>& body,
                       const std::function<void(std::string_view)>& on_line, const std::function<bool()>& on_tick);
+
+// The same of a child that sends nothing. `time_left` is asked whenever that may be over, and ends the child when nothing
+// is left; none: it may take as long as it does.
+ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int()>& body,
+                      const std::function<std::optional<Duration>()>& time_left);
 
 }  // namespace bgp_rehearse

@@ -10,6 +10,7 @@
 #include "base/option_kinds.h"
 #include "base/upgrade_limits.h"
 #include "fleet/plan/make_plan.h"
+#include "fleet/work/work.h"
 #include "run/shared_options.h"
 
 namespace bgp_rehearse {
@@ -80,7 +81,24 @@ void add_plan(CLI::App* fleet, FleetAction* action)
 
 void add_work(CLI::App* fleet, FleetAction* action)
 {
-    add_unbuilt(fleet, "work", "Rehearse the upgrade of each backup of a shard", action);
+    CLI::App* verb = fleet->add_subcommand("work", "Rehearse the upgrade of each backup of a shard");
+    const auto options = std::make_shared<WorkOptions>();
+    CLI::Option* const plan =
+        verb->add_option("PLAN", options->plan, "The plan, as fleet plan made it")->required()->option_text(" ");
+    add_value(verb, "--shard", "N", "Which of its shards, from 0", [options](const std::string& text) {
+        options->shard = given_number(text, 0, kMostShards);
+    })->required();
+    CLI::Option* const output =
+        verb->add_option("-o,--output", options->output, "Where its results go")->required()->option_text("PART");
+    CLI::Option* const library =
+        verb->add_option("--library", options->library, "Where the plan's library lies on this machine")
+            ->option_text("PATH");
+    verb->final_callback([=] {
+        refuse_empty(*plan, "PLAN");
+        refuse_empty(*output, "-o");
+        refuse_empty(*library, "--library");
+        *action = [options] { return work_shard(*options); };
+    });
 }
 
 void add_merge(CLI::App* fleet, FleetAction* action)

@@ -76,6 +76,16 @@ Ended explain_end(const ChildEnd& end, const Told& told, const Watch& watch, con
     return ended;
 }
 
+Ended ended_upgrade(const ChildEnd& end, const Watch& watch, const UpgradeLimits& limits,
+                    const bgp_platform::Device& device, Told* told)
+{
+    Ended ended = explain_end(end, *told, watch, limits);
+    ended.last = watch.seen(device);
+    ended.last.step = told->steps.current();
+    told->steps.ended(ended.last.calls);
+    return ended;
+}
+
 Judgement judge_ended(const Ended& ended, const SeverityChoices& choices)
 {
     Finding finding;

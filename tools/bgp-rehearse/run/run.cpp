@@ -221,16 +221,13 @@ void Run::write_ended_report(const Ended& ended, const Ending& ending, const Run
 
 Ending Run::ended(const ChildEnd& end, RunFiles& files)
 {
-    Ended ended = explain_end(end, told_, watch_, options_.limits);
     if (told_.returned && !end.stopped) {
         throw CommandError(
             ExitStatus::NotWritten,
             fmt::format("update returned, but what came of it could not be written: the process ended by {}{}",
-                        describe(ended), without_output(options_)));
+                        describe(explain_end(end, told_, watch_, options_.limits)), without_output(options_)));
     }
-    ended.last = watch_.seen(device_);
-    ended.last.step = told_.steps.current();
-    told_.steps.ended(ended.last.calls);
+    const Ended ended = ended_upgrade(end, watch_, options_.limits, device_, &told_);
     Ending ending{static_cast<int>(ExitStatus::UpgradeEnded), sentence_of(ended) + without_output(options_)};
     try {
         keep_log(files.log);
