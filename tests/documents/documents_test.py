@@ -34,6 +34,8 @@ NOT_RUN = {
     "tools/dev/planted-bugs": "takes long",
     "tools/dev/renew-upgrades": "changes the tree",
     "tools/dev/sweep": "a stage of ./check --all",
+    "tools/fleet/parallel": "needs hosts; tests/fleet/parallel_test.py runs it",
+    "tools/fleet/slurm": "needs a cluster; tests/fleet/slurm_test.py runs it",
     "bin/fuzz_xml_loader": "runs for an hour",
 }
 
@@ -62,7 +64,7 @@ def blocks(text):
 
 
 def is_command(text):
-    of_tree = r"\./(check|demo)|(tools/dev|tests/browser|bench)/[a-z-]+|(build/[a-z]+/)?bin/\w[\w-]*"
+    of_tree = r"\./(check|demo)|(tools/dev|tools/fleet|tests/browser|bench)/[a-z-]+|(build/[a-z]+/)?bin/\w[\w-]*"
     return re.match(rf"({of_tree}|cmake|ctest)( |$)", text)
 
 
@@ -158,7 +160,7 @@ class Documents(unittest.TestCase):
             self.assertTrue(same(shown, done.stdout.splitlines()), f"it prints\n{done.stdout}")
 
     def look_up(self, command):
-        program, *arguments = command.words
+        program, *arguments = command.words[:command.words.index("--")] if "--" in command.words else command.words
         if program.startswith("bin/fuzz_"):
             self.assertTrue((ROOT / "fuzz" / f"{program.removeprefix('bin/fuzz_')}.cpp").is_file())
             return

@@ -20,6 +20,9 @@ all_packages=(clang-14 libclang-rt-14-dev clang-tidy-14 cppcheck abigail-tools v
 browser_packages=(nodejs chromium chromium-sandbox fonts-dejavu-core)
 command -v npm >/dev/null || browser_packages+=(npm)
 
+# For tests/fleet/parallel_test.py and slurm_test.py, a stage of ./check --all: servers, which install_servers does not start.
+fleet_packages=(python3 parallel openssh-server openssh-client slurmctld slurmd slurm-client)
+
 coverage_packages=(gcovr)
 
 # For bench/run only.
@@ -47,6 +50,20 @@ install_missing() {
     say "Installing ${missing[*]}"
     as_root apt-get -qq update
     as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+enabled_units() { systemctl list-unit-files --state=enabled --no-legend 2>/dev/null | cut -d' ' -f1 | sort; }
+
+# The same for packages with servers: none of these is started, now or with the machine.
+install_servers() {
+    local policy=/usr/sbin/policy-rc.d before units status=0
+    before=$(enabled_units || true)
+    [ -e "$policy" ] || printf '#!/bin/sh\n# by tools/dev/setup.sh\nexit 101\n' | as_root install -m 755 /dev/stdin "$policy"
+    install_missing "$@" || status=$?
+    ! grep -q 'by tools/dev/setup.sh' "$policy" || as_root rm "$policy"
+    units=$(comm -13 <(echo "$before") <(enabled_units || true))
+    [ -z "$units" ] || as_root systemctl disable --quiet $units || true
+    return "$status"
 }
 
 # build PRESET [TARGET...]: configures build/PRESET and builds it; the compiler's output shows only when something fails.
