@@ -41,6 +41,7 @@ public:
 
     int descriptor() const noexcept { return descriptor_; }
     const std::string& target() const noexcept { return target_; }
+    const std::string& temporary() const noexcept { return temporary_; }  // its name until it is in place
 
     // Puts the file in place: content, then name, both on the disk when this returns. Throws CommandError (NotWritten)
     // with the old file untouched, or telling that the new one is there but its name not yet on the disk.

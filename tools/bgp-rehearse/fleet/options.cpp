@@ -5,11 +5,17 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/given_value.h"
 #include "base/option_kinds.h"
 #include "base/upgrade_limits.h"
+#include "fleet/merge/merge.h"
 #include "fleet/plan/make_plan.h"
+#include "fleet/report/comparison.h"
+#include "fleet/report/report.h"
+#include "fleet/report/show.h"
+#include "fleet/report/summary.h"
 #include "fleet/work/work.h"
 #include "run/shared_options.h"
 
@@ -101,9 +107,23 @@ void add_work(CLI::App* fleet, FleetAction* action)
     });
 }
 
+void add_database(CLI::App* verb, std::string* database)
+{
+    verb->add_option("FLEET.db", *database, "The database that fleet merge or fleet run made")
+        ->required()
+        ->option_text(" ");
+}
+
 void add_merge(CLI::App* fleet, FleetAction* action)
 {
-    add_unbuilt(fleet, "merge", "Put the results of all shards into a database", action);
+    auto options = std::make_shared<MergeOptions>();
+    CLI::App* verb = fleet->add_subcommand("merge", "Put the results of all shards into a database");
+    verb->add_option("PLAN", options->plan, "The plan that the parts are of")->required()->option_text(" ");
+    verb->add_option("PART", options->parts, "What fleet work left of each shard, in any order")
+        ->required()
+        ->option_text("...");
+    verb->add_option("-o,--output", options->output, "The database to write")->required()->option_text("FLEET.db");
+    verb->final_callback([=] { *action = [options] { return merge_fleet(*options); }; });
 }
 
 void add_run(CLI::App* fleet, FleetAction* action)
@@ -113,12 +133,62 @@ void add_run(CLI::App* fleet, FleetAction* action)
 
 void add_report(CLI::App* fleet, FleetAction* action)
 {
-    add_unbuilt(fleet, "report", "Rank the reasons to look at a router, worst first", action);
+    auto options = std::make_shared<FleetReportOptions>();
+    CLI::App* verb = fleet->add_subcommand("report", "Rank the reasons to look at a router, worst first");
+    add_database(verb, &options->database);
+    verb->add_option("--baseline", options->baseline,
+                     "Compare with an earlier database: what is worse, better, different")
+        ->option_text("OTHER.db");
+    verb->add_option("--csv", options->csv, "Write a table, a line for each finding of a router")->option_text("FILE");
+    verb->add_option("--json", options->json, "Write a JSON document")->option_text("FILE");
+    add_choice(verb, "--color", &options->colour, {"auto", "always", "never"}, "Whether the report has colours");
+    verb->final_callback([=] { *action = [options] { return report_fleet(*options); }; });
+}
+
+// One of the words, or nothing.
+void add_word(CLI::App* verb, const char* name, std::string* word, std::vector<std::string> words, const char* what)
+{
+    const std::string text = fmt::format("{}", fmt::join(words, "|"));
+    add_value(verb, name, text, what, [=](const std::string& given) { *word = words[given_word(given, words)]; });
+}
+
+void add_question(CLI::App* verb, FleetShowOptions* options)
+{
+    verb->add_option("--finding", options->finding, "Those that have a finding")->option_text("ID");
+    verb->add_option("--reason", options->reason, "Those that have a reason: its words, or the digits of the report")
+        ->option_text("REASON");
+    add_word(verb, "--severity", &options->severity, {"stop", "review", "note"},
+             "Of that finding or reason, or of any");
+    add_word(verb, "--verdict", &options->verdict, {kVerdicts.begin(), kVerdicts.end()}, "Those of a verdict");
+    add_word(verb, "--class", &options->input_class, {kInputClasses.begin(), kInputClasses.end()},
+             "Those whose backup is known whole, partly or not at all");
+    verb->add_option("--step", options->step, "Those where a step of the upgrade has an outcome")->option_text("NAME");
+    add_word(verb, "--outcome", &options->outcome, {kOutcomes.begin(), kOutcomes.end()}, "Of that step, or of any");
 }
 
 void add_show(CLI::App* fleet, FleetAction* action)
 {
-    add_unbuilt(fleet, "show", "List the routers that have a finding, a verdict or a name", action);
+    auto options = std::make_shared<FleetShowOptions>();
+    CLI::App* verb = fleet->add_subcommand("show", "List the routers that have a finding, a verdict or a name");
+    add_database(verb, &options->database);
+    add_question(verb, options.get());
+    CLI::Option* router =
+        verb->add_option("--router", options->router, "Show one router whole, and how its full report is made")
+            ->option_text("NAME");
+    verb->add_flag("--backup", options->backup, "Print that router's backup as it was found")->needs(router);
+    CLI::Option* baseline =
+        verb->add_option("--baseline", options->baseline, "Those that differ from an earlier database")
+            ->option_text("OTHER.db");
+    add_word(verb, "--difference", &options->difference, {kDifferences.begin(), kDifferences.end() - 1},
+             "Those that became so since");
+    verb->get_option("--difference")->needs(baseline);
+    for (const char* asked : {"--finding", "--reason", "--severity", "--verdict", "--class", "--step", "--outcome"}) {
+        verb->get_option(asked)->excludes(router)->excludes(baseline);
+    }
+    router->excludes(baseline);
+    verb->add_flag("--names", options->names, "Print nothing but names, one a line");
+    add_choice(verb, "--color", &options->colour, {"auto", "always", "never"}, "Whether the text has colours");
+    verb->final_callback([=] { *action = [options] { return show_fleet(*options); }; });
 }
 
 }  // namespace

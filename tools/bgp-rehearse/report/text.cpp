@@ -25,24 +25,6 @@ Paint paint_of(Severity severity) noexcept
     return severity == Severity::Stop ? Paint::Red : severity == Severity::Review ? Paint::Yellow : Paint::Plain;
 }
 
-// "52 moved, 42 moved and changed, 29 as they were, 0 removed": all fates, but not those of no row that are seldom.
-std::string fates_of(const RowCounts& rows)
-{
-    std::string text;
-    const auto add = [&text](std::size_t count, const char* fate) {
-        text.append(text.empty() ? "" : ", ").append(fmt::format("{} {}", grouped(count), fate));
-    };
-    for (const auto& [count, fate] :
-         {std::pair{rows.moved, "moved"}, {rows.moved_and_changed, "moved and changed"}, {rows.changed, "changed"}}) {
-        if (count > 0) {
-            add(count, fate);
-        }
-    }
-    add(rows.kept, "as they were");
-    add(rows.removed, "removed");
-    return text;
-}
-
 class TextReport {
 public:
     TextReport(const Report& report, const Look& look, int file) : report_(report), page_(look, file) {}
@@ -278,6 +260,23 @@ void TextReport::verdict()
 }
 
 }  // namespace
+
+std::string fates_of(const RowCounts& rows)
+{
+    std::string text;
+    const auto add = [&text](std::size_t count, const char* fate) {
+        text.append(text.empty() ? "" : ", ").append(fmt::format("{} {}", grouped(count), fate));
+    };
+    for (const auto& [count, fate] :
+         {std::pair{rows.moved, "moved"}, {rows.moved_and_changed, "moved and changed"}, {rows.changed, "changed"}}) {
+        if (count > 0) {
+            add(count, fate);
+        }
+    }
+    add(rows.kept, "as they were");
+    add(rows.removed, "removed");
+    return text;
+}
 
 bool write_text_report(const Report& report, const Look& look, int file)
 {

@@ -57,6 +57,16 @@ Statement::Statement(const Database& database, std::string_view text)
     statement_.reset(prepared);
 }
 
+Statement& Statement::with_texts(const std::vector<std::string>& values)
+{
+    reset();
+    int parameter = 0;
+    for (const std::string& value : values) {
+        give(++parameter, value);
+    }
+    return *this;
+}
+
 bool Statement::next()
 {
     const int result = sqlite3_step(statement_.get());

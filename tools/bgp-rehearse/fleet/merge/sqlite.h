@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -51,6 +52,8 @@ public:
         return *this;
     }
 
+    Statement& with_texts(const std::vector<std::string>& values);
+
     // Goes to the next row; false when there is none.
     bool next();
 
@@ -73,6 +76,7 @@ private:
     void give(int parameter, int64_t value);
     void give(int parameter, uint64_t value) { give(parameter, static_cast<int64_t>(value)); }
     void give(int parameter, int value) { give(parameter, static_cast<int64_t>(value)); }
+    void give(int parameter, uint32_t value) { give(parameter, static_cast<int64_t>(value)); }
     void give(int parameter, double value);
     void give(int parameter, std::string_view value);
     void give(int parameter, const std::string& value) { give(parameter, std::string_view(value)); }

@@ -237,6 +237,11 @@ std::string line_of(const PlannedInput& input)
     return json.dump();
 }
 
+FleetOptions fleet_options_of(std::string_view line)
+{
+    return parsed(line, options_of);
+}
+
 Plan plan_of(std::string_view line)
 {
     return parsed(line, plan_in);

@@ -15,6 +15,7 @@ std::string line_of(const PlannedInput& input);
 std::string line_of(const FleetOptions& options);
 
 // Throw std::invalid_argument, which tells what is wrong, for lines that were not made by line_of().
+FleetOptions fleet_options_of(std::string_view line);
 Plan plan_of(std::string_view line);
 PlannedInput input_of(std::string_view line);
 

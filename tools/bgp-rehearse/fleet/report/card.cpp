@@ -1,0 +1,282 @@
+#include "fleet/report/card.h"
+
+#include <arpa/inet.h>
+#include <fmt/format.h>
+
+#include <chrono>
+#include <cmath>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "base/exit_status.h"
+#include "base/given_value.h"
+#include "base/text_escape.h"
+#include "fleet/plan/lines.h"
+#include "fleet/report/shell_words.h"
+#include "judge/words.h"
+#include "report/device_time.h"
+#include "report/text.h"
+
+namespace bgp_rehearse {
+
+namespace {
+
+constexpr std::size_t kFacts = 13;
+constexpr std::size_t kSentences = 10;
+constexpr std::size_t kPlaces = kSentences + 2;
+constexpr std::size_t kSteps = 34;
+
+constexpr double kMegabyte = 1 << 20;
+
+Duration duration_of(double seconds)
+{
+    return Duration(std::llround(seconds * 1e9));
+}
+
+std::string about(const Database& database, const char* key)
+{
+    Statement statement(database, "SELECT value FROM about WHERE key = ?");
+    return statement.with(key).next() ? std::string(statement.text(0)) : std::string();
+}
+
+class Card {
+public:
+    Card(const Database& database, int64_t router, Page* page) : database_(database), router_(router), page_(page) {}
+
+    void add()
+    {
+        summary();
+        errors();
+        findings();
+        steps();
+    }
+
+private:
+    void title(std::string_view text) { page_->line(page_->painted(text, Paint::Bold)); }
+    void fact(std::string_view name, const std::string& text)
+    {
+        page_->line({2, fmt::format("{:<{}}", name, kFacts - 2), Paint::Plain, text, kFacts, {}});
+    }
+    void summary();
+    void rows(const Statement& router);
+    void device(const Statement& router);
+    void errors();
+    void findings();
+    void finding(const Statement& finding);
+    std::string places_of(int64_t finding);
+    void steps();
+
+    const Database& database_;
+    int64_t router_;
+    Page* page_;
+};
+
+void Card::summary()
+{
+    Statement router(
+        database_,
+        "SELECT name, verdict, sentence, input_class, bytes, sha256, stored, kept, changed, moved, "
+        "moved_and_changed, removed, new, result, reads, writes, failed_writes, seconds_least, seconds_most "
+        "FROM router WHERE number = ?");
+    router.with(router_).next();
+    page_->line({0,
+                 escaped(router.text(0)),
+                 Paint::Bold,
+                 fmt::format(": {}. {}", router.text(1), escaped(router.text(2))),
+                 2,
+                 {}});
+    fact("backup", fmt::format("{}, {}, SHA-256 {}", router.text(3), counted(router.count(4), {"byte", "bytes"}),
+                               router.text(5).empty() ? "not known" : router.text(5)));
+    if (router.text(3) != "refused") {
+        rows(router);
+        device(router);
+    }
+}
+
+void Card::rows(const Statement& router)
+{
+    RowCounts rows;
+    int column = 6;
+    for (std::size_t* const each : {&rows.stored, &rows.kept, &rows.changed, &rows.moved, &rows.moved_and_changed,
+                                    &rows.removed, &rows.added, &rows.result}) {
+        *each = router.count(column++);
+    }
+    fact("rows", fmt::format("{} stored: {}; {} new", grouped(rows.stored), fates_of(rows), grouped(rows.added)));
+}
+
+void Card::device(const Statement& router)
+{
+    fact("device", fmt::format("{}, {} ({} failed): {}", counted(router.count(14), {"read", "reads"}),
+                               counted(router.count(15), {"write", "writes"}), grouped(router.count(16)),
+                               words_of(DurationRange{duration_of(router.real(17)), duration_of(router.real(18))})));
+}
+
+void Card::errors()
+{
+    Statement error(database_, "SELECT text FROM error WHERE router = ? ORDER BY number");
+    bool any = false;
+    for (error.with(router_); error.next();) {
+        if (!any) {
+            title("Errors");
+        }
+        any = true;
+        page_->line({2, {}, Paint::Plain, escaped(error.text(0)), 4, {}});
+    }
+}
+
+void Card::findings()
+{
+    Statement each(database_,
+                   "SELECT number, severity, sentence, step, advice FROM finding WHERE router = ? ORDER BY number");
+    bool any = false;
+    for (each.with(router_); each.next();) {
+        if (!any) {
+            title("Findings");
+        }
+        any = true;
+        finding(each);
+    }
+    if (!any) {
+        title("Findings: none");
+    }
+}
+
+void Card::finding(const Statement& finding)
+{
+    const std::string_view severity = finding.text(1);
+    const std::string word = severity == "stop" ? "STOP" : severity == "review" ? "REVIEW" : "note";
+    const Paint paint = severity == "stop" ? Paint::Red : severity == "review" ? Paint::Yellow : Paint::Plain;
+    page_->line({2, fmt::format("{:<{}}", word, kSentences - 2), paint, escaped(finding.text(2)), kSentences,
+                 escaped(finding.text(3))});
+    for (const std::string& text : {places_of(finding.number(0)), std::string(finding.text(4))}) {
+        if (!text.empty()) {
+            page_->line({kPlaces, {}, Paint::Plain, escaped(text), kPlaces, {}});
+        }
+    }
+}
+
+std::string Card::places_of(int64_t finding)
+{
+    Statement place(database_, "SELECT text FROM place WHERE router = ? AND finding = ? ORDER BY number");
+    std::string text;
+    for (place.with(router_, finding); place.next();) {
+        text.append(text.empty() || place.text(0).empty() ? "" : "; ").append(place.text(0));
+    }
+    return text;
+}
+
+void Card::steps()
+{
+    Statement step(database_, "SELECT name, outcome FROM step WHERE router = ? ORDER BY number");
+    bool any = false;
+    for (step.with(router_); step.next();) {
+        if (!any) {
+            title("Steps");
+        }
+        any = true;
+        page_->line(fmt::format("  {:<{}}{}", escaped(step.text(0)), kSteps - 2, escaped(step.text(1))));
+    }
+}
+
+InputSource source_of(const Statement& router)
+{
+    const std::string path = unescaped_name(router.text(3));
+    if (router.text(2) == "archive") {
+        return ArchiveMember{path, router.count(4), std::nullopt};
+    }
+    if (router.text(2) == "repository") {
+        return RepositoryObject{path, std::string(router.text(5))};
+    }
+    return StoredFile{path};
+}
+
+std::string words_of_addresses(const std::vector<in_addr>& addresses)
+{
+    std::string words;
+    for (const in_addr& address : addresses) {
+        char text[INET_ADDRSTRLEN] = "";
+        inet_ntop(AF_INET, &address, text, sizeof text);
+        words.append(words.empty() ? "" : ",").append(text);
+    }
+    return words;
+}
+
+// The options of `bgp-rehearse run` that rehearse an input as its fleet was.
+std::vector<std::string> run_options(const FleetOptions& fleet, const DeviceFacts& facts, const std::string& library)
+{
+    std::vector<std::string> words = {"--library", library};
+    const auto add = [&words](const char* option, const std::string& value) {
+        words.insert(words.end(), {option, value});
+    };
+    const DeviceOptions& device = fleet.device;
+    if (device.interfaces_known || facts.interfaces) {
+        add("--interfaces", words_of_addresses(device.interfaces_known ? device.interfaces : *facts.interfaces));
+    }
+    if (device.user_profile_known || facts.user_profile) {
+        add("--user-profile", std::to_string(device.user_profile_known ? device.user_profile : *facts.user_profile));
+    }
+    if (device.max_entries != DeviceOptions().max_entries) {
+        add("--max-entries", std::to_string(device.max_entries));
+    }
+    const double seconds = std::chrono::duration<double>(fleet.time_limit).count();
+    add("--time-limit", seconds > 0 ? fmt::format("{}s", seconds) : "none");
+    if (fleet.memory_limit > 0) {
+        add("--memory-limit", fmt::format("{}M", static_cast<double>(fleet.memory_limit) / kMegabyte));
+    }
+    for (const auto& [id, level] : fleet.severities) {
+        add("--severity", id + "=" + level);
+    }
+    return words;
+}
+
+}  // namespace
+
+void add_card(const Database& database, int64_t router, const std::string& file, Page* page)
+{
+    Card(database, router, page).add();
+    page->line(page->painted("Full report", Paint::Bold));
+    page->line("  " + full_report_command(database, router, file));
+}
+
+PlannedInput planned_input(const Database& database, int64_t router)
+{
+    Statement found(
+        database,
+        "SELECT number, name, source, path, member, object, bytes, sha256, interfaces, user_profile FROM router "
+        "WHERE number = ?");
+    found.with(router).next();
+    PlannedInput input;
+    input.number = found.count(0);
+    input.name = found.text(1);
+    input.source = source_of(found);
+    input.bytes = found.count(6);
+    input.sha256 = found.text(7);
+    if (!found.null(8)) {
+        input.facts.interfaces = given_addresses(std::string(found.text(8)), ",");
+    }
+    if (!found.null(9)) {
+        input.facts.user_profile = static_cast<uint32_t>(found.number(9));
+    }
+    return input;
+}
+
+std::string full_report_command(const Database& database, int64_t router, const std::string& file)
+{
+    const PlannedInput input = planned_input(database, router);
+    std::vector<std::string> run = {"bgp-rehearse", "run", "-"};
+    std::string before;
+    if (const auto* const stored = std::get_if<StoredFile>(&input.source)) {
+        run.back() = stored->path;
+    } else if (const auto* const object = std::get_if<RepositoryObject>(&input.source)) {
+        before = shell_words({"git", "-C", object->repository, "cat-file", "blob", object->object}) + " | ";
+    } else {
+        before = shell_words({"bgp-rehearse", "fleet", "show", file, "--router", input.name, "--backup"}) + " | ";
+    }
+    const std::vector<std::string> options = run_options(fleet_options_of(about(database, "options")), input.facts,
+                                                         unescaped_name(about(database, "library_path")));
+    run.insert(run.end(), options.begin(), options.end());
+    return before + shell_words(run);
+}
+
+}  // namespace bgp_rehearse
