@@ -137,9 +137,9 @@ void write_fates(const RowCounts& rows, Markup* page)
     page->open("ul", {{"id", "fates"}, {"aria-label", "What becomes of the rows"}});
     for (const auto& [fate, count, words] : kFates) {
         page->open("li").open("a", {{"href", "#changes"}, {"data-fate", fate}});
-        page->line("strong", grouped(count)).text(words).close().close();
+        page->line("strong", grouped(count)).text(" ").text(words).close().close();
     }
-    page->open("li").open("span").line("strong", grouped(rows.kept)).text(rows.kept == 1 ? "stays" : "stay").close();
+    page->open("li").open("span").line("strong", grouped(rows.kept)).text(rows.kept == 1 ? " stays" : " stay").close();
     page->close().close();
 }
 
@@ -152,7 +152,7 @@ void write_verdict(const Report& report, const Ending& ending, Markup* page)
                                  : name_of(report.judgement->verdict.severity);
     page->open("header", {{"id", "verdict"}, {"class", kind}});
     page->open("p", {{"class", "about"}}).text("Rehearsal of the upgrade with ").foreign(library_words(report)).close();
-    page->open("h1").line("span", word, {{"class", "word"}}).foreign(report.inputs.configuration).close();
+    page->open("h1").line("span", word, {{"class", "word"}}).text(" ").foreign(report.inputs.configuration).close();
     page->open("p", {{"class", "reason"}});
     report.judgement ? page->foreign(report.judgement->verdict.sentence) : page->text("Nothing was rehearsed.");
     page->close();
@@ -216,8 +216,9 @@ bool write_html_report(const Report& report, const Ending& ending, int file)
 {
     Markup page(file);
     write_head(report, &page);
-    page.open("body").line("a", "Skip to the findings", {{"class", "skip"}, {"href", "#findings"}});
+    page.open("body");
     if (report.judgement) {
+        page.line("a", "Skip to the findings", {{"class", "skip"}, {"href", "#findings"}});
         write_navigation(&page);
     }
     page.open("main");
