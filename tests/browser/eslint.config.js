@@ -37,21 +37,24 @@ const strict = {
     strict: ['error', 'safe'],
 };
 
-const markup = ['innerHTML', 'outerHTML', 'insertAdjacentHTML', 'write', 'writeln', 'createContextualFragment', 'srcdoc',
-    'parseFromString', 'setHTMLUnsafe'];
+const markup = ['innerHTML', 'outerHTML', 'insertAdjacentHTML', 'write', 'writeln', 'createContextualFragment',
+    'srcdoc', 'parseFromString', 'setHTMLUnsafe'];
 
 module.exports = [
     js.configs.recommended,
     {linterOptions: {reportUnusedDisableDirectives: 'error'}, rules: strict},
     {
         files: ['tests/browser/**/*.js'],
-        languageOptions: {ecmaVersion: 2022, sourceType: 'commonjs', globals: {...globals.node, ...globals.browser}},
+        languageOptions: {
+            ecmaVersion: 2022, sourceType: 'commonjs', globals: {...globals.node, ...globals.browser},
+        },
     },
     {
         files: ['tools/bgp-rehearse/report/html/**/*.js'],
         languageOptions: {ecmaVersion: 2022, sourceType: 'script', globals: globals.browser},
         rules: {
-            'no-restricted-properties': ['error', ...markup.map((property) => ({property, message: 'text nodes only'}))],
+            'no-restricted-properties': ['error',
+                ...markup.map((property) => ({property, message: 'text nodes only'}))],
             'no-restricted-globals': ['error', 'fetch', 'XMLHttpRequest', 'WebSocket', 'EventSource', 'localStorage'],
         },
     },

