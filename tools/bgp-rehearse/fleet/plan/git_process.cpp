@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -35,12 +36,9 @@ std::vector<std::string> environment_for_git()
 
 std::vector<char*> pointers(std::vector<std::string>& texts)
 {
-    std::vector<char*> all;
-    for (std::string& text : texts) {
-        all.push_back(text.data());
-    }
-    all.push_back(nullptr);
-    return all;
+    std::vector<char*> all(texts.size() + 1);
+    std::transform(texts.begin(), texts.end(), all.begin(), [](std::string& text) { return text.data(); });
+    return all;  // with a null at its end
 }
 
 // Signals strike as from a shell, also where the command has them wait.

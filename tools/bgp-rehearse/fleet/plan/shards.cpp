@@ -53,10 +53,9 @@ public:
             taken[shard].push_back(unit);
             loads.emplace(seconds + unit.seconds, shard);
         }
-        std::vector<std::vector<uint32_t>> all;
-        for (std::vector<Unit>& units : taken) {
-            all.push_back(inputs_of(&units));
-        }
+        std::vector<std::vector<uint32_t>> all(shards_);
+        std::transform(taken.begin(), taken.end(), all.begin(),
+                       [this](std::vector<Unit>& units) { return inputs_of(&units); });
         return all;
     }
 
