@@ -15,7 +15,7 @@ from typing import Callable, Iterator, List, Optional, TypeVar
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COMMAND = os.environ.get("BGP_REHEARSE", str(ROOT / "build/release/bin/bgp-rehearse"))
-ROUTERS = 1500
+ROUTERS = 900
 KINDS = 12
 SHARDS = 6
 PATIENCE = 180.0  # seconds, for whatever is waited for

@@ -13,8 +13,8 @@ namespace bgp_rehearse {
 namespace {
 
 // Measured: a router of few rows, and what its rows add.
-constexpr double kSecondsEach = 0.002;
-constexpr double kSecondsPerByte = 60e-9;
+constexpr double kSecondsEach = 0.003;
+constexpr double kSecondsPerByte = 50e-9;
 constexpr double kPacked = 12;  // that much more XML is in what is compressed
 
 bool is_packed(std::string_view name)
