@@ -1,98 +1,95 @@
-"use strict";
-// The log as one sees it: its lines with their numbers, those with a text alone where one is asked for.
-/* global Elements, Model, Windowed */
+// The log as one sees it: its lines with their numbers, or those that have a text.
+/* global Elements, Filter, Windowed */
 /* exported LogView */
 
-const LogView = (() => {
-    const {element, foreign, byId, grouped, counted} = Elements;
-
-    function over(log) {
-        const scroller = byId("log-lines");
-        let numbers = log.lines.map((line, number) => number);
-        let active = -1;
-        const list = Windowed.over(scroller, draw, () => active);
-
-        function draw(at) {
-            const number = numbers[at] + 1;
-            return element(
-                "div",
-                {class: at === active ? "line target" : "line", role: "listitem", id: `log-${number}`, "data-line": at},
-                element("a", {href: `#log-${number}`, class: "number", tabindex: at === active ? "0" : "-1"}, grouped(number)),
-                element("span", {class: "text"}, foreign(log.lines[number - 1])),
-            );
-        }
-
-        function tell() {
-            const number = numbers[active];
-            byId("log-line").replaceChildren(
-                ...(number === undefined ? [] : [element("strong", {}, `Line ${grouped(number + 1)} `), foreign(log.lines[number])]),
-            );
-        }
-
-        function show(query) {
-            const finds = Model.finder(query);
-            const line = numbers[active];
-            numbers = [];
-            log.lines.forEach((text, number) => {
-                if (query === "" || finds(text)) {
-                    numbers.push(number);
-                }
-            });
-            active = numbers.indexOf(line);
-            byId("log-matches").textContent =
-                query === "" ? counted(log.lines.length, "line", "lines") : `${grouped(numbers.length)} of ${counted(log.lines.length, "line", "lines")}`;
-            list.show(numbers.length);
-            tell();
-        }
-
-        function choose(at) {
-            const before = active;
-            active = Math.max(0, Math.min(at, numbers.length - 1));
-            list.redraw(before);
-            list.redraw(active);
-            list.reveal(active);
-            tell();
-        }
-
-        // Shows a line, from 1. False where the page does not have it.
-        function reveal(number) {
-            if (!(number >= 1 && number <= log.lines.length)) {
-                return false;
-            }
-            if (!numbers.includes(number - 1)) {
-                byId("log-search").value = "";
-                show("");
-            }
-            choose(numbers.indexOf(number - 1));
-            list.centre(active);
-            return true;
-        }
-
-        const KEYS = {
-            ArrowDown: () => choose(active + 1),
-            ArrowUp: () => choose(active - 1),
-            Home: () => choose(0),
-            End: () => choose(numbers.length - 1),
-            PageDown: () => choose(active + list.linesInView()),
-            PageUp: () => choose(active - list.linesInView()),
-        };
-
-        scroller.addEventListener("keydown", (event) => {
-            if (KEYS[event.key] !== undefined && numbers.length > 0) {
-                event.preventDefault();
-                KEYS[event.key]();
-            }
-        });
-        scroller.addEventListener("click", (event) => {
-            const line = event.target.closest(".line");
-            if (line !== null) {
-                choose(Number(line.dataset.line));
-            }
-        });
-        byId("log-search").addEventListener("input", () => show(byId("log-search").value));
-        show("");
-        return {reveal};
+class LogView {
+    constructor(log) {
+        this.log = log;
+        this.places = []; // of the lines that are shown
+        this.chosen = -1;
+        this.scroller = Elements.byId('log-lines');
+        this.list = new Windowed(this.scroller, (at) => this.draw(at), () => this.chosen);
+        this.listen();
+        this.search('');
     }
 
-    return {over};
-})();
+    draw(at) {
+        const {element, foreign, grouped} = Elements;
+        const number = this.places[at] + 1;
+        const chosen = at === this.chosen;
+        return element(
+            'div', {class: chosen ? 'line target' : 'line', role: 'listitem', id: `log-${number}`, 'data-at': at},
+            element('a', {href: `#log-${number}`, class: 'number', tabindex: chosen ? '0' : '-1'}, grouped(number)),
+            element('span', {class: 'text'}, foreign(this.log.lines[number - 1])),
+        );
+    }
+
+    search(query) {
+        const finds = Filter.finder(query);
+        const place = this.places[this.chosen];
+        this.places = [];
+        this.log.lines.forEach((text, at) => {
+            if (finds(text)) {
+                this.places.push(at);
+            }
+        });
+        this.chosen = this.places.indexOf(place);
+        this.list.show(this.places.length);
+        const {grouped, counted, byId} = Elements;
+        const all = counted(this.log.lines.length, 'line', 'lines');
+        byId('log-matches').textContent = query === '' ? all : `${grouped(this.places.length)} of ${all}`;
+        this.tell();
+    }
+
+    choose(at) {
+        const before = this.chosen;
+        this.chosen = Math.max(0, Math.min(at, this.places.length - 1));
+        this.list.redraw(before);
+        this.list.reveal(this.chosen);
+        this.list.redraw(this.chosen);
+        this.tell();
+    }
+
+    // The chosen line may be wider than the list.
+    tell() {
+        const {element, foreign, grouped, byId} = Elements;
+        const place = this.places[this.chosen];
+        const parts = place === undefined ? [] : [
+            element('strong', {}, `Line ${grouped(place + 1)} `), foreign(this.log.lines[place]),
+        ];
+        byId('log-line').replaceChildren(...parts);
+    }
+
+    // Shows a line by its number. False where the page does not have it.
+    reveal(number) {
+        if (number < 1 || number > this.log.lines.length) {
+            return false;
+        }
+        if (!this.places.includes(number - 1)) {
+            Elements.byId('log-search').value = '';
+            this.search('');
+        }
+        this.choose(this.places.indexOf(number - 1));
+        this.list.centre(this.chosen);
+        return true;
+    }
+
+    listen() {
+        const onLine = (act) => () => this.places.length > 0 && act();
+        Elements.onKeys(this.scroller, {
+            ArrowDown: onLine(() => this.choose(this.chosen + 1)),
+            ArrowUp: onLine(() => this.choose(this.chosen - 1)),
+            Home: onLine(() => this.choose(0)),
+            End: onLine(() => this.choose(this.places.length - 1)),
+            PageDown: onLine(() => this.choose(this.chosen + this.list.linesInView())),
+            PageUp: onLine(() => this.choose(this.chosen - this.list.linesInView())),
+        });
+        this.scroller.addEventListener('click', (event) => {
+            const line = event.target.closest('.line');
+            if (line !== null) {
+                this.choose(Number(line.dataset.at));
+            }
+        });
+        Elements.byId('log-search').addEventListener('input', (event) => this.search(event.target.value));
+    }
+}
