@@ -141,13 +141,12 @@ void write_table(const Account& account, Markup* page)
     page->open("table", {{"id", "account-table"}, {"role", "table"}, {"aria-labelledby", "account-title"}});
     write_head(page);
     page->open("tbody", {{"role", "rowgroup"}});
+    write_row("All lists", {}, account.total, page);
     for (const ListAccount& each : account.lists) {
         if (!each.rows.untouched()) {
             write_row(name_of(*each.list), each.list->path(), each.rows, page);
         }
     }
-    page->close().open("tfoot", {{"role", "rowgroup"}});
-    write_row("All lists", {}, account.total, page);
     page->close().close();
 }
 

@@ -25,7 +25,7 @@ const Filter = (() => {
             return path !== '' && (lower.startsWith(wanted) || wanted.startsWith(`${lower}/`));
         };
         return (place) => {
-            const {path, from} = Model.told(model, place);
+            const {path, from} = Model.paths(model, model.rows[place]);
             return fits(path) || fits(from);
         };
     }

@@ -12,7 +12,7 @@ namespace bgp_rehearse {
 namespace {
 
 // More would make a page of a large router slow to open; the changes show all rows.
-constexpr std::size_t kMostPlaces = 200;
+constexpr std::size_t kMostPlaces = 100;
 
 const char* word_of(Severity severity) noexcept
 {

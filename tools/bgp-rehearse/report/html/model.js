@@ -80,21 +80,31 @@ const Model = (() => {
         return leaves;
     }
 
-    // A row in words, by its place: its keypath now and as it was stored ("" where it is the same), and its leaves.
+    // The keypath of a row, and the one that it came from, "" where it has not moved.
+    function paths(model, row) {
+        const [around, key, from] = row[TEXT].split('\n', 3);
+        const list = pathOfGroup(model, {list: row[LIST], around});
+        return {
+            path: isRow(row) ? `${list}{${key}}` : list,
+            from: from === '' ? '' : `${list}{${from}}`,
+        };
+    }
+
+    // A row in words, by its place, with its leaves.
     function told(model, place) {
         const row = model.rows[place];
-        const [around, key, from, words, ...texts] = row[TEXT].split('\n');
-        const list = pathOfGroup(model, {list: row[LIST], around});
+        const [, , , words, ...texts] = row[TEXT].split('\n');
         return {
             number: place + 1,
             fate: row[FATE],
             step: row[STEP],
             words: words === '' ? model.lists[row[LIST]][1] : words,
-            path: isRow(row) ? `${list}{${key}}` : list,
-            from: from === '' ? '' : `${list}{${from}}`,
+            ...paths(model, row),
             leaves: leavesOf(row, texts),
         };
     }
 
-    return {LIST, FATE, STEP, DEPTH, TEXT, LEAF_STEPS, NO_ROW, empty, take, isRow, countLeaves, pathOfGroup, told};
+    return {
+        LIST, FATE, STEP, DEPTH, TEXT, LEAF_STEPS, NO_ROW, empty, take, isRow, countLeaves, pathOfGroup, paths, told,
+    };
 })();

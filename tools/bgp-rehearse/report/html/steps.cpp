@@ -25,6 +25,11 @@ struct Failures {
     std::vector<FailedCalls::Call> told;  // the first of them
 };
 
+bool is_usual(const Failures& failures)
+{
+    return failures.all > 0 && failures.unexpected == 0;
+}
+
 std::size_t calls_of(const Step& step)
 {
     return step.calls.reads + step.calls.writes;
@@ -46,7 +51,7 @@ private:
     void part(std::size_t number, double from, double width);
     void table();
     void row(std::size_t number);
-    void what_came_of(const Step& step, const Failures& failures);
+    void what_came_of(const Step& step);
     void failed_writes(const Failures& failures);
     void failed_write(const FailedCalls::Call& call);
     void number(const char* what, std::size_t count, bool ran);
@@ -96,7 +101,7 @@ std::string Steps::failed_words(std::size_t number) const
 {
     const CallTotals& calls = report_.steps[number].calls;
     const Failures& failures = failures_[number];
-    const char* const as_usual = failures.all > 0 && failures.unexpected == 0 ? ", as on every such router" : "";
+    const char* const as_usual = is_usual(failures) ? ", as on every such router" : "";
     return fmt::format("{} of {} failed{}", grouped(calls.failed_writes), counted(calls.writes, {"write", "writes"}),
                        as_usual);
 }
@@ -125,8 +130,19 @@ void Steps::line()
     page_.close().open("figcaption");
     page_.text(fmt::format("{} from the first to the last, by the numbers of the steps below. ",
                            counted(all, {"read or write", "reads and writes"})));
-    page_.line("span", "▼ writes failed", {{"class", "unexpected"}}).text(" ");
-    page_.line("span", "▽ writes failed as on every such router", {{"class", "expected"}});
+    const auto any = [this](bool usual) {
+        bool found = false;
+        for (std::size_t i = 0; i < report_.steps.size(); ++i) {
+            found = found || (report_.steps[i].calls.failed_writes > 0 && is_usual(failures_[i]) == usual);
+        }
+        return found;
+    };
+    if (any(false)) {
+        page_.line("span", "▼ writes failed", {{"class", "unexpected"}}).text(" ");
+    }
+    if (any(true)) {
+        page_.line("span", "▽ writes failed as on every such router", {{"class", "expected"}});
+    }
     page_.close().close();
 }
 
@@ -150,7 +166,7 @@ void Steps::part(std::size_t number, double from, double width)
         page_.line("text", std::to_string(number + 1), {{"x", middle}, {"y", "35"}, {"text-anchor", "middle"}});
     }
     if (failed) {
-        const bool usual = failures.all > 0 && failures.unexpected == 0;
+        const bool usual = is_usual(failures);
         page_.line(
             "text", usual ? "▽" : "▼",
             {{"class", usual ? "expected" : "unexpected"}, {"x", middle}, {"y", "12"}, {"text-anchor", "middle"}});
@@ -185,7 +201,7 @@ void Steps::row(std::size_t number)
     page_.open("th", {{"scope", "row"}, {"role", "rowheader"}}).text(step.title).text(" ");
     page_.line("code", step.name).close();
     page_.open("td", {{"role", "cell"}});
-    what_came_of(step, failures_[number]);
+    what_came_of(step);
     if (const std::size_t line = log_line_of(number + 1); line > 0) {
         page_.text(" ").line("a", "its log", {{"href", link_to_line(line)}});
     }
@@ -196,7 +212,7 @@ void Steps::row(std::size_t number)
     page_.close();
 }
 
-void Steps::what_came_of(const Step& step, const Failures& /*failures*/)
+void Steps::what_came_of(const Step& step)
 {
     page_.line("span", name_of(step.outcome), {{"class", "outcome"}});
     if (step.runs > 1) {
@@ -215,7 +231,7 @@ void Steps::failed_writes(const Failures& failures)
     if (failures.all == 0) {
         return;
     }
-    const char* const usual = failures.unexpected == 0 ? ", as on every such router" : "";
+    const char* const usual = is_usual(failures) ? ", as on every such router" : "";
     page_.open("details").line("summary",
                                fmt::format("{} failed{}", counted(failures.all, {"write", "writes"}), usual));
     page_.open("ul", {{"class", "places"}});
