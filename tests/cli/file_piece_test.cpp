@@ -35,7 +35,7 @@ TEST(FilePiece, LongTail_IsMovedWhole)
     for (int i = 0; i < 30000; ++i) {
         tail += std::to_string(i) + " ";  // more than is moved at once
     }
-    for (const std::string text : {std::string(), std::string(100000, 'x')}) {
+    for (const std::string& text : {std::string(), std::string(100000, 'x')}) {
         EXPECT_TRUE(replaced("head", tail, text) == "head" + text + tail);
     }
 }

@@ -17,12 +17,31 @@ bool stands_for_itself(char byte)
     return byte >= ' ' && byte < '\x7f' && byte != '"' && byte != '\\';
 }
 
+// What stands behind a backslash for a character; 0 where there is no such sign, or one that is seldom.
+char sign_of(char byte)
+{
+    return byte == '\n' ? 'n' : byte == '"' || byte == '\\' ? byte : '\0';
+}
+
+void append_with_signs(std::string_view text, std::string* json)
+{
+    for (const char byte : text) {
+        const char sign = sign_of(byte);
+        json->append(sign == '\0' ? "" : "\\").append(1, sign == '\0' ? byte : sign);
+    }
+}
+
 }  // namespace
 
 void append_json(std::string_view text, std::string* json)
 {
     if (std::all_of(text.begin(), text.end(), stands_for_itself)) {
         json->append("\"").append(text).append("\"");
+    } else if (std::all_of(text.begin(), text.end(),
+                           [](char byte) { return stands_for_itself(byte) || sign_of(byte) != '\0'; })) {
+        *json += '"';
+        append_with_signs(text, json);
+        *json += '"';
     } else {
         *json += nlohmann::json(text).dump(-1, ' ', true, nlohmann::json::error_handler_t::replace);
     }

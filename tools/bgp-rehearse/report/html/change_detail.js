@@ -13,7 +13,7 @@ const ChangeDetail = (() => {
         if (name === '') {
             return null;
         }
-        const log = element('a', {href: `#log-${line}`}, 'its part of the log');
+        const log = element('a', {href: `#log-${line}`}, 'its log');
         return element(
             'p', {class: 'step'},
             'by ', element('a', {href: `#step-${number}`}, title), ...(line === 0 ? [] : [', ', log]),

@@ -26,7 +26,7 @@ using bgp_platform::store::List;
 using bgp_platform::store::Row;
 using bgp_platform::store::Trail;
 
-constexpr std::size_t kMostBytes = std::size_t{1} << 29;  // of changes in a page
+constexpr std::size_t kMostBytes = std::size_t{3} << 27;  // of changes in a page
 constexpr std::size_t kChunk = 500;                       // rows in a line of the data
 
 constexpr Fate kFates[] = {Fate::AsItWas, Fate::Changed, Fate::Moved, Fate::MovedAndChanged, Fate::Removed, Fate::New};

@@ -1,5 +1,5 @@
 // The tree of changes as one sees it: filtered, opened, and chosen from by keyboard and pointer.
-/* global ChangeDetail, ChangeLines, Elements, Filter, Tree, Windowed */
+/* global ChangeDetail, ChangeLines, Elements, Filter, Model, Tree, Windowed */
 /* exported ChangesView */
 
 class ChangesView {
@@ -7,7 +7,7 @@ class ChangesView {
 
     constructor(model) {
         this.model = model;
-        this.rows = Tree.view(model, Filter.none).count;
+        this.rows = Model.countRows(model);
         this.tree = Elements.byId('tree');
         this.lines = [];
         this.chosen = 0;

@@ -78,20 +78,20 @@ void Findings::write(const Finding& finding, std::size_t number)
 
 void Findings::step(const Finding& finding)
 {
-    const std::string link = link_to_step(report_, finding.step);
-    if (finding.step.empty()) {
-        return;
+    const auto step = std::find_if(report_.steps.begin(), report_.steps.end(),
+                                   [&finding](const Step& each) { return each.name == finding.step; });
+    if (step != report_.steps.end()) {
+        page_.text(" in ").line("a", step->title, {{"href", link_to_step(report_, finding.step)}});
     }
-    page_.text(" in ");
-    link.empty() ? page_.line("code", finding.step) : page_.line("a", finding.step, {{"href", link}});
 }
 
 void Findings::to_changes(std::size_t number, std::size_t rows)
 {
     if (rows > 0) {
         const std::string finding = std::to_string(number);
-        page_.text(" ").line("a", fmt::format("show {} among the changes", counted(rows, {"row", "rows"})),
-                             {{"href", "#changes"}, {"data-finding", finding}});
+        page_.text(" \xc2\xb7 ")
+            .line("a", fmt::format("show {} among the changes", counted(rows, {"row", "rows"})),
+                  {{"href", "#changes"}, {"data-finding", finding}});
     }
 }
 

@@ -1,6 +1,8 @@
 #include "report/html/markup.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 
 #include "base/output_file.h"
 #include "base/text_escape.h"
@@ -10,6 +12,13 @@ namespace bgp_rehearse {
 namespace {
 
 constexpr std::size_t kPiece = 1 << 16;
+
+// Whether it stands among words: behind it a line end would be a blank.
+bool is_in_line(std::string_view element)
+{
+    constexpr std::string_view kInLine[] = {"a", "code", "kbd", "span", "strong"};
+    return std::find(std::begin(kInLine), std::end(kInLine), element) != std::end(kInLine);
+}
 
 void append_text(std::string_view text, std::string* out)
 {
@@ -68,7 +77,7 @@ Markup& Markup::open(std::string_view element, Attributes attributes)
 
 Markup& Markup::close()
 {
-    out_.append("</").append(open_.back()).append(">\n");
+    out_.append("</").append(open_.back()).append(is_in_line(open_.back()) ? ">" : ">\n");
     open_.pop_back();
     write_when_large();
     return *this;

@@ -22,15 +22,14 @@ const Model = (() => {
         };
     }
 
-    function aroundOf(row) {
-        return row[TEXT].slice(0, row[TEXT].indexOf('\n'));
+    function isIn(group, row) {
+        return group !== undefined && group.list === row[LIST] && row[TEXT].startsWith(group.start);
     }
 
     function addToGroup(model, row) {
-        const group = model.groups[model.groups.length - 1];
-        const around = aroundOf(row);
-        if (group === undefined || group.list !== row[LIST] || group.around !== around) {
-            model.groups.push({list: row[LIST], around});
+        if (!isIn(model.groups[model.groups.length - 1], row)) {
+            const around = row[TEXT].slice(0, row[TEXT].indexOf('\n'));
+            model.groups.push({list: row[LIST], around, start: `${around}\n`});
         }
     }
 
@@ -57,6 +56,12 @@ const Model = (() => {
     // What lies outside of all lists is no row, and has no fate.
     function isRow(row) {
         return row[LIST] !== 0;
+    }
+
+    // It comes first, where it has changed.
+    function countRows(model) {
+        const outside = model.rows.length > 0 && !isRow(model.rows[0]) ? 1 : 0;
+        return model.rows.length - outside;
     }
 
     function countLeaves(row) {
@@ -105,6 +110,7 @@ const Model = (() => {
     }
 
     return {
-        LIST, FATE, STEP, DEPTH, TEXT, LEAF_STEPS, NO_ROW, empty, take, isRow, countLeaves, pathOfGroup, paths, told,
+        LIST, FATE, STEP, DEPTH, TEXT, LEAF_STEPS, NO_ROW, empty, take, isRow, countRows, countLeaves, pathOfGroup,
+        paths, told,
     };
 })();

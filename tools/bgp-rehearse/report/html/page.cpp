@@ -143,6 +143,24 @@ void write_fates(const RowCounts& rows, Markup* page)
     page->close().close();
 }
 
+// Those that did not end the upgrade, what validation said, and what was called when the upgrade ended.
+void write_faults(const Report& report, Markup* page)
+{
+    const auto fact = [page](const std::string& text) { page->open("p", {{"class", "fault"}}).foreign(text).close(); };
+    for (const bgp_platform::Fault& fault : report.faults) {
+        fact(fmt::format("Fault in {} ({}:{}): {}", fault.function, fault.source, fault.line, fault.text));
+    }
+    if (report.check) {
+        fact(report.check->empty() ? "The result is valid." : "The result is not valid: " + *report.check);
+    }
+    if (report.ended && !report.ended->last.function.empty()) {
+        const LastSeen& last = report.ended->last;
+        fact(fmt::format("The last call was {}{}, after {} and {}.", last.function,
+                         last.under_way ? ", which had not returned" : "", counted(last.calls.reads, {"read", "reads"}),
+                         counted(last.calls.writes, {"write", "writes"})));
+    }
+}
+
 void write_verdict(const Report& report, const Ending& ending, Markup* page)
 {
     const std::string word = word_of(report);
@@ -162,6 +180,7 @@ void write_verdict(const Report& report, const Ending& ending, Markup* page)
     if (report.device != nullptr) {
         write_device_time(report, page);
     }
+    write_faults(report, page);
     page->raw(kEndingBegins).text(ending_words(ending)).raw(kEndingEnds).raw("\n");
     if (report.device != nullptr && report.judgement) {
         write_fates(report.judgement->account.total, page);
