@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "base/exit_status.h"
 
@@ -274,6 +275,26 @@ ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(
         }
     }
     return wait_for(child);
+}
+
+ChildEnd run_children(const InterruptGuard& interrupts, std::size_t count, const std::function<int()>& body,
+                      const std::function<void()>& on_tick)
+{
+    std::vector<pid_t> children(count);
+    std::generate(children.begin(), children.end(), [&] { return begin_child(interrupts, body); });
+    ChildEnd end;
+    while (!children.empty() && end.status == 0 && end.signal == 0 && end.interrupted_by == 0) {
+        const int signal = wait_for_signal(interrupts, std::chrono::milliseconds(kTick));
+        end.interrupted_by = signal == SIGCHLD ? 0 : signal;
+        on_tick();
+        const auto ended = std::find_if(children.begin(), children.end(), has_ended);
+        if (ended != children.end() && end.interrupted_by == 0) {
+            end = wait_for(*ended);
+            children.erase(ended);
+        }
+    }
+    std::for_each(children.begin(), children.end(), end_child);
+    return end;
 }
 
 }  // namespace bgp_rehearse

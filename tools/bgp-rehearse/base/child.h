@@ -2,6 +2,7 @@
 #pragma once
 
 #include <csignal>
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <string_view>
@@ -54,5 +55,11 @@ ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int(
 // is left; none: it may take as long as it does.
 ChildEnd run_in_child(const InterruptGuard& interrupts, const std::function<int()>& body,
                       const std::function<std::optional<Duration>()>& time_left);
+
+// Several such children at a time that all do the same, until all have ended or the command is interrupted; calls `on_tick`
+// a few times a second. When one ends by a signal or with another status than 0, the others are ended: that one's end is
+// returned.
+ChildEnd run_children(const InterruptGuard& interrupts, std::size_t count, const std::function<int()>& body,
+                      const std::function<void()>& on_tick);
 
 }  // namespace bgp_rehearse

@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "base/given_value.h"
@@ -16,6 +18,7 @@
 #include "fleet/report/report.h"
 #include "fleet/report/show.h"
 #include "fleet/report/summary.h"
+#include "fleet/run/fleet_run.h"
 #include "fleet/work/work.h"
 #include "run/shared_options.h"
 
@@ -33,18 +36,7 @@ constexpr char kStatuses[] =
 
 constexpr std::size_t kMostShards = 1'000'000;
 constexpr uint64_t kNoLimit = std::numeric_limits<uint64_t>::max();
-
-// A verb that is still to come: whatever it is given, it says so.
-void add_unbuilt(CLI::App* fleet, const std::string& name, const std::string& what, FleetAction* action)
-{
-    CLI::App* verb = fleet->add_subcommand(name, what);
-    verb->prefix_command();
-    verb->final_callback([=] {
-        *action = [name]() -> ExitStatus {
-            throw CommandError(ExitStatus::BadInput, fmt::format("fleet {}: this build cannot do that yet", name));
-        };
-    });
-}
+constexpr std::size_t kMostJobs = 1024;
 
 // What is rehearsed and how: of `plan`, and of `run`, which begins with a plan.
 void add_planning(CLI::App* verb, PlanOptions* options)
@@ -128,7 +120,18 @@ void add_merge(CLI::App* fleet, FleetAction* action)
 
 void add_run(CLI::App* fleet, FleetAction* action)
 {
-    add_unbuilt(fleet, "run", "Plan, work and merge on this machine", action);
+    CLI::App* verb = fleet->add_subcommand("run", "Plan, work and merge on this machine");
+    const auto options = std::make_shared<FleetRunOptions>();
+    options->jobs = std::max(1U, std::thread::hardware_concurrency());
+    add_planning(verb, &options->plan);
+    CLI::Option* const output = verb->add_option("-o,--output", options->output, "Where the database goes")
+                                    ->required()
+                                    ->option_text("FLEET.db");
+    add_number(verb, "--jobs", &options->jobs, kMostJobs, "Routers at a time", 1);
+    verb->final_callback([=] {
+        refuse_empty(*output, "-o");
+        *action = [options] { return run_fleet(*options); };
+    });
 }
 
 void add_report(CLI::App* fleet, FleetAction* action)
