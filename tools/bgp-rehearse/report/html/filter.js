@@ -30,8 +30,9 @@ const Filter = (() => {
         };
     }
 
+    // A key is found in braces, too, as reports show it.
     function textFinder(model, query) {
-        const finds = finder(query);
+        const finds = finder(query.replace(/^\{|\}$/g, ''));
         const lists = model.lists.map(([path]) => finds(path));
         return (place) => {
             const row = model.rows[place];

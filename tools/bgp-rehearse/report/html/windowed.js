@@ -22,7 +22,7 @@ class Windowed {
         this.space = Elements.element('div', {class: 'space', role: 'presentation'});
         scroller.replaceChildren(this.space);
         scroller.addEventListener('scroll', () => this.paint(), {passive: true});
-        new ResizeObserver(() => this.show(this.count)).observe(scroller);
+        new ResizeObserver(() => this.fit()).observe(scroller);
         window.addEventListener('beforeprint', () => this.print(true));
         window.addEventListener('afterprint', () => this.print(false));
     }
@@ -35,6 +35,15 @@ class Windowed {
         this.drawn.clear();
         this.space.style.height = `${this.pixels()}px`;
         this.paint();
+    }
+
+    // After the size has changed, and with it perhaps that of a line.
+    fit() {
+        const hadFocus = this.element(this.kept())?.matches(':focus');
+        this.show(this.count);
+        if (hadFocus) {
+            this.element(this.kept())?.focus({preventScroll: true});
+        }
     }
 
     // Draws a line anew, where it is drawn.
