@@ -12,6 +12,9 @@ const reports = require('./reports');
 const flags = ['--disable-gpu', '--disable-quic', '--no-first-run', '--disable-background-networking',
     '--disable-component-update', '--disable-sync'];
 
+// Milliseconds that anything may take before it counts as hanging, on a machine however busy.
+const longest = 240000;
+
 // Root may not use Chromium's sandbox.
 const launch = () => chromium.launch({
     executablePath: '/usr/bin/chromium', args: flags, chromiumSandbox: process.getuid() !== 0,
@@ -40,6 +43,7 @@ function listen(page) {
 // Opens a file in a new context of the browser, at a fragment such as "#log".
 async function openFile(browser, file, options = {}, fragment = '') {
     const context = await browser.newContext({viewport: {width: 1280, height: 900}, ...options});
+    context.setDefaultTimeout(longest);
     const page = await context.newPage();
     const heard = listen(page);
     await page.goto(pathToFileURL(file).href + fragment);

@@ -32,8 +32,7 @@ class ReportPage {
         if (await this.page.locator('#changes-view').count() === 0) {
             return false;
         }
-        await this.page.waitForFunction(() => /\d/.test(document.querySelector('#matches').textContent), null,
-            {timeout: 120000});
+        await this.page.waitForFunction(() => /\d/.test(document.querySelector('#matches').textContent));
         return true;
     }
 
