@@ -27,6 +27,7 @@ inline std::string fake_library(const ScratchFolder& folder, const std::string& 
 #include <string.h>
 #include <unistd.h>
 #include <cassert>
+#include <initializer_list>
 #include "conf_updt_log.h"
 #include "confd_cdb.h"
 #include "confd_maapi.h"
