@@ -326,7 +326,8 @@ TEST_F(RehearsePage, UpgradeThatEnded_HasAPageWithItsPlaceAndItsLog)
         exit(7);)",
                                      1);
     EXPECT_THAT(html, HasSubstr("<header id=\"verdict\" class=\"stop\">"));
-    EXPECT_THAT(html, HasSubstr("written last: /router/bgp{65010}/router-id"));
+    EXPECT_THAT(between(html, "<article id=\"finding-1\"", "</article>"),
+                AllOf(HasSubstr("written last: /router/bgp{65010}/router-id"), HasSubstr("<a href=\"#log-1\">")));
     EXPECT_EQ(between(html, "<p id=\"ending\">", "<"),
               "The command exits with status 1: the upgrade ended in an exit with status 7");
     EXPECT_THAT(html, HasSubstr("what the upgrade had done is gone with its process"));

@@ -69,6 +69,9 @@ void Findings::write(const Finding& finding, std::size_t number)
     }
     page_.open("p", {{"class", "about"}}).line("code", name_of(finding.id));
     step(finding);
+    if (finding.id == FindingId::Ended && !report_.log.empty()) {
+        page_.text(" \xc2\xb7 ").line("a", "the last line of the log", {{"href", link_to_line(report_.log.size())}});
+    }
     const std::size_t rows = numbers_.of(finding).size();
     to_changes(number, rows);
     page_.close();
