@@ -50,7 +50,7 @@ module.exports = [
         },
     },
     {
-        files: ['tools/bgp-rehearse/report/html/**/*.js'],
+        files: ['tools/bgp-rehearse/{report,fleet/report}/html/**/*.js'],
         languageOptions: {ecmaVersion: 2022, sourceType: 'script', globals: globals.browser},
         rules: {
             'no-restricted-properties': ['error',

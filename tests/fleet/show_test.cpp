@@ -175,8 +175,8 @@ TEST_F(Show, Command_HasTheOptionsOfThePlanAndTheFactsOfTheRouter)
     with_options.input(1).facts.interfaces = {{in_addr{htonl(0xC0000201)}, in_addr{htonl(0xC0000202)}}};
     merge(with_options);
     EXPECT_EQ(command("b/edge-2.xml"),
-              "  bgp-rehearse run /backups/b/edge-2.xml --library /opt/lib/libbgp_update.so --interfaces "
-              "192.0.2.1,192.0.2.2 --user-profile 3 --max-entries 1000 --time-limit 1.5s --memory-limit 512M "
+              "  bgp-rehearse run /backups/b/edge-2.xml --interfaces 192.0.2.1,192.0.2.2 --library "
+              "/opt/lib/libbgp_update.so --user-profile 3 --max-entries 1000 --time-limit 1.5s --memory-limit 512M "
               "--severity 'row-left=note' --severity 'row-lost=review'");
 }
 

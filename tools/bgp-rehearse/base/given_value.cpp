@@ -57,4 +57,15 @@ std::vector<in_addr> given_addresses(const std::string& text, const char* separa
     return addresses;
 }
 
+std::string words_of_addresses(const std::vector<in_addr>& addresses)
+{
+    std::string words;
+    for (const in_addr& address : addresses) {
+        char text[INET_ADDRSTRLEN] = "";
+        inet_ntop(AF_INET, &address, text, sizeof text);
+        words.append(words.empty() ? "" : ",").append(text);
+    }
+    return words;
+}
+
 }  // namespace bgp_rehearse

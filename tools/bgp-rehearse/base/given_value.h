@@ -20,4 +20,7 @@ std::size_t given_word(const std::string& text, const std::vector<std::string>& 
 // IPv4 addresses, at least one, between any one of the separators.
 std::vector<in_addr> given_addresses(const std::string& text, const char* separators);
 
+// Addresses as an option takes them: "192.0.2.1,192.0.2.2".
+std::string words_of_addresses(const std::vector<in_addr>& addresses);
+
 }  // namespace bgp_rehearse

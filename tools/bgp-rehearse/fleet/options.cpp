@@ -144,6 +144,7 @@ void add_report(CLI::App* fleet, FleetAction* action)
         ->option_text("OTHER.db");
     verb->add_option("--csv", options->csv, "Write a table, a line for each finding of a router")->option_text("FILE");
     verb->add_option("--json", options->json, "Write a JSON document")->option_text("FILE");
+    verb->add_option("--html", options->html, "Write a page for a browser")->option_text("FILE");
     add_choice(verb, "--color", &options->colour, {"auto", "always", "never"}, "Whether the report has colours");
     verb->final_callback([=] { *action = [options] { return report_fleet(*options); }; });
 }

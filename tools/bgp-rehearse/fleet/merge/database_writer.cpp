@@ -1,12 +1,11 @@
 #include "fleet/merge/database_writer.h"
 
-#include <arpa/inet.h>
-
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string_view>
 #include <variant>
 
+#include "base/given_value.h"
 #include "base/sha256.h"
 #include "base/text_escape.h"
 #include "fleet/merge/schema.h"
@@ -36,20 +35,6 @@ SourceColumns columns_of(const InputSource& source)
         return {"repository", escaped_name(object->repository), std::nullopt, object->object};
     }
     return {"file", escaped_name(std::get<StoredFile>(source).path), std::nullopt, std::nullopt};
-}
-
-std::optional<std::string> words_of(const std::optional<std::vector<in_addr>>& interfaces)
-{
-    if (!interfaces) {
-        return std::nullopt;
-    }
-    std::string words;
-    for (const in_addr& address : *interfaces) {
-        char text[INET_ADDRSTRLEN] = "";
-        inet_ntop(AF_INET, &address, text, sizeof text);
-        words.append(words.empty() ? "" : ",").append(text);
-    }
-    return words;
 }
 
 // All that a plan says of the fleet as a whole, but for its shards.
@@ -121,11 +106,15 @@ void DatabaseWriter::add_router(const PlannedInput& input, const RouterResult& r
 {
     const RowCounts& rows = result.account;
     const SourceColumns source = columns_of(input.source);
+    std::optional<std::string> interfaces;
+    if (input.facts.interfaces) {
+        interfaces = words_of_addresses(*input.facts.interfaces);
+    }
     router_.run(result.number, result.name, result.sha256, result.bytes, result.input_class, result.verdict,
                 result.sentence, result.exit_status, rows.stored, rows.kept, rows.changed, rows.moved,
                 rows.moved_and_changed, rows.removed, rows.added, rows.result, result.calls.reads, result.calls.writes,
                 result.calls.failed_writes, result.seconds_least, result.seconds_most, course_of(result), source.source,
-                source.path, source.member, source.object, words_of(input.facts.interfaces), input.facts.user_profile);
+                source.path, source.member, source.object, interfaces, input.facts.user_profile);
 }
 
 void DatabaseWriter::add_finding(const RouterResult& result, std::size_t number)

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <future>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -20,7 +22,7 @@ namespace bgp_rehearse {
 namespace {
 
 constexpr std::size_t kShownMistakes = 20;
-constexpr std::size_t kBetweenLooks = 1024;  // routers, at signals that ask the command to end
+constexpr std::size_t kAtOnce = 1024;  // results that are parsed at once
 
 [[noreturn]] void refuse(const std::string& output, const std::vector<std::string>& mistakes)
 {
@@ -134,17 +136,54 @@ RouterResult result_for(const Expected& expected, const IndexedPart& part)
     }
 }
 
+// Lines are parsed while the results before them are written: both take about as long.
+class ResultsInOrder {
+public:
+    ResultsInOrder(const std::vector<Expected>& all, const Parts& parts) : all_(all), parts_(parts) { begin_next(); }
+
+    // Of the next inputs; none behind the last.
+    std::vector<RouterResult> next()
+    {
+        std::vector<RouterResult> results = next_.get();
+        begin_next();
+        return results;
+    }
+
+private:
+    void begin_next()
+    {
+        const std::size_t first = begun_;
+        begun_ = std::min(begun_ + kAtOnce, all_.size());
+        next_ = std::async(std::launch::async, [this, first, end = begun_] { return parsed(first, end); });
+    }
+
+    std::vector<RouterResult> parsed(std::size_t first, std::size_t end) const
+    {
+        std::vector<RouterResult> results;
+        for (std::size_t i = first; i < end; ++i) {
+            results.push_back(result_for(all_[i], parts_.of_shard(all_[i].shard)));
+        }
+        return results;
+    }
+
+    const std::vector<Expected>& all_;
+    const Parts& parts_;
+    std::size_t begun_ = 0;
+    std::future<std::vector<RouterResult>> next_;
+};
+
 void write(const Plan& plan, const std::vector<Expected>& all, const Parts& parts, const InterruptGuard& interrupts,
            const std::string& file)
 {
     DatabaseWriter writer(file, plan);
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        if (i % kBetweenLooks == 0) {
-            if (const int signal = interrupts.take(); signal != 0) {
-                throw Interrupted{signal};
-            }
+    ResultsInOrder results(all, parts);
+    for (std::vector<RouterResult> batch = results.next(); !batch.empty(); batch = results.next()) {
+        if (const int signal = interrupts.take(); signal != 0) {
+            throw Interrupted{signal};
         }
-        writer.add(*all[i].input, result_for(all[i], parts.of_shard(all[i].shard)));
+        for (const RouterResult& result : batch) {
+            writer.add(*all[result.number].input, result);
+        }
     }
     writer.finish();
 }

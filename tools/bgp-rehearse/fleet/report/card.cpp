@@ -1,19 +1,12 @@
 #include "fleet/report/card.h"
 
-#include <arpa/inet.h>
 #include <fmt/format.h>
 
-#include <chrono>
 #include <cmath>
 #include <string_view>
-#include <variant>
-#include <vector>
 
-#include "base/exit_status.h"
-#include "base/given_value.h"
 #include "base/text_escape.h"
-#include "fleet/plan/lines.h"
-#include "fleet/report/shell_words.h"
+#include "fleet/report/command.h"
 #include "judge/words.h"
 #include "report/device_time.h"
 #include "report/text.h"
@@ -27,17 +20,9 @@ constexpr std::size_t kSentences = 10;
 constexpr std::size_t kPlaces = kSentences + 2;
 constexpr std::size_t kSteps = 34;
 
-constexpr double kMegabyte = 1 << 20;
-
 Duration duration_of(double seconds)
 {
     return Duration(std::llround(seconds * 1e9));
-}
-
-std::string about(const Database& database, const char* key)
-{
-    Statement statement(database, "SELECT value FROM about WHERE key = ?");
-    return statement.with(key).next() ? std::string(statement.text(0)) : std::string();
 }
 
 class Card {
@@ -179,104 +164,13 @@ void Card::steps()
     }
 }
 
-InputSource source_of(const Statement& router)
-{
-    const std::string path = unescaped_name(router.text(3));
-    if (router.text(2) == "archive") {
-        return ArchiveMember{path, router.count(4), std::nullopt};
-    }
-    if (router.text(2) == "repository") {
-        return RepositoryObject{path, std::string(router.text(5))};
-    }
-    return StoredFile{path};
-}
-
-std::string words_of_addresses(const std::vector<in_addr>& addresses)
-{
-    std::string words;
-    for (const in_addr& address : addresses) {
-        char text[INET_ADDRSTRLEN] = "";
-        inet_ntop(AF_INET, &address, text, sizeof text);
-        words.append(words.empty() ? "" : ",").append(text);
-    }
-    return words;
-}
-
-// The options of `bgp-rehearse run` that rehearse an input as its fleet was.
-std::vector<std::string> run_options(const FleetOptions& fleet, const DeviceFacts& facts, const std::string& library)
-{
-    std::vector<std::string> words = {"--library", library};
-    const auto add = [&words](const char* option, const std::string& value) {
-        words.insert(words.end(), {option, value});
-    };
-    const DeviceOptions& device = fleet.device;
-    if (device.interfaces_known || facts.interfaces) {
-        add("--interfaces", words_of_addresses(device.interfaces_known ? device.interfaces : *facts.interfaces));
-    }
-    if (device.user_profile_known || facts.user_profile) {
-        add("--user-profile", std::to_string(device.user_profile_known ? device.user_profile : *facts.user_profile));
-    }
-    if (device.max_entries != DeviceOptions().max_entries) {
-        add("--max-entries", std::to_string(device.max_entries));
-    }
-    const double seconds = std::chrono::duration<double>(fleet.time_limit).count();
-    add("--time-limit", seconds > 0 ? fmt::format("{}s", seconds) : "none");
-    if (fleet.memory_limit > 0) {
-        add("--memory-limit", fmt::format("{}M", static_cast<double>(fleet.memory_limit) / kMegabyte));
-    }
-    for (const auto& [id, level] : fleet.severities) {
-        add("--severity", id + "=" + level);
-    }
-    return words;
-}
-
 }  // namespace
 
 void add_card(const Database& database, int64_t router, const std::string& file, Page* page)
 {
     Card(database, router, page).add();
     page->line(page->painted("Full report", Paint::Bold));
-    page->line("  " + full_report_command(database, router, file));
-}
-
-PlannedInput planned_input(const Database& database, int64_t router)
-{
-    Statement found(
-        database,
-        "SELECT number, name, source, path, member, object, bytes, sha256, interfaces, user_profile FROM router "
-        "WHERE number = ?");
-    found.with(router).next();
-    PlannedInput input;
-    input.number = found.count(0);
-    input.name = found.text(1);
-    input.source = source_of(found);
-    input.bytes = found.count(6);
-    input.sha256 = found.text(7);
-    if (!found.null(8)) {
-        input.facts.interfaces = given_addresses(std::string(found.text(8)), ",");
-    }
-    if (!found.null(9)) {
-        input.facts.user_profile = static_cast<uint32_t>(found.number(9));
-    }
-    return input;
-}
-
-std::string full_report_command(const Database& database, int64_t router, const std::string& file)
-{
-    const PlannedInput input = planned_input(database, router);
-    std::vector<std::string> run = {"bgp-rehearse", "run", "-"};
-    std::string before;
-    if (const auto* const stored = std::get_if<StoredFile>(&input.source)) {
-        run.back() = stored->path;
-    } else if (const auto* const object = std::get_if<RepositoryObject>(&input.source)) {
-        before = shell_words({"git", "-C", object->repository, "cat-file", "blob", object->object}) + " | ";
-    } else {
-        before = shell_words({"bgp-rehearse", "fleet", "show", file, "--router", input.name, "--backup"}) + " | ";
-    }
-    const std::vector<std::string> options = run_options(fleet_options_of(about(database, "options")), input.facts,
-                                                         unescaped_name(about(database, "library_path")));
-    run.insert(run.end(), options.begin(), options.end());
-    return before + shell_words(run);
+    page->line("  " + FullReportCommands(database, file).whole(router));
 }
 
 }  // namespace bgp_rehearse

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 #include "base/child.h"
 #include "base/output_file.h"
@@ -13,6 +14,7 @@
 #include "fleet/merge/schema.h"
 #include "fleet/report/comparison.h"
 #include "fleet/report/csv.h"
+#include "fleet/report/html/page.h"
 #include "fleet/report/json.h"
 #include "fleet/report/shell_words.h"
 #include "fleet/report/summary.h"
@@ -69,11 +71,29 @@ void print(const FleetReportOptions& options, const FleetSummary& summary, const
     }
 }
 
+void check_different(const FleetReportOptions& options)
+{
+    const std::pair<const char*, const std::string*> files[] = {
+        {"--csv", &options.csv}, {"--json", &options.json}, {"--html", &options.html}};
+    for (const auto& [option, name] : files) {
+        for (const auto& [other, taken] : files) {
+            if (taken == name) {
+                break;
+            }
+            if (!name->empty() && !taken->empty()) {
+                refuse_same_file(option, *name, fmt::format("the file of {}", other), *taken);
+            }
+        }
+    }
+}
+
 void report(const FleetReportOptions& options, const Database& database)
 {
+    check_different(options);
     const InterruptGuard interrupts;
     BesideFile csv("--csv", options.csv, options);
     BesideFile json("--json", options.json, options);
+    BesideFile html("--html", options.html, options);
     const FleetSummary summary = summary_of(database);
     std::optional<Comparison> comparison;
     if (!options.baseline.empty()) {
@@ -82,6 +102,7 @@ void report(const FleetReportOptions& options, const Database& database)
     const Comparison* const compared = comparison ? &*comparison : nullptr;
     csv.write([&](int file) { return write_csv(database, file); });
     json.write([&](int file) { return write_fleet_json(summary, compared, database, file); });
+    html.write([&](int file) { return write_fleet_page(summary, database, options.database, file); });
     print(options, summary, compared);
 }
 

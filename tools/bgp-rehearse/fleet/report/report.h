@@ -13,6 +13,7 @@ struct FleetReportOptions {
     std::string baseline;  // the database to compare with; empty: none
     std::string csv;       // files to write beside the text; empty: none
     std::string json;
+    std::string html;
     Colour colour = Colour::Auto;
 };
 

@@ -10,8 +10,8 @@
 #include "base/text_escape.h"
 #include "fleet/merge/schema.h"
 #include "fleet/plan/input_reader.h"
-#include "fleet/plan/lines.h"
 #include "fleet/report/card.h"
+#include "fleet/report/command.h"
 #include "fleet/report/comparison.h"
 #include "fleet/report/question.h"
 #include "judge/words.h"
@@ -75,11 +75,9 @@ void show_differences(const FleetShowOptions& options, const Database& database,
 
 void show_backup(const Database& database, int64_t router)
 {
-    Statement about(database, "SELECT value FROM about WHERE key = 'options'");
-    about.next();
     const PlannedInput input = planned_input(database, router);
     try {
-        print_out(InputReader(fleet_options_of(about.text(0)).max_bytes).read(input));
+        print_out(InputReader(options_of_fleet(database).max_bytes).read(input));
     } catch (const InputError& error) {
         throw CommandError(ExitStatus::BadInput, fmt::format("{}: {}", escaped(input.name), escaped(error.what())));
     }

@@ -1,12 +1,11 @@
-// Style and scripts of a page, from the files in this folder.
+// Styles and scripts of the pages, from the files beside them.
 #pragma once
 
-#include <string_view>
-#include <vector>
+#include "report/html/frame.h"
 
 namespace bgp_rehearse {
 
-std::string_view page_style();
-const std::vector<std::string_view>& page_scripts();  // in the order in which they are run
+Assets report_assets();  // of the report on a rehearsal
+Assets fleet_assets();   // of that on a fleet
 
 }  // namespace bgp_rehearse

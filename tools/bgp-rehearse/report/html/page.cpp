@@ -9,11 +9,11 @@
 #include <utility>
 #include <vector>
 
-#include "base/base64.h"
 #include "base/file_piece.h"
 #include "base/sha256.h"
 #include "judge/words.h"
 #include "report/html/assets.h"
+#include "report/html/frame.h"
 #include "report/html/markup.h"
 #include "report/html/parts.h"
 
@@ -23,24 +23,6 @@ namespace {
 
 constexpr std::string_view kEndingBegins = "<p id=\"ending\">";
 constexpr std::string_view kEndingEnds = "</p>";
-
-// Nothing from outside, and of what is inside just this style and these scripts.
-std::string security_policy()
-{
-    const auto hash = [](std::string_view text) {
-        Sha256 sum;
-        sum.add(text);
-        const Sha256::Digest digest = sum.digest();
-        return fmt::format(" 'sha256-{}'", base64_of({reinterpret_cast<const char*>(digest.data()), digest.size()}));
-    };
-    std::string scripts;
-    for (const std::string_view script : page_scripts()) {
-        scripts += hash(script);
-    }
-    return fmt::format(
-        "default-src 'none'; script-src{}; style-src{}; img-src data:; base-uri 'none'; form-action 'none'", scripts,
-        hash(page_style()));
-}
 
 const char* word_of(const Report& report)
 {
@@ -57,37 +39,6 @@ std::string library_words(const Report& report)
 {
     const LibraryVersion version = version_of(report.inputs.library);
     return version.version.empty() ? report.inputs.library : version.name + " " + version.version;
-}
-
-void write_head(const Report& report, Markup* page)
-{
-    page->raw("<!DOCTYPE html>\n").open("html", {{"lang", "en"}}).open("head");
-    page->element("meta", {{"charset", "utf-8"}});
-    page->element("meta", {{"http-equiv", "Content-Security-Policy"}, {"content", security_policy()}});
-    page->element("meta", {{"name", "viewport"}, {"content", "width=device-width, initial-scale=1"}});
-    page->element("meta", {{"name", "color-scheme"}, {"content", "light dark"}});
-    page->line("title", fmt::format("{}: {} - upgrade rehearsal", word_of(report), short_name(report)));
-    page->element("link", {{"rel", "icon"}, {"href", "data:,"}});  // else a browser asks its server for one
-    page->open("style").raw(page_style()).close();
-    page->close();
-}
-
-void write_scripts(Markup* page)
-{
-    for (const std::string_view script : page_scripts()) {
-        page->open("script").raw(script).close();
-    }
-}
-
-void write_navigation(Markup* page)
-{
-    constexpr std::pair<const char*, const char*> kParts[] = {
-        {"#findings", "Findings"}, {"#account", "Rows"}, {"#steps", "Steps"}, {"#changes", "Changes"}, {"#log", "Log"}};
-    page->open("nav", {{"aria-label", "Parts of the report"}}).open("ul");
-    for (const auto& [link, name] : kParts) {
-        page->open("li").line("a", name, {{"href", link}}).close();
-    }
-    page->close().close();
 }
 
 // What stands in the element of the ending.
@@ -234,11 +185,17 @@ void write_parts(const Report& report, Markup* page)
 bool write_html_report(const Report& report, const Ending& ending, int file)
 {
     Markup page(file);
-    write_head(report, &page);
+    const Assets assets = report_assets();
+    write_head(fmt::format("{}: {} - upgrade rehearsal", word_of(report), short_name(report)), assets, &page);
     page.open("body");
     if (report.judgement) {
         page.line("a", "Skip to the findings", {{"class", "skip"}, {"href", "#findings"}});
-        write_navigation(&page);
+        write_navigation({{"#findings", "Findings"},
+                          {"#account", "Rows"},
+                          {"#steps", "Steps"},
+                          {"#changes", "Changes"},
+                          {"#log", "Log"}},
+                         &page);
     }
     page.open("main");
     write_verdict(report, report.judgement ? ending : Ending{ending.status, {}}, &page);
@@ -246,7 +203,7 @@ bool write_html_report(const Report& report, const Ending& ending, int file)
     page.close();
     write_inputs(report, &page);
     if (report.judgement) {
-        write_scripts(&page);
+        write_scripts(assets, &page);
     }
     page.close().close();
     return page.finish();
