@@ -12,7 +12,7 @@ const reports = require('./support/reports');
 // With `at`, of what lies at that fragment.
 const pictures = [
     {name: 'edge-router', report: 'edge-router'},
-    {name: 'edge-router-changes', report: 'edge-router', at: '#row-9', height: 800},
+    {name: 'edge-router-changes', report: 'edge-router', at: '#row-14', height: 800},
     {name: 'edge-router-dark', report: 'edge-router', colorScheme: 'dark'},
     {name: 'edge-router-narrow', report: 'edge-router', width: 360},
     {name: 'provider-edge', report: 'provider-edge'},

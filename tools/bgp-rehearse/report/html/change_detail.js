@@ -53,7 +53,7 @@ const ChangeDetail = (() => {
         const fate = model.fates[row.fate];
         const parts = [
             element('h3', {}, foreign(row.words)),
-            element('p', {class: 'fate'}, ChangeLines.mark(fate), fate),
+            element('p', {class: 'fate'}, ChangeLines.mark(fate), ` ${fate}`),
             row.from === '' ? null : path('from ', row.from),
             path(row.from === '' ? '' : 'to ', row.path),
             step(model, row.step),
