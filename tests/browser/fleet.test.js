@@ -1,5 +1,5 @@
-// The page of a fleet: its counts lead to their routers, search and filters find them, each router tells the command that
-// makes its full report; texts stay texts; and it reads at any width and in both themes.
+// The page of a fleet: its counts lead to their routers, search and filters find them, each router tells the command
+// that makes its full report; texts stay texts; and it reads at any width and in both themes.
 'use strict';
 
 const assert = require('node:assert/strict');

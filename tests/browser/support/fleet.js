@@ -1,5 +1,5 @@
-// Fleets that the tests of their page look at, from results that are made up: their plan and parts are written here, and
-// bgp-rehearse merges them and writes the page.
+// Fleets that the tests of their page look at, from results that are made up: their plan and parts are written here,
+// and bgp-rehearse merges them and writes the page.
 'use strict';
 
 const {spawnSync} = require('node:child_process');

@@ -75,7 +75,8 @@ class RoutersView {
         const [severity, finding, text] = this.model.reasons[number - 1];
         return element(
             'li', {class: severity},
-            element('a', {href: `#reason-${number}`}, foreign(text)), ` (${severity}, `, element('code', {}, finding), ')',
+            element('a', {href: `#reason-${number}`}, foreign(text)),
+            ` (${severity}, `, element('code', {}, finding), ')',
         );
     }
 
