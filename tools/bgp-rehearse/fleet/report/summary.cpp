@@ -26,6 +26,7 @@ template <typename Words>
 std::vector<RouterCount> counts_of(const Database& database, const char* column, const Words& words)
 {
     std::vector<RouterCount> counts;
+    counts.reserve(std::size(words));
     for (const char* word : words) {
         counts.push_back({word, 0});
     }
