@@ -3,7 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 #include "base/text_escape.h"
 #include "fleet/report/csv.h"
@@ -97,6 +99,68 @@ protected:
 
     ScratchFolder folder_;
 };
+
+TEST_F(Report, Text_RanksTheReasonsAndAddsUp)
+{
+    const std::string database = MadeUpFleet(routers()).merged(folder_);
+    EXPECT_EQ(
+        report(database),
+        "Fleet of 7 routers: 1 STOP, 1 REFUSED, 3 REVIEW, 2 SAFE\n"
+        "  library    libbgp_update.so 0.2.0\n"
+        "Verdicts       routers\n"
+        "  STOP               1    14.3 %                                                      --verdict STOP\n"
+        "  REFUSED            1    14.3 %                                                   --verdict REFUSED\n"
+        "  REVIEW             3    42.9 %                                                    --verdict REVIEW\n"
+        "  SAFE               2    28.6 %                                                      --verdict SAFE\n"
+        "  together           7\n"
+        "Reasons        routers\n"
+        "  STOP               1  an odd leaf                                                          refused\n"
+        "                        core-1.xml                                   --reason 320fb1 --severity stop\n"
+        "  STOP               1  rows are lost                                                       row-lost\n"
+        "                        edge-3.xml                                   --reason 4b6a9b --severity stop\n"
+        "  REVIEW             4  rows stay behind                                                    row-left\n"
+        "                        edge-1.xml, edge-2.xml, edge-3.xml and 1 more  --reason 2954e0 --severity review\n"
+        "  REVIEW             1  an address family is off                                          family-off\n"
+        "                        edge-2.xml                                 --reason 29504d --severity review\n"
+        "  note               1  rows stay behind                                                    row-left\n"
+        "                        edge-5.xml                                   --reason 2954e0 --severity note\n"
+        "  together           8  6 routers with reasons, each counted under every one that it has; 1 without\n"
+        "Backups        routers\n"
+        "  whole              5    71.4 %                                                       --class whole\n"
+        "  partly             1    14.3 %                                                      --class partly\n"
+        "  refused            1    14.3 %                                                     --class refused\n"
+        "  together           7\n"
+        "Steps                                         ran    did not run       not told\n"
+        "  update                                        6              -              1\n"
+        "  update_vrf                                    -              6              1\n"
+        "  each line comes to 7   --step NAME --outcome \"nothing to do\"\n"
+        "Each line opens its list: bgp-rehearse fleet show " +
+            database + " with the option at its right\n");
+}
+
+// The options at the right of a line list as many routers as it counts.
+TEST_F(Report, EachCount_OpensItsList)
+{
+    const std::string database = MadeUpFleet(routers()).merged(folder_);
+    const std::regex counted("  [A-Za-z]+ +([0-9]+)  .*");
+    const std::regex opens(".* --(verdict|class|reason) (\\S+)(?: --severity (\\S+))?");
+    std::size_t opened = 0;
+    std::string count;
+    for (const std::string& line : lines_of(report(database))) {
+        std::smatch match;
+        count = std::regex_match(line, match, counted) ? match[1].str() : count;
+        if (std::regex_match(line, match, opens)) {
+            std::vector<std::string> show = {"fleet",       "show", database, "--names", "--" + match[1].str(),
+                                             match[2].str()};
+            if (match[3].matched) {
+                show.insert(show.end(), {"--severity", match[3].str()});
+            }
+            EXPECT_EQ(std::to_string(lines_of(rehearse(show).out).size()), count) << line;
+            ++opened;
+        }
+    }
+    EXPECT_EQ(opened, 4U + 5U + 3U);
+}
 
 TEST_F(Report, Csv_HasALineForEachFindingAndForEachRouterWithout)
 {

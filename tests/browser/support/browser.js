@@ -50,7 +50,7 @@ async function openFile(browser, file, options = {}, fragment = '') {
     return {page, heard, close: () => context.close()};
 }
 
-// For a test file: open(name, options, fragment) gives the page of a report.
+// For a test file: open(name, options, fragment) gives the page of a report, openFile(file, options, fragment) any.
 function useBrowser() {
     let browser = null;
     let opened = [];
@@ -66,12 +66,12 @@ function useBrowser() {
             assert.deepEqual(each.heard, [], 'the page was not quiet');
         }
     });
-    const open = async (name, options, fragment) => {
-        const each = await openFile(browser, reports.file(name, 'html'), options, fragment);
+    const openAny = async (file, options, fragment) => {
+        const each = await openFile(browser, file, options, fragment);
         opened.push(each);
         return each.page;
     };
-    return {open};
+    return {open: (name, options, fragment) => openAny(reports.file(name, 'html'), options, fragment), openFile: openAny};
 }
 
 module.exports = {launch, listen, openFile, useBrowser};

@@ -36,6 +36,28 @@ InputSource source_of(const Statement& router)
     return StoredFile{path};
 }
 
+constexpr char kInput[] =
+    "SELECT number, name, source, path, member, object, bytes, sha256, interfaces, user_profile FROM router "
+    "WHERE number = ?";
+
+PlannedInput next_input(Statement& router)
+{
+    router.next();
+    PlannedInput input;
+    input.number = router.count(0);
+    input.name = router.text(1);
+    input.source = source_of(router);
+    input.bytes = router.count(6);
+    input.sha256 = router.text(7);
+    if (!router.null(8)) {
+        input.facts.interfaces = given_addresses(std::string(router.text(8)), ",");
+    }
+    if (!router.null(9)) {
+        input.facts.user_profile = static_cast<uint32_t>(router.number(9));
+    }
+    return input;
+}
+
 class Words {
 public:
     void add(const char* option, const std::string& value) { words_.insert(words_.end(), {option, value}); }
@@ -79,37 +101,21 @@ FleetOptions options_of_fleet(const Database& database)
 
 PlannedInput planned_input(const Database& database, int64_t router)
 {
-    Statement found(
-        database,
-        "SELECT number, name, source, path, member, object, bytes, sha256, interfaces, user_profile FROM router "
-        "WHERE number = ?");
-    found.with(router).next();
-    PlannedInput input;
-    input.number = found.count(0);
-    input.name = found.text(1);
-    input.source = source_of(found);
-    input.bytes = found.count(6);
-    input.sha256 = found.text(7);
-    if (!found.null(8)) {
-        input.facts.interfaces = given_addresses(std::string(found.text(8)), ",");
-    }
-    if (!found.null(9)) {
-        input.facts.user_profile = static_cast<uint32_t>(found.number(9));
-    }
-    return input;
+    Statement statement(database, kInput);
+    return next_input(statement.with(router));
 }
 
 FullReportCommands::FullReportCommands(const Database& database, std::string file)
-    : database_(database),
+    : router_(database, kInput),
       file_(std::move(file)),
       options_(options_of_fleet(database)),
       tail_(words_of(options_, unescaped_name(about(database, "library_path"))))
 {
 }
 
-std::string FullReportCommands::head(int64_t router) const
+std::string FullReportCommands::head(int64_t router)
 {
-    const PlannedInput input = planned_input(database_, router);
+    const PlannedInput input = next_input(router_.with(router));
     std::vector<std::string> run = {"bgp-rehearse", "run", "-"};
     std::string before;
     if (const auto* const stored = std::get_if<StoredFile>(&input.source)) {

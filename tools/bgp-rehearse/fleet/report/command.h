@@ -21,13 +21,13 @@ public:
     FullReportCommands(const Database& database, std::string file);
 
     // What is a router's own, and the options behind it, which all have.
-    std::string head(int64_t router) const;
+    std::string head(int64_t router);
     const std::string& tail() const noexcept { return tail_; }
 
-    std::string whole(int64_t router) const { return head(router) + " " + tail_; }
+    std::string whole(int64_t router) { return head(router) + " " + tail_; }
 
 private:
-    const Database& database_;
+    Statement router_;
     std::string file_;
     FleetOptions options_;
     std::string tail_;

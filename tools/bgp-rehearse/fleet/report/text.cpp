@@ -54,10 +54,34 @@ std::string examples_of(const std::vector<std::string>& examples, std::size_t ro
     return text;
 }
 
+constexpr char kNotTold[] = "not told";
+
+std::size_t routers_with(const StepCount& step, const std::string& outcome)
+{
+    if (outcome == kNotTold) {
+        return step.not_told;
+    }
+    const auto found = step.outcomes.find(outcome);
+    return found == step.outcomes.end() ? 0 : found->second;
+}
+
+// Those that any router has for any step.
+std::vector<std::string> outcomes_of(const std::vector<StepCount>& steps)
+{
+    std::vector<std::string> outcomes(kOutcomes.begin(), kOutcomes.end());
+    outcomes.emplace_back(kNotTold);
+    const auto nobody = [&steps](const std::string& outcome) {
+        return std::all_of(steps.begin(), steps.end(),
+                           [&](const StepCount& step) { return routers_with(step, outcome) == 0; });
+    };
+    outcomes.erase(std::remove_if(outcomes.begin(), outcomes.end(), nobody), outcomes.end());
+    return outcomes;
+}
+
 class SummaryText {
 public:
     SummaryText(const FleetSummary& summary, const std::string& opens, Page* page)
-        : summary_(summary), opens_(opens), page_(page)
+        : summary_(summary), opens_(opens), page_(page), outcomes_(outcomes_of(summary.steps))
     {
     }
 
@@ -86,6 +110,7 @@ private:
     const FleetSummary& summary_;
     const std::string& opens_;
     Page* page_;
+    const std::vector<std::string> outcomes_;  // of the steps
 };
 
 void SummaryText::headline()
@@ -178,10 +203,10 @@ void SummaryText::steps()
         return;
     }
     std::string names = fmt::format("{:<{}}", "Steps", kSteps);
-    for (const char* outcome : kOutcomes) {
+    for (const std::string& outcome : outcomes_) {
         names += fmt::format("{:>{}}", outcome, kOutcome);
     }
-    title(names + fmt::format("{:>{}}", "not told", kOutcome));
+    title(names);
     for (const StepCount& each : summary_.steps) {
         step(each);
     }
@@ -192,11 +217,10 @@ void SummaryText::steps()
 void SummaryText::step(const StepCount& step)
 {
     std::string line = fmt::format("  {:<{}}", escaped(step.name), kSteps - 2);
-    for (const char* outcome : kOutcomes) {
-        const auto found = step.outcomes.find(outcome);
-        line += fmt::format("{:>{}}", found == step.outcomes.end() ? "" : grouped(found->second), kOutcome);
+    for (const std::string& outcome : outcomes_) {
+        const std::size_t count = routers_with(step, outcome);
+        line += fmt::format("{:>{}}", count == 0 ? "-" : grouped(count), kOutcome);
     }
-    line += fmt::format("{:>{}}", step.not_told == 0 ? "" : grouped(step.not_told), kOutcome);
     page_->line(line);
 }
 

@@ -52,7 +52,7 @@ private:
 
     const FleetSummary& summary_;
     const Database& database_;
-    const FullReportCommands commands_;
+    FullReportCommands commands_;
     JsonWriter json_;
     std::map<std::pair<int64_t, std::string>, std::size_t> places_;  // of the reasons
     Statement reason_{database_, "SELECT DISTINCT reason, severity FROM finding WHERE router = ? ORDER BY number"};
