@@ -11,7 +11,8 @@ import subprocess
 import unittest
 from typing import Dict, List
 
-from servers import COMMAND, PATIENCE, ROOT, FleetOnServers, content, free_ports, line_of, program, send, wait_for
+from servers import (COMMAND, PATIENCE, ROOT, FleetOnServers, free_ports, line_of, processes, program, send,
+                     wait_for)
 
 SERVER = """
 ListenAddress 127.0.0.1
@@ -86,8 +87,9 @@ class Hosts:
         send(line[:line.index(server) + 1][::-1], number)
 
     def stop(self) -> None:
+        """All that they started as well: a session of ssh that was stopped would stay."""
+        send([pid for pid in processes() if any(self.is_on(name, pid) for name in self.servers)], signal.SIGKILL)
         for process in self.servers.values():
-            send([process.pid], signal.SIGKILL)
             process.wait()
 
     def last_words(self) -> str:

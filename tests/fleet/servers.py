@@ -70,7 +70,7 @@ def parent(pid: int) -> int:
 
 
 def line_of(pid: int) -> List[int]:
-    """A process, its parent, and so on, without the first of all."""
+    """A process, its parent and so on, but for the first of all."""
     line = []
     while pid > 1:
         line.append(pid)
