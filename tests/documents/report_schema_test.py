@@ -52,7 +52,7 @@ def whole_report() -> Document:
                    "assumptions": [{"name": "user profile", "value": "0", "option": "--user-profile", "given": False,
                                     "decided": []}]},
         "account": {**numbers, "lists": [{"path": "/router/bgp", **numbers}]},
-        "findings": [{"id": "row-left", "severity": "note", "count": 1, "sentence": "1 row", "advice": None, "step": None,
+        "findings": [{"id": "row-left", "severity": "note", "count": 1, "reason": "rows", "sentence": "1 row", "advice": None, "step": None,
                       "places": [{"path": "/router/bgp{1}", "text": "AS 1"}]}],
         "steps": [{"name": "update", "title": "choice of steps", "outcome": "ran", "text": "", "line": "", "runs": 1,
                    "reads": 1, "writes": 2, "failed_writes": 0}],

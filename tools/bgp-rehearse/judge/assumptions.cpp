@@ -162,6 +162,7 @@ void AssumptionsRule::find(std::vector<Finding>* findings)
     finding.count = finding.places.size();
     const bool one = finding.count == 1;
     const std::string instances = counted(finding.count, {"VRF instance", "VRF instances"});
+    finding.reason = "VRF instances get router ids by the router's interfaces, which are assumed";
     finding.sentence = fmt::format("{} {} the router {} {} by the router's interfaces, which are assumed", instances,
                                    one ? "gets" : "get", ids.size() == 1 ? "id" : "ids", fmt::join(ids, ", "));
     finding.short_form =

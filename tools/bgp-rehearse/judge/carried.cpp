@@ -97,7 +97,8 @@ public:
         }
         for (auto& [words, finding] : found_) {
             finding.count = finding.places.size();
-            finding.sentence = sentence(words, finding);
+            finding.reason = sentence(words, words.noun.many, false);
+            finding.sentence = sentence(words, counted(finding.count, words.noun), finding.count == 1);
             finding.short_form = finding.severity == Severity::Note ? "" : finding.sentence;
             findings->push_back(std::move(finding));
         }
@@ -118,11 +119,10 @@ private:
         }
     };
 
-    static std::string sentence(const Words& words, const Finding& finding)
+    static std::string sentence(const Words& words, const std::string& who, bool one)
     {
-        const bool one = finding.count == 1;
         return fmt::format(
-            "{} {}{}", counted(finding.count, words.noun), one ? words.one : words.many,
+            "{} {}{}", who, one ? words.one : words.many,
             words.severity == Severity::Note ? ", and nothing uses " + std::string(one ? "it" : "them") : "");
     }
 

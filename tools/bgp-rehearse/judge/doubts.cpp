@@ -158,6 +158,7 @@ private:
         finding.id = FindingId::StandInDoubt;
         finding.severity = doubt.severity;
         finding.count = 1;
+        finding.reason = fmt::format("it is taken for granted that {}", doubt.taken);
         finding.sentence = fmt::format("{} took for granted that {} (question {}, not proved on a device)",
                                        counted(met.count, {"call", "calls"}), doubt.taken, met.number);
         finding.short_form =

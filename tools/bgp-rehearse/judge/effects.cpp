@@ -131,6 +131,8 @@ public:
         finding.severity = effect_.severity;
         finding.leaf = leaf_;
         finding.count = finding.places.size();
+        finding.reason = only_new ? fmt::format("{} had no {} and get one", noun_of(*list).many, effect_.what)
+                                  : fmt::format("{} {}", noun_of(*list).many, effect_.many);
         finding.sentence = only_new ? sentence_of_new(finding.count) : sentence(finding.count);
         if (effect_.severity > Severity::Note) {
             finding.short_form = fmt::format("{} {}", counted(finding.count, noun_of(*list)),

@@ -44,7 +44,8 @@ public:
         });
         evidence_.failed_calls.for_each([this](const FailedCalls::Call& call) { take(call); });
         for (auto& [group, finding] : groups_) {
-            finding.sentence = sentence(group, finding.count);
+            finding.reason = sentence(group, false, "");
+            finding.sentence = sentence(group, finding.count == 1, grouped(finding.count) + " ");
             findings->push_back(std::move(finding));
         }
     }
@@ -92,19 +93,18 @@ private:
         finding.say(std::string(call.path), std::string(call.message)).log_line = call.log_line;
     }
 
-    static std::string sentence(const Group& group, std::size_t count)
+    // `count` stands before what is counted.
+    static std::string sentence(const Group& group, bool one, const std::string& count)
     {
-        const bool one = count == 1;
         if (group.id == FindingId::FailedAsExpected) {
-            return fmt::format("{} {} failed as on every such router: {}", grouped(count), one ? "write" : "writes",
+            return fmt::format("{}{} failed as on every such router: {}", count, one ? "write" : "writes",
                                group.sentence);
         }
         if (group.id == FindingId::RowLeft) {
-            return fmt::format("the rows of {} {} stay behind: {}", grouped(count), one ? "table" : "tables",
-                               group.sentence);
+            return fmt::format("the rows of {}{} stay behind: {}", count, one ? "table" : "tables", group.sentence);
         }
-        return fmt::format("{} {} failed{}{}", grouped(count), one ? "call" : "calls",
-                           group.sentence.empty() ? "" : ": ", group.sentence);
+        return fmt::format("{}{} failed{}{}", count, one ? "call" : "calls", group.sentence.empty() ? "" : ": ",
+                           group.sentence);
     }
 
     const Evidence& evidence_;

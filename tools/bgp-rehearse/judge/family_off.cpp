@@ -89,14 +89,16 @@ private:
         const std::string who = counted(finding->count, {"neighbour", "neighbours"});
         if (was == Was::InEffect) {
             finding->severity = Severity::Review;
+            finding->reason = fmt::format("neighbours lose {}: it was in effect, and is off", family);
             finding->sentence =
                 fmt::format("{} {} {}: it was in effect, and is off", who, one ? "loses" : "lose", family);
             finding->short_form = fmt::format("{} {} {}", who, one ? "loses" : "lose", family);
             return;
         }
-        finding->sentence = fmt::format(
-            "{} {} {} off: configured, but {}", who, one ? "keeps" : "keep", family,
-            was == Was::WithoutIpv6 ? "the router did not support IPv6" : "the router's own family was not up");
+        const char* const why =
+            was == Was::WithoutIpv6 ? "the router did not support IPv6" : "the router's own family was not up";
+        finding->reason = fmt::format("neighbours keep {} off: configured, but {}", family, why);
+        finding->sentence = fmt::format("{} {} {} off: configured, but {}", who, one ? "keeps" : "keep", family, why);
     }
 
     const Node* list_;

@@ -72,6 +72,7 @@ struct Finding {
     FindingId id = FindingId::Ended;
     Severity severity = Severity::Note;
     std::string step;        // its function's name; empty where no one step is meant
+    std::string reason;      // the sentence without counts, keys, addresses and values: of all routers that have it alike
     std::string sentence;    // without a full stop
     std::string short_form;  // the same behind "Nothing is lost; ", shorter; may be empty
     std::string advice;      // what to do or to give, a sentence of its own; may be empty

@@ -21,6 +21,7 @@ public:
         Finding finding;
         finding.id = FindingId::LeftOut;
         finding.count = parts.size();
+        finding.reason = "parts are of modules that the upgrade does not know: kept as they are";
         finding.sentence =
             fmt::format("{} of modules that the upgrade does not know: kept as {}",
                         counted(parts.size(), {"part is", "parts are"}), parts.size() == 1 ? "it is" : "they are");

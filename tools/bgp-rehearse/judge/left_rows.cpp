@@ -153,6 +153,9 @@ private:
         const RekeyedTable* const table = table_of(list);
         const bool by_entity =
             table != nullptr && (table->carries == Carries::First || table->carries == Carries::Listen);
+        finding->reason =
+            fmt::format("{} stay under {}: {}", noun_of(list).many, by_entity ? "the old index" : "the old number",
+                        taken ? "their places were taken" : "a move failed");
         const std::string under = !by_entity  ? "the old number"
                                   : one_index ? fmt::format("index {}", index.as_uint())
                                               : "the old indexes";

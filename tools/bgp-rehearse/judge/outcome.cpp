@@ -20,14 +20,22 @@ using bgp_platform::store::Configuration;
 using bgp_platform::store::List;
 using bgp_platform::store::Row;
 
-Finding stop(FindingId id, std::string sentence)
+Finding stop(FindingId id, const std::string& reason, std::string sentence)
 {
     Finding finding;
     finding.id = id;
     finding.severity = Severity::Stop;
+    finding.reason = reason;
     finding.sentence = std::move(sentence);
     finding.count = 1;
     return finding;
+}
+
+// "3 BGP entities are stored" without the number.
+std::string without_number(const std::string& text)
+{
+    const std::size_t behind = text.find_first_not_of("0123456789");
+    return behind == 0 || behind == std::string::npos ? text : text.substr(text.find_first_not_of(' ', behind));
 }
 
 // Whether several entities are stored, of which all but one are of VRFs, and that one has its place among the instances.
@@ -60,17 +68,19 @@ public:
     void find(std::vector<Finding>* findings) override
     {
         if (evidence_.result != 0) {
-            findings->push_back(
-                stop(FindingId::Returned, fmt::format("the upgrade returned {} instead of 0", evidence_.result)));
+            findings->push_back(stop(FindingId::Returned, "the upgrade returned an error",
+                                     fmt::format("the upgrade returned {} instead of 0", evidence_.result)));
         }
         find_failed(evidence_.steps, is_converted(evidence_.device), findings);
         for (const bgp_platform::Fault& fault : evidence_.device.faults()) {
-            Finding finding = stop(FindingId::StepFailed, "a fault was reported, and the upgrade went on");
+            const std::string sentence = "a fault was reported, and the upgrade went on";
+            Finding finding = stop(FindingId::StepFailed, sentence, sentence);
             finding.say({}, fmt::format("{} ({}:{}): {}", fault.function, fault.source, fault.line, fault.text));
             findings->push_back(std::move(finding));
         }
         if (evidence_.invalid && !evidence_.invalid->empty()) {
-            Finding finding = stop(FindingId::NotValid, "the result is not valid under the YANG modules");
+            const std::string sentence = "the result is not valid under the YANG modules";
+            Finding finding = stop(FindingId::NotValid, sentence, sentence);
             finding.say({}, *evidence_.invalid);
             findings->push_back(std::move(finding));
         }
@@ -92,10 +102,12 @@ private:
         }
         for (const auto& [reason, all] : by_reason) {
             const bool one = all.size() == 1;
-            Finding finding =
-                stop(FindingId::StepFailed,
-                     fmt::format("{} {}: {}", one ? all.front()->title : fmt::format("{} steps", all.size()),
-                                 reason.first == StepOutcome::Failed ? "gave up" : "could not run", reason.second));
+            const char* const what = reason.first == StepOutcome::Failed ? "gave up" : "could not run";
+            const std::string who = one ? all.front()->title : fmt::format("{} steps", all.size());
+            Finding finding = stop(FindingId::StepFailed,
+                                   fmt::format("{} {}: {}", one ? all.front()->title : "several steps", what,
+                                               without_number(reason.second)),
+                                   fmt::format("{} {}: {}", who, what, reason.second));
             finding.count = all.size();
             finding.step = one ? all.front()->name : "";
             for (const Step* step : all) {
@@ -113,6 +125,8 @@ private:
         Finding finding;
         finding.id = FindingId::Again;
         finding.severity = Severity::Review;
+        finding.reason = again.ended.empty() ? "a second upgrade of the result still changes rows"
+                                             : "a second upgrade of the result does not return";
         finding.count = again.changes.size();
         finding.sentence = again.ended.empty() ? fmt::format("a second upgrade of the result still changes {} {}",
                                                              finding.count, finding.count == 1 ? "row" : "rows")

@@ -75,7 +75,10 @@ public:
                 finding.id = FindingId::ReferenceBroken;
                 finding.severity = severity_of(state);
                 finding.count = finding.places.size();
-                finding.short_form = sentence(state, finding.count);
+                const Noun noun = noun_of(*reference_.list);
+                finding.reason =
+                    sentence(state, state == State::New ? fmt::format("new {}", noun.many) : noun.many, false);
+                finding.short_form = sentence(state, who(state, finding.count), finding.count == 1);
                 finding.sentence = finding.short_form + named_[i].text();
                 findings->push_back(std::move(finding));
             }
@@ -112,17 +115,19 @@ private:
         return state == State::Lost ? reference_.said.lost : state == State::New ? Severity::Review : Severity::Note;
     }
 
-    std::string sentence(State state, std::size_t count) const
+    std::string who(State state, std::size_t count) const
     {
-        const bool one = count == 1;
         const Noun noun = noun_of(*reference_.list);
+        return state == State::New ? fmt::format("{} new {}", grouped(count), count == 1 ? noun.one : noun.many)
+                                   : counted(count, noun);
+    }
+
+    std::string sentence(State state, const std::string& who, bool one) const
+    {
         if (state == State::Healed) {
-            return fmt::format("{} had no {} before and {} one by the move", counted(count, noun), reference_.said.what,
+            return fmt::format("{} had no {} before and {} one by the move", who, reference_.said.what,
                                one ? "gets" : "get");
         }
-        const std::string who = state == State::New
-                                    ? fmt::format("{} new {}", grouped(count), one ? noun.one : noun.many)
-                                    : counted(count, noun);
         const char* const gone = state == State::Lost     ? "is not there now"
                                  : state == State::Before ? "was not there before either"
                                                           : "is not there";

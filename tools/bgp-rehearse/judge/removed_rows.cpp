@@ -48,6 +48,7 @@ public:
             finding.severity = Severity::Stop;
             finding.step = of.second;
             finding.count = finding.places.size();
+            finding.reason = fmt::format("{} are gone, and nothing says that they should be", noun_of(*of.first).many);
             finding.sentence = fmt::format("{} {} gone, and nothing says that {} should be",
                                            counted(finding.count, noun_of(*of.first)),
                                            finding.count == 1 ? "is" : "are", finding.count == 1 ? "it" : "they");

@@ -14,7 +14,8 @@ void add_counts(const RowCounts& rows, JsonWriter* json)
 void write_finding(const Finding& finding, JsonWriter* json)
 {
     json->begin('{').name("id").text(name_of(finding.id)).name("severity").text(name_of(finding.severity));
-    json->name("count").number(finding.count).name("sentence").text(finding.sentence);
+    json->name("count").number(finding.count).name("reason").text(finding.reason);
+    json->name("sentence").text(finding.sentence);
     json->name("advice").text_or_null(finding.advice).name("step").text_or_null(finding.step);
     json->name("places").begin('[');
     for (const Place& place : finding.places) {

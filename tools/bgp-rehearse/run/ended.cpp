@@ -2,8 +2,13 @@
 
 #include <fmt/format.h>
 
+#include <cctype>
 #include <csignal>
+#include <cstring>
+#include <sstream>
 #include <utility>
+
+#include "base/text_escape.h"
 
 namespace bgp_rehearse {
 
@@ -39,6 +44,52 @@ Ended limit(Ended::Kind kind, std::string text)
     ended.kind = kind;
     ended.text = std::move(text);
     return ended;
+}
+
+bool is_of_one_router(const std::string& word)
+{
+    for (std::size_t i = 0; i < word.size(); ++i) {
+        const bool digit = word[i] >= '0' && word[i] <= '9';
+        if ((digit && (i == 0 || std::isalnum(static_cast<unsigned char>(word[i - 1])) == 0)) ||
+            std::strchr("/{}\"'\\", word[i]) != nullptr) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// The words of a fault's text but those that are numbers, keypaths, addresses or quoted.
+std::string common_words(const std::string& text)
+{
+    std::string common;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) {
+        if (!is_of_one_router(word)) {
+            common += (common.empty() ? "" : " ") + word;
+        }
+    }
+    return common.substr(0, common.find_last_not_of(':') + 1);
+}
+
+// Without what differs from router to router.
+std::string reason_of(const Ended& ended)
+{
+    switch (ended.kind) {
+        case Ended::Kind::Signal:
+            return "the upgrade ended in " + signal_name(ended.signal);
+        case Ended::Kind::Exit:
+        case Ended::Kind::Exception:
+            return fmt::format("the upgrade ended in an {}", name_of(ended.kind));
+        case Ended::Kind::TimeLimit:
+        case Ended::Kind::MemoryLimit:
+            return fmt::format("the upgrade came to its {}", name_of(ended.kind));
+        case Ended::Kind::Fault:
+        case Ended::Kind::Assertion:
+            break;
+    }
+    return fmt::format("the upgrade ended in {} in {}: {}",
+                       ended.kind == Ended::Kind::Fault ? "a fault" : "a failed assertion", escaped(ended.function),
+                       escaped(common_words(ended.text)));
 }
 
 }  // namespace
@@ -92,6 +143,7 @@ Judgement judge_ended(const Ended& ended, const SeverityChoices& choices)
     finding.id = FindingId::Ended;
     finding.severity = Severity::Stop;
     finding.step = ended.last.step;
+    finding.reason = reason_of(ended);
     finding.sentence = sentence_of(ended);
     finding.advice = advice_on(ended);
     finding.count = 1;

@@ -29,7 +29,7 @@ FleetFinding summary_of(const Finding& finding)
     FleetFinding summary;
     summary.id = name_of(finding.id);
     summary.severity = name_of(finding.severity);
-    summary.reason = summary.id;
+    summary.reason = finding.reason;
     summary.sentence = finding.sentence;
     summary.advice = finding.advice;
     summary.step = finding.step;
