@@ -4,6 +4,9 @@
 
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <utility>
+
+#include "report/json_writer.h"
 
 namespace bgp_rehearse {
 
@@ -38,15 +41,71 @@ constexpr CallField kCalls[] = {
     {"connections", &CallTotals::connections},
 };
 
-template <typename Counts, typename Fields>
-Json counts_json(const Counts& counts, const Fields& fields)
-{
-    Json json = Json::object();
-    for (const auto& field : fields) {
-        json[field.name] = counts.*field.count;
+// A line put together: the library's own document would take a tenth of the time that a small router does.
+class Line {
+public:
+    Line& field(const char* name)
+    {
+        separate().append("\"").append(name).append("\":");
+        return *this;
     }
-    return json;
-}
+    Line& text(const std::string& text)
+    {
+        append_json(text, &line_);
+        return *this;
+    }
+    Line& number(uint64_t number)
+    {
+        line_ += std::to_string(number);
+        return *this;
+    }
+    Line& seconds(double seconds)
+    {
+        line_ += Json(seconds).dump();
+        return *this;
+    }
+    template <typename Counts, typename Fields>
+    Line& counts(const Counts& counts, const Fields& fields)
+    {
+        line_ += '{';
+        for (const auto& each : fields) {
+            field(each.name).number(counts.*each.count);
+        }
+        line_ += '}';
+        return *this;
+    }
+    template <typename Item, typename Write>
+    Line& array(const std::vector<Item>& items, Write write)
+    {
+        line_ += '[';
+        for (const Item& item : items) {
+            separate();
+            write(item, this);
+        }
+        line_ += ']';
+        return *this;
+    }
+    Line& begin()
+    {
+        line_ += '{';
+        return *this;
+    }
+    Line& end()
+    {
+        line_ += '}';
+        return *this;
+    }
+    std::string take() { return std::move(line_); }
+
+private:
+    std::string& separate()
+    {
+        const char last = line_.empty() ? '{' : line_.back();
+        return last == '{' || last == '[' ? line_ : line_.append(",");
+    }
+
+    std::string line_;
+};
 
 template <typename Counts, typename Fields>
 Counts counts_of(const Json& json, const Fields& fields)
@@ -56,16 +115,6 @@ Counts counts_of(const Json& json, const Fields& fields)
         counts.*field.count = json.at(field.name).template get<std::size_t>();
     }
     return counts;
-}
-
-template <typename Item, typename ToJson>
-Json array_of(const std::vector<Item>& items, ToJson to_json)
-{
-    Json array = Json::array();
-    for (const Item& item : items) {
-        array.push_back(to_json(item));
-    }
-    return array;
 }
 
 template <typename Item, typename OfJson>
@@ -83,9 +132,9 @@ std::string text_of(const Json& json, const char* name)
     return json.at(name).get<std::string>();
 }
 
-Json place_json(const FleetPlace& place)
+void write_place(const FleetPlace& place, Line* line)
 {
-    return {{"path", place.path}, {"text", place.text}};
+    line->begin().field("path").text(place.path).field("text").text(place.text).end();
 }
 
 FleetPlace place_of(const Json& json)
@@ -93,12 +142,12 @@ FleetPlace place_of(const Json& json)
     return {text_of(json, "path"), text_of(json, "text")};
 }
 
-Json finding_json(const FleetFinding& finding)
+void write_finding(const FleetFinding& finding, Line* line)
 {
-    return {{"id", finding.id},         {"severity", finding.severity},
-            {"reason", finding.reason}, {"sentence", finding.sentence},
-            {"advice", finding.advice}, {"step", finding.step},
-            {"count", finding.count},   {"places", array_of(finding.places, place_json)}};
+    line->begin().field("id").text(finding.id).field("severity").text(finding.severity);
+    line->field("reason").text(finding.reason).field("sentence").text(finding.sentence);
+    line->field("advice").text(finding.advice).field("step").text(finding.step);
+    line->field("count").number(finding.count).field("places").array(finding.places, write_place).end();
 }
 
 FleetFinding finding_of(const Json& json)
@@ -113,9 +162,14 @@ FleetFinding finding_of(const Json& json)
             items_of<FleetPlace>(json.at("places"), place_of)};
 }
 
-Json step_json(const FleetStep& step)
+void write_step(const FleetStep& step, Line* line)
 {
-    return {{"name", step.name}, {"outcome", step.outcome}};
+    line->begin().field("name").text(step.name).field("outcome").text(step.outcome).end();
+}
+
+void write_error(const std::string& error, Line* line)
+{
+    line->text(error);
 }
 
 FleetStep step_of(const Json& json)
@@ -148,21 +202,18 @@ RouterResult result_of(const Json& json)
 
 std::string line_of(const RouterResult& result)
 {
-    const Json json = {{"n", result.number},
-                       {"name", result.name},
-                       {"sha256", result.sha256},
-                       {"bytes", result.bytes},
-                       {"class", result.input_class},
-                       {"verdict", result.verdict},
-                       {"sentence", result.sentence},
-                       {"exit_status", result.exit_status},
-                       {"errors", result.errors},
-                       {"findings", array_of(result.findings, finding_json)},
-                       {"steps", array_of(result.steps, step_json)},
-                       {"rows", counts_json(result.account, kRows)},
-                       {"calls", counts_json(result.calls, kCalls)},
-                       {"seconds", {{"least", result.seconds_least}, {"most", result.seconds_most}}}};
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    Line line;
+    line.begin().field("n").number(result.number).field("name").text(result.name);
+    line.field("sha256").text(result.sha256).field("bytes").number(result.bytes);
+    line.field("class").text(result.input_class).field("verdict").text(result.verdict);
+    line.field("sentence").text(result.sentence);
+    line.field("exit_status").number(static_cast<uint64_t>(result.exit_status));
+    line.field("errors").array(result.errors, write_error);
+    line.field("findings").array(result.findings, write_finding).field("steps").array(result.steps, write_step);
+    line.field("rows").counts(result.account, kRows).field("calls").counts(result.calls, kCalls);
+    line.field("seconds").begin().field("least").seconds(result.seconds_least);
+    line.field("most").seconds(result.seconds_most).end().end();
+    return line.take();
 }
 
 RouterResult result_of(std::string_view line)

@@ -1,6 +1,7 @@
 #include "fleet/work/worker.h"
 
 #include <fmt/format.h>
+#include <malloc.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -22,6 +23,8 @@ namespace bgp_rehearse {
 namespace {
 
 using Phase = Phases::Phase;
+
+constexpr int kHeap = 1 << 25;  // the most that glibc takes for the first of them
 
 RunOptions options_of(const FleetOptions& fleet)
 {
@@ -68,6 +71,8 @@ Worker::Worker(const Plan& plan, const UpgradeLibrary& library, const InterruptG
       channel_(open_channel())
 {
     bgp_platform::schema::Schema::builtin();  // is made once, before all children
+    mallopt(M_MMAP_THRESHOLD, kHeap);         // for populate_heap()
+    mallopt(M_TRIM_THRESHOLD, kHeap);
 }
 
 Worker::~Worker()
