@@ -87,7 +87,7 @@ std::string words_of(const FleetOptions& options, const std::string& library)
         words.add("--memory-limit", fmt::format("{}M", static_cast<double>(options.memory_limit) / kMegabyte));
     }
     for (const auto& [id, level] : options.severities) {
-        words.add("--severity", id + "=" + level);
+        words.add("--severity", fmt::format("{}={}", id, level));
     }
     return words.shell();
 }
