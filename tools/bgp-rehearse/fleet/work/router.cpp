@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string_view>
 
@@ -87,10 +88,10 @@ void judge(const RouterTask& task, const Device& device, const FollowedUpgrade& 
 void populate_heap(std::size_t bytes)
 {
     void* const memory = std::malloc(bytes);
-    const auto begin = (reinterpret_cast<uintptr_t>(memory) + kPage - 1) / kPage * kPage;
-    const auto end = (reinterpret_cast<uintptr_t>(memory) + bytes) / kPage * kPage;
-    if (memory != nullptr && end > begin) {
-        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
+    void* begin = memory;
+    std::size_t room = bytes;
+    if (memory != nullptr && std::align(kPage, kPage, begin, room) != nullptr) {
+        madvise(begin, room / kPage * kPage, MADV_POPULATE_WRITE);
     }
     std::free(memory);
 }
