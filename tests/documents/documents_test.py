@@ -24,6 +24,7 @@ PAGES = sorted(path for pattern in ("*.md", "docs/*.md", "*/README.md") for path
 NOT_RUN = {
     "./check": "runs this very test",
     "./demo": "builds; a stage of ./check --all",
+    "bench/fleet": "takes long",
     "bench/run": "takes long",
     "tests/browser/run": "needs a browser; a stage of ./check --all",
     "tools/dev/check-binaries": "builds; a stage of ./check --all",
@@ -171,6 +172,8 @@ class Documents(unittest.TestCase):
                                     capture_output=True).stdout
         if program == "bench/run":
             known += (ROOT / "bench/measure.py").read_text()
+        if program == "bench/fleet":
+            known += (ROOT / "bench/fleet.py").read_text()
         if program == "tools/dev/planted-bugs":
             known += (ROOT / "contract/planted_bugs.txt").read_text()
             for name in arguments:
