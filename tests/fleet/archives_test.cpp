@@ -105,6 +105,15 @@ TEST_F(Archives, NamesThatLeadElsewhere_AreOnlyNames)
     EXPECT_THAT(in_.names(), ElementsAre("a.tar"));
 }
 
+TEST_F(Archives, NamesOfAnyScript_StayAsTheyAre)
+{
+    for (const PackSetting format : {archive_write_set_format_pax, archive_write_set_format_zip}) {
+        const std::vector<PackedMember> members = {{"маршрутизатор.xml", "edge"}, {"路由器.xml", "core"}};
+        planned({in_.file("a", packed_archive(format, archive_write_add_filter_none, members))});
+        EXPECT_EQ(texts(), (Texts{{"a!маршрутизатор.xml", "edge"}, {"a!路由器.xml", "core"}}));
+    }
+}
+
 TEST_F(Archives, LinksAndDevices_ArePassedOver)
 {
     const bgp_rehearse::Plan plan = planned({in_.file("a.tar", tar({{"edge.xml", "edge"},

@@ -4,6 +4,7 @@
 #include <archive.h>
 #include <archive_entry.h>
 #include <gmock/gmock.h>
+#include <locale.h>
 
 #include <algorithm>
 #include <map>
@@ -28,9 +29,11 @@ struct PackedMember {
     std::string link = {};  // the member that it is another name of
 };
 
-// An archive's bytes.
+// An archive's bytes. Names are what they are in a locale of UTF-8: those of pax say that they are.
 inline std::string packed_archive(PackSetting format, PackSetting filter, const std::vector<PackedMember>& members)
 {
+    const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    const locale_t before = uselocale(locale);
     archive* const writer = archive_write_new();
     EXPECT_EQ(format(writer), ARCHIVE_OK);
     EXPECT_EQ(filter(writer), ARCHIVE_OK);
@@ -53,6 +56,8 @@ inline std::string packed_archive(PackSetting format, PackSetting filter, const 
         archive_entry_free(entry);
     }
     archive_write_free(writer);
+    uselocale(before);
+    freelocale(locale);
     result.resize(used);
     return result;
 }
