@@ -2,8 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 
 #include "base/exit_status.h"

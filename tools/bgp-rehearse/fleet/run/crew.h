@@ -3,8 +3,8 @@
 
 #include <atomic>
 #include <cstddef>
-#include <cstdint>
 #include <functional>
+#include <memory>
 #include <memory>
 #include <string>
 #include <vector>

@@ -1,6 +1,7 @@
 // The warm worker: schema and library are loaded once, and each router runs in a child process that finds them there.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "base/child.h"
