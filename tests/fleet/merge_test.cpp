@@ -67,7 +67,7 @@ TEST_F(Merge, AnyNumberOfShards_GivesTheSameBytes)
 {
     MadeUpFleet fleet(many_routers(230));
     const std::string one = content_of(fleet.merged(folder_, 1));
-    for (const std::size_t shards : {2, 7, 100}) {
+    for (const std::size_t shards : {2U, 7U, 100U}) {
         EXPECT_TRUE(content_of(fleet.merged(folder_, shards)) == one) << shards << " shards give another database";
     }
 }

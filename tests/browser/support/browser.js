@@ -71,7 +71,10 @@ function useBrowser() {
         opened.push(each);
         return each.page;
     };
-    return {open: (name, options, fragment) => openAny(reports.file(name, 'html'), options, fragment), openFile: openAny};
+    return {
+        open: (name, options, fragment) => openAny(reports.file(name, 'html'), options, fragment),
+        openFile: openAny,
+    };
 }
 
 module.exports = {launch, listen, openFile, useBrowser};
