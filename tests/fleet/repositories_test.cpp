@@ -1,7 +1,11 @@
 // Inputs in git repositories: the files of the newest commit, as git has them.
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
+#include <thread>
 
+#include "fleet/plan/git_process.h"
 #include "fleet/plan_fixture.h"
 #include "support/run_command.h"
 
@@ -9,6 +13,7 @@ namespace bgp_test {
 namespace {
 
 namespace fs = std::filesystem;
+using bgp_rehearse::GitProcess;
 using bgp_rehearse::PlanOptions;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -119,6 +124,20 @@ TEST_F(Repositories, RepositoryThatIsGone_RefusesItsInputs)
     for (const auto& [name, text] : texts()) {
         EXPECT_THAT(text, HasSubstr("refused: it cannot be read")) << name;
     }
+}
+
+// No signal for the broken connection ends this process. The system may close git's end a moment after git's last word.
+TEST_F(Repositories, GitThatIsGone_IsToldWhenAsked)
+{
+    GitProcess gone(in_ / "nowhere", {"cat-file", "--batch"});
+    ASSERT_EQ(gone.read_to('\n'), std::nullopt);
+    bool told = false;
+    for (int tries = 0; tries < 10000 && !told; ++tries) {
+        told = !gone.send("HEAD\n");
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_TRUE(told);
+    EXPECT_THAT(gone.wait(), HasSubstr("nowhere"));
 }
 
 TEST_F(Repositories, EmptyRepository_MakesNoPlan)

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -12,9 +13,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
-#include "base/output_file.h"
 #include "fleet/plan/input_error.h"
 
 namespace bgp_rehearse {
@@ -74,7 +75,10 @@ GitProcess::GitProcess(const std::string& repository, const std::vector<std::str
     int to_git[2] = {-1, -1};
     int from_git[2] = {-1, -1};
     messages_ = memfd_create("git", MFD_CLOEXEC);
-    int failed = messages_ < 0 || pipe2(to_git, O_CLOEXEC) != 0 || pipe2(from_git, O_CLOEXEC) != 0 ? errno : 0;
+    int failed = messages_ < 0 || socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, to_git) != 0 ||
+                         pipe2(from_git, O_CLOEXEC) != 0
+                     ? errno
+                     : 0;
     if (failed == 0) {
         failed = spawn(command, {to_git[0], from_git[1], messages_}, &process_);
     }
@@ -100,7 +104,15 @@ GitProcess::~GitProcess()
 
 bool GitProcess::send(const std::string& text)
 {
-    return write_all(in_, text.data(), text.size());
+    for (std::string_view rest = text; !rest.empty();) {
+        const ssize_t sent = ::send(in_, rest.data(), rest.size(), MSG_NOSIGNAL);
+        if (sent >= 0) {
+            rest.remove_prefix(static_cast<std::size_t>(sent));
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
 }
 
 std::optional<std::string> GitProcess::read_to(char end)

@@ -1,4 +1,4 @@
-// A git command in a repository, spoken to through pipes.
+// A git command in a repository, spoken to through a socket and a pipe.
 #pragma once
 
 #include <sys/types.h>
