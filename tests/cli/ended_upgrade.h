@@ -9,16 +9,9 @@
 #include <vector>
 
 #include "cli/fake_library.h"
+#include "support/sanitized.h"
 
 namespace bgp_test {
-
-#if defined(__SANITIZE_ADDRESS__)
-inline constexpr bool kSanitized = true;
-#elif defined(__has_feature)
-inline constexpr bool kSanitized = __has_feature(address_sanitizer);
-#else
-inline constexpr bool kSanitized = false;
-#endif
 
 // Reads and writes one row each, and then ends in some way, within update_vrf.
 inline constexpr char kWorking[] = R"(
