@@ -10,8 +10,8 @@
 
 #include "fleet/plan/lines.h"
 #include "fleet/plan/plan.h"
-#include "fleet/work/part.h"
-#include "fleet/work/result.h"
+#include "fleet/shard/part.h"
+#include "fleet/shard/result.h"
 #include "support/run_command.h"
 #include "support/scratch_folder.h"
 

@@ -1,5 +1,5 @@
 // The file of a shard's results: whole or not there, and known when it is not what was written.
-#include "fleet/work/part.h"
+#include "fleet/shard/part.h"
 
 #include <gmock/gmock.h>
 

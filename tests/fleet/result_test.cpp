@@ -1,5 +1,5 @@
 // The line of a router: what was put in comes out again.
-#include "fleet/work/result.h"
+#include "fleet/shard/result.h"
 
 #include <gmock/gmock.h>
 

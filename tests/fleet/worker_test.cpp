@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/fake_library.h"
-#include "fleet/work/part.h"
-#include "fleet/work/result.h"
+#include "fleet/shard/part.h"
+#include "fleet/shard/result.h"
 #include "generate/configuration.h"
 #include "support/run_command.h"
 #include "support/sanitized.h"

@@ -19,7 +19,7 @@
 #include "fleet/report/show.h"
 #include "fleet/report/summary.h"
 #include "fleet/run/fleet_run.h"
-#include "fleet/work/work.h"
+#include "fleet/shard/work.h"
 #include "run/shared_options.h"
 
 namespace bgp_rehearse {

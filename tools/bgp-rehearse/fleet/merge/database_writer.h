@@ -8,7 +8,7 @@
 
 #include "fleet/merge/sqlite.h"
 #include "fleet/plan/plan.h"
-#include "fleet/work/result.h"
+#include "fleet/shard/result.h"
 
 namespace bgp_rehearse {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "fleet/work/part.h"
+#include "fleet/shard/part.h"
 
 namespace bgp_rehearse {
 

@@ -16,7 +16,7 @@
 #include "fleet/run/crew.h"
 #include "fleet/run/known_results.h"
 #include "fleet/run/state.h"
-#include "fleet/work/work.h"
+#include "fleet/shard/work.h"
 #include "judge/words.h"
 #include "report/device_time.h"
 

@@ -7,8 +7,8 @@
 #include "base/exit_status.h"
 #include "base/sha256.h"
 #include "fleet/plan/lines.h"
-#include "fleet/work/part.h"
-#include "fleet/work/result.h"
+#include "fleet/shard/part.h"
+#include "fleet/shard/result.h"
 
 namespace bgp_rehearse {
 

@@ -14,7 +14,7 @@
 #include "base/exit_status.h"
 #include "base/text_escape.h"
 #include "fleet/plan/lines.h"
-#include "fleet/work/part.h"
+#include "fleet/shard/part.h"
 
 namespace bgp_rehearse {
 

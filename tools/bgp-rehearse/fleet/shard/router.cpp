@@ -1,4 +1,4 @@
-#include "fleet/work/router.h"
+#include "fleet/shard/router.h"
 
 #include <fmt/format.h>
 #include <sys/mman.h>
@@ -16,7 +16,7 @@
 #include "base/text_escape.h"
 #include "fleet/plan/input_reader.h"
 
-#include "fleet/work/summary.h"
+#include "fleet/shard/summary.h"
 #include "judge/stored_condition.h"
 #include "run/ended.h"
 #include "run/ending.h"

@@ -1,4 +1,4 @@
-#include "fleet/work/worker.h"
+#include "fleet/shard/worker.h"
 
 #include <fmt/format.h>
 #include <malloc.h>
@@ -12,7 +12,7 @@
 
 #include "base/exit_status.h"
 #include "base/upgrade_limits.h"
-#include "fleet/work/summary.h"
+#include "fleet/shard/summary.h"
 #include "run/ended.h"
 #include "run/facts.h"
 #include "run/messages.h"

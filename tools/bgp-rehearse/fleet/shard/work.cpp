@@ -1,11 +1,11 @@
-#include "fleet/work/work.h"
+#include "fleet/shard/work.h"
 
 #include <fmt/format.h>
 
 #include "base/child.h"
 #include "base/sha256.h"
 #include "base/text_escape.h"
-#include "fleet/work/part.h"
+#include "fleet/shard/part.h"
 
 namespace bgp_rehearse {
 

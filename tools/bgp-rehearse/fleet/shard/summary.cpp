@@ -1,4 +1,4 @@
-#include "fleet/work/summary.h"
+#include "fleet/shard/summary.h"
 
 #include <algorithm>
 #include <chrono>

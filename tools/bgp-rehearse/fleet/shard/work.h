@@ -7,7 +7,7 @@
 
 #include "base/exit_status.h"
 #include "fleet/plan/plan_reader.h"
-#include "fleet/work/worker.h"
+#include "fleet/shard/worker.h"
 
 namespace bgp_rehearse {
 

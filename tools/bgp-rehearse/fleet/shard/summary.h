@@ -7,7 +7,7 @@
 #include "base/exit_status.h"
 #include "device.h"
 #include "fleet/plan/plan.h"
-#include "fleet/work/result.h"
+#include "fleet/shard/result.h"
 #include "judge/judgement.h"
 #include "report/model.h"
 

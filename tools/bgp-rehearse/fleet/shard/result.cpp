@@ -1,4 +1,4 @@
-#include "fleet/work/result.h"
+#include "fleet/shard/result.h"
 
 #include <fmt/format.h>
 

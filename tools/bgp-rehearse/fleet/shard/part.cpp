@@ -1,4 +1,4 @@
-#include "fleet/work/part.h"
+#include "fleet/shard/part.h"
 
 #include <fmt/format.h>
 

@@ -7,7 +7,7 @@
 #include "base/child.h"
 #include "fleet/plan/input_reader.h"
 #include "fleet/plan/plan.h"
-#include "fleet/work/router.h"
+#include "fleet/shard/router.h"
 #include "run/library.h"
 #include "run/request.h"
 
