@@ -9,10 +9,8 @@ import pwd
 import signal
 import subprocess
 import unittest
-from typing import Dict, List
 
-from servers import (COMMAND, PATIENCE, ROOT, FleetOnServers, free_ports, line_of, processes, program, send,
-                     wait_for)
+from servers import PATIENCE, FleetOnServers, Servers, free_ports, line_of, processes, program, send, wait_for
 
 SERVER = """
 ListenAddress 127.0.0.1
@@ -43,13 +41,12 @@ Host node1 node2
 """
 
 
-class Hosts:
+class Hosts(Servers):
     """Two sshd with keys and ports of their own, and what ssh needs to reach them by name."""
 
     def __init__(self, folder: pathlib.Path) -> None:
-        self.folder = folder
+        super().__init__(folder)
         self.ports = free_ports(2)
-        self.servers: Dict[str, subprocess.Popen] = {}
         self.client = folder / "ssh_config"
         self.client.write_text(CLIENT.format(ports=self.ports, user=pwd.getpwuid(os.getuid()).pw_name, folder=folder))
         self.list = folder / "hosts"
@@ -66,8 +63,7 @@ class Hosts:
         for name, port in zip(("node1", "node2"), self.ports):
             configuration = self.folder / f"{name}.conf"
             configuration.write_text(SERVER.format(port=port, folder=self.folder))
-            with open(self.folder / f"{name}.log", "wb") as log:
-                self.servers[name] = subprocess.Popen([sshd, "-D", "-e", "-f", str(configuration)], stdout=log, stderr=log)
+            self.serve(name, [sshd, "-D", "-e", "-f", str(configuration)])
         for name in self.servers:
             wait_for(f"ssh {name}", lambda name=name: self.answers(name), patience=60)
 
@@ -89,41 +85,18 @@ class Hosts:
     def stop(self) -> None:
         """All that they started as well: a session of ssh that was stopped would stay."""
         send([pid for pid in processes() if any(self.is_on(name, pid) for name in self.servers)], signal.SIGKILL)
-        for process in self.servers.values():
-            process.wait()
-
-    def last_words(self) -> str:
-        return "\n".join(f"{log.name}:\n" + "\n".join(log.read_text(errors="replace").splitlines()[-15:])
-                         for log in sorted(self.folder.glob("*.log")) + sorted(self.folder.glob("parts/*.log")))
+        super().stop()
 
 
 class ParallelTest(FleetOnServers):
     def setUp(self) -> None:
         super().setUp()
         self.hosts = Hosts(self.folder)
-        self.addCleanup(self.hosts.stop)
-        try:
-            self.hosts.start()
-        except AssertionError as failure:
-            raise AssertionError(f"sshd does not start here, and nothing was tested.\n{failure}\n"
-                                 f"{self.hosts.last_words()}") from failure
+        self.start(self.hosts, "sshd")
 
     def engine(self) -> subprocess.Popen:
-        command: List[str] = [str(ROOT / "tools/fleet/parallel"), str(self.plan), str(self.parts), "--hosts",
-                              str(self.hosts.list), "--command", COMMAND]
-        environment = {**os.environ, "PARALLEL_SSH": f"ssh -F {self.hosts.client}", "HOME": str(self.folder)}
-        return subprocess.Popen(command, env=environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
-                                start_new_session=True)
-
-    def ended(self, engine: subprocess.Popen) -> str:
-        """What it said."""
-        try:
-            said = engine.communicate(timeout=PATIENCE)[0]
-        except subprocess.TimeoutExpired:
-            os.killpg(engine.pid, signal.SIGKILL)
-            said = engine.communicate()[0] + "\nand then nothing for a long time"
-        self.assertEqual(engine.returncode, 0, f"{said}\n{self.hosts.last_words()}")
-        return said
+        return self.engine_of("parallel", "--hosts", str(self.hosts.list), HOME=str(self.folder),
+                              PARALLEL_SSH=f"ssh -F {self.hosts.client}")
 
     def worker_on_node2(self) -> int:
         return self.worker_in_a_shard(lambda pid: self.hosts.is_on("node2", pid))

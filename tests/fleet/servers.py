@@ -11,7 +11,7 @@ import subprocess
 import tempfile
 import time
 import unittest
-from typing import Callable, Iterator, List, Optional, TypeVar
+from typing import Callable, Dict, Iterator, List, Optional, TypeVar
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 COMMAND = os.environ.get("BGP_REHEARSE", str(ROOT / "build/release/bin/bgp-rehearse"))
@@ -94,12 +94,37 @@ def end_all_of(folder: pathlib.Path) -> None:
             send([pid], signal.SIGKILL)
 
 
+class Servers:
+    """Servers of a test's own: their processes by name, and a log of each in the test's folder."""
+
+    def __init__(self, folder: pathlib.Path) -> None:
+        self.folder = folder
+        self.servers: Dict[str, subprocess.Popen] = {}
+
+    def serve(self, name: str, command: List[str], environment: Optional[Dict[str, str]] = None) -> None:
+        with open(self.folder / f"{name}.log", "wb") as log:
+            self.servers[name] = subprocess.Popen(command, stdout=log, stderr=log, env=environment)
+
+    def start(self) -> None:
+        raise NotImplementedError
+
+    def stop(self) -> None:
+        for process in self.servers.values():
+            send([process.pid], signal.SIGKILL)
+            process.wait()
+
+    def last_words(self) -> str:
+        return "\n".join(f"{log.name}:\n" + "\n".join(log.read_text(errors="replace").splitlines()[-15:])
+                         for log in sorted(self.folder.glob("*.log")) + sorted(self.folder.glob("parts/*.log")))
+
+
 class FleetOnServers(unittest.TestCase):
     """Makes the routers, the plan and the results of an undisturbed run, once for all tests of a class."""
 
     base: pathlib.Path
     plan: pathlib.Path
     undisturbed: pathlib.Path
+    servers: Servers
 
     @classmethod
     def setUpClass(cls) -> None:
@@ -129,6 +154,31 @@ class FleetOnServers(unittest.TestCase):
         self.parts = self.folder / "parts"
         self.parts.mkdir()
         self.addCleanup(end_all_of, self.folder)
+
+    def start(self, servers: Servers, what: str) -> None:
+        self.servers = servers
+        self.addCleanup(servers.stop)
+        try:
+            servers.start()
+        except AssertionError as failure:
+            raise AssertionError(f"{what} does not start here, and nothing was tested.\n{failure}\n"
+                                 f"{servers.last_words()}") from failure
+
+    def engine_of(self, name: str, *options: str, **environment: str) -> subprocess.Popen:
+        """The command of tools/fleet that has the shards done, in a process group of its own."""
+        command = [str(ROOT / "tools/fleet" / name), str(self.plan), str(self.parts), "--command", COMMAND, *options]
+        return subprocess.Popen(command, env={**os.environ, **environment}, stdout=subprocess.PIPE,
+                                stderr=subprocess.STDOUT, text=True, start_new_session=True)
+
+    def ended(self, engine: subprocess.Popen) -> str:
+        """What it said."""
+        try:
+            said = engine.communicate(timeout=PATIENCE)[0]
+        except subprocess.TimeoutExpired:
+            os.killpg(engine.pid, signal.SIGKILL)
+            said = engine.communicate()[0] + "\nand then nothing for a long time"
+        self.assertEqual(engine.returncode, 0, f"{said}\n{self.servers.last_words()}")
+        return said
 
     @staticmethod
     def run_command(*arguments: str) -> str:

@@ -11,7 +11,7 @@ import subprocess
 import unittest
 from typing import Dict, List
 
-from servers import COMMAND, PATIENCE, ROOT, FleetOnServers, content, free_ports, line_of, program, send, wait_for
+from servers import PATIENCE, FleetOnServers, Servers, content, free_ports, line_of, program, send, wait_for
 
 CONFIGURATION = """
 ClusterName=fleet
@@ -42,11 +42,11 @@ PartitionName=all Nodes=n1,n2 Default=YES MaxTime=INFINITE State=UP
 """
 
 
-class Cluster:
+class Cluster(Servers):
     """slurmctld and two slurmd, with ports, configuration and states of their own."""
 
     def __init__(self, folder: pathlib.Path) -> None:
-        self.folder = folder
+        super().__init__(folder)
         self.programs = {name: program(name, package) for name, package in (
             ("slurmctld", "slurmctld"), ("slurmd", "slurmd"), ("sinfo", "slurm-client"), ("scontrol", "slurm-client"),
             ("squeue", "slurm-client"), ("sbatch", "slurm-client"))}
@@ -57,18 +57,15 @@ class Cluster:
         for name in ("state", "spool-n1", "spool-n2"):
             (folder / name).mkdir()
         self.environment: Dict[str, str] = {**os.environ, "SLURM_CONF": str(self.configuration)}
-        self.servers: Dict[str, subprocess.Popen] = {}
 
     def start(self) -> None:
-        self.serve("slurmctld", "slurmctld", "-D", "-c")
+        self.serve_with("slurmctld", "slurmctld", "-D", "-c")
         for node in ("n1", "n2"):
-            self.serve(node, "slurmd", "-D", "-N", node)
+            self.serve_with(node, "slurmd", "-D", "-N", node)
         wait_for("two idle nodes", lambda: self.answer("sinfo", "-h", "-N", "-o", "%T").split() == ["idle", "idle"])
 
-    def serve(self, name: str, server: str, *options: str) -> None:
-        with open(self.folder / f"{name}.log", "wb") as log:
-            command = [self.programs[server], *options, "-f", str(self.configuration)]
-            self.servers[name] = subprocess.Popen(command, stdout=log, stderr=log, env=self.environment)
+    def serve_with(self, name: str, server: str, *options: str) -> None:
+        self.serve(name, [self.programs[server], *options, "-f", str(self.configuration)], self.environment)
 
     def answer(self, name: str, *arguments: str) -> str:
         for server, process in self.servers.items():
@@ -86,44 +83,15 @@ class Cluster:
         send(ancestors[:max(daemons) + 1][::-1], signal.SIGKILL)
         self.servers[node].wait()
 
-    def stop(self) -> None:
-        for process in self.servers.values():
-            send([process.pid], signal.SIGKILL)
-            process.wait()
-
-    def last_words(self) -> str:
-        words = []
-        for log in sorted(self.folder.glob("*.log")) + sorted(self.folder.glob("parts/*.log")):
-            words.append(f"{log.name}:\n" + "\n".join(log.read_text(errors="replace").splitlines()[-15:]))
-        return "\n".join(words)
-
 
 class SlurmTest(FleetOnServers):
     def setUp(self) -> None:
         super().setUp()
         self.cluster = Cluster(self.folder)
-        self.addCleanup(self.cluster.stop)
-        try:
-            self.cluster.start()
-        except AssertionError as failure:
-            raise AssertionError(f"Slurm does not start here, and nothing was tested.\n{failure}\n"
-                                 f"{self.cluster.last_words()}") from failure
+        self.start(self.cluster, "Slurm")
 
     def engine(self, *options: str) -> subprocess.Popen:
-        command: List[str] = [str(ROOT / "tools/fleet/slurm"), str(self.plan), str(self.parts), "--command", COMMAND,
-                              *options]
-        return subprocess.Popen(command, env=self.cluster.environment, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                                text=True)
-
-    def ended(self, engine: subprocess.Popen) -> str:
-        """What it said."""
-        try:
-            said = engine.communicate(timeout=PATIENCE)[0]
-        except subprocess.TimeoutExpired:
-            engine.kill()
-            said = engine.communicate()[0] + "\nand then nothing for a long time"
-        self.assertEqual(engine.returncode, 0, f"{said}\n{self.cluster.last_words()}")
-        return said
+        return self.engine_of("slurm", *options, SLURM_CONF=str(self.cluster.configuration))
 
     def test_array_that_nothing_disturbs_gives_all_parts(self) -> None:
         self.assertIn("All 6 shards are done.", self.ended(self.engine()))
