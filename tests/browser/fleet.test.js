@@ -34,7 +34,7 @@ test('all routers are listed at first, of which only those in view are drawn', a
 
 test('the count of a verdict leads to its routers', async () => {
     const page = await open(thousands);
-    await page.locator('#counts a[data-verdict="STOP"]').click();
+    await page.locator('ul.counts a[data-verdict="STOP"]').click();
     assert.equal(await matches(page), '3 of 3,000 routers');
     assert.deepEqual(await names(page), ['edge-000007.xml', 'edge-001007.xml', 'edge-002007.xml']);
 });
@@ -61,7 +61,7 @@ test('search and filters narrow the list together, and are cleared together', as
 
 test('the chosen router tells its verdict, its reasons and the command of its full report', async () => {
     const page = await open(thousands);
-    await page.locator('#counts a[data-verdict="STOP"]').click();
+    await page.locator('ul.counts a[data-verdict="STOP"]').click();
     await page.locator('#router-lines .line').nth(1).click();
     const detail = page.locator('#detail');
     assert.equal(await detail.locator('h3').textContent(), 'edge-001007.xml');

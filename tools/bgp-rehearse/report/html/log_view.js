@@ -1,15 +1,12 @@
 // The log as one sees it: its lines with their numbers, or those that have a text.
-/* global Elements, Filter, Windowed */
+/* global Elements, Filter, LineList */
 /* exported LogView */
 
-class LogView {
+class LogView extends LineList {
     constructor(log) {
+        super(Elements.byId('log-lines'), -1);
         this.log = log;
-        this.places = []; // of the lines that are shown
-        this.chosen = -1;
-        this.scroller = Elements.byId('log-lines');
-        this.list = new Windowed(this.scroller, (at) => this.draw(at), () => this.chosen);
-        this.listen();
+        Elements.byId('log-search').addEventListener('input', (event) => this.search(event.target.value));
         this.search('');
     }
 
@@ -41,15 +38,6 @@ class LogView {
         this.tell();
     }
 
-    choose(at) {
-        const before = this.chosen;
-        this.chosen = Math.max(0, Math.min(at, this.places.length - 1));
-        this.list.redraw(before);
-        this.list.reveal(this.chosen);
-        this.list.redraw(this.chosen);
-        this.tell();
-    }
-
     // The chosen line may be wider than the list.
     tell() {
         const {element, foreign, grouped, byId} = Elements;
@@ -72,24 +60,5 @@ class LogView {
         this.choose(this.places.indexOf(number - 1));
         this.list.centre(this.chosen);
         return true;
-    }
-
-    listen() {
-        const onLine = (act) => () => this.places.length > 0 && act();
-        Elements.onKeys(this.scroller, {
-            ArrowDown: onLine(() => this.choose(this.chosen + 1)),
-            ArrowUp: onLine(() => this.choose(this.chosen - 1)),
-            Home: onLine(() => this.choose(0)),
-            End: onLine(() => this.choose(this.places.length - 1)),
-            PageDown: onLine(() => this.choose(this.chosen + this.list.linesInView())),
-            PageUp: onLine(() => this.choose(this.chosen - this.list.linesInView())),
-        });
-        this.scroller.addEventListener('click', (event) => {
-            const line = event.target.closest('.line');
-            if (line !== null) {
-                this.choose(Number(line.dataset.at));
-            }
-        });
-        Elements.byId('log-search').addEventListener('input', (event) => this.search(event.target.value));
     }
 }

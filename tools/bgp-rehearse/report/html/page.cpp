@@ -85,7 +85,7 @@ void write_fates(const RowCounts& rows, Markup* page)
         {"changed", rows.changed, "to change"},
         {"removed", rows.removed, "to remove"},
         {"new", rows.added, "new"}};
-    page->open("ul", {{"id", "fates"}, {"aria-label", "What becomes of the rows"}});
+    page->open("ul", {{"class", "counts"}, {"aria-label", "What becomes of the rows"}});
     for (const auto& [fate, count, words] : kFates) {
         page->open("li").open("a", {{"href", "#changes"}, {"data-fate", fate}});
         page->line("strong", grouped(count)).text(" ").text(words).close().close();

@@ -96,7 +96,7 @@ void FleetPage::verdict()
 // Each leads to the routers that it counts.
 void FleetPage::counts()
 {
-    page_.open("ul", {{"id", "counts"}, {"aria-label", "Verdicts"}});
+    page_.open("ul", {{"class", "counts"}, {"aria-label", "Verdicts"}});
     for (const RouterCount& each : summary_.verdicts) {
         page_.open("li").open("a", {{"href", "#routers"}, {"data-verdict", each.what}});
         page_.line("strong", grouped(each.routers)).text(each.what).close().close();

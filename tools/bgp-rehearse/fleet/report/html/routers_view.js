@@ -1,16 +1,13 @@
 // The list of routers as one sees it: filtered, and chosen from by keyboard and pointer; the chosen one is told whole.
-/* global Elements, FleetModel, Windowed */
+/* global Elements, FleetModel, LineList */
 /* exported RoutersView */
 
-class RoutersView {
+class RoutersView extends LineList {
     static FILTERS = ['verdict', 'kind', 'reason'];
 
     constructor(model) {
+        super(Elements.byId('router-lines'), 0);
         this.model = model;
-        this.places = []; // of the routers that are shown
-        this.chosen = 0;
-        this.scroller = Elements.byId('router-lines');
-        this.list = new Windowed(this.scroller, (at) => this.draw(at), () => this.chosen);
         this.listen();
         this.apply();
     }
@@ -61,13 +58,8 @@ class RoutersView {
     }
 
     choose(at) {
-        const before = this.chosen;
-        this.chosen = Math.max(0, Math.min(at, this.places.length - 1));
-        this.list.redraw(before);
-        this.list.reveal(this.chosen);
-        this.list.redraw(this.chosen);
+        super.choose(at);
         this.list.element(this.chosen).focus({preventScroll: true});
-        this.tell();
     }
 
     reason(number) {
@@ -106,21 +98,6 @@ class RoutersView {
 
     listen() {
         const {byId} = Elements;
-        const onLine = (act) => () => this.places.length > 0 && act();
-        Elements.onKeys(this.scroller, {
-            ArrowDown: onLine(() => this.choose(this.chosen + 1)),
-            ArrowUp: onLine(() => this.choose(this.chosen - 1)),
-            Home: onLine(() => this.choose(0)),
-            End: onLine(() => this.choose(this.places.length - 1)),
-            PageDown: onLine(() => this.choose(this.chosen + this.list.linesInView())),
-            PageUp: onLine(() => this.choose(this.chosen - this.list.linesInView())),
-        });
-        this.scroller.addEventListener('click', (event) => {
-            const line = event.target.closest('.line');
-            if (line !== null) {
-                this.choose(Number(line.dataset.at));
-            }
-        });
         byId('search').addEventListener('input', () => this.apply());
         RoutersView.FILTERS.forEach((name) => byId(`filter-${name}`).addEventListener('change', () => this.apply()));
         byId('clear').addEventListener('click', () => this.setFilter(FleetModel.none));
