@@ -173,6 +173,20 @@ TEST_F(AccountByHand, UntouchedRowMovedThereAndBack_IsAsItWas)
     EXPECT_EQ(rows_of_list(upgrade_.judged().account, "/DC-RTM-MIB/rtmEntityTable/rtmEntityEntry").kept, before.kept);
 }
 
+TEST_F(AccountByHand, DefaultSetWhereNothingWas_IsNoChange)
+{
+    const std::string row = "/DC-AALL-MIB/aallPreAccessListTable/aallPreAccessListEntry{1 5}";
+    const auto set_least_length = [&](const char* length) {
+        by_hand([&](int sock, int thandle) {
+            return maapi_set_elem2(sock, thandle, length, "%s/aallPreAccessListAddrPrefGe", row.c_str());
+        });
+    };
+    set_least_length("0");
+    expect_told({}, {});
+    set_least_length("26");
+    expect_told({"changed " + row}, {});
+}
+
 TEST_F(AccountByHand, FailedMove_TellsNothing)
 {
     confd_value_t keys[3];
