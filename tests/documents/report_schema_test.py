@@ -1,10 +1,9 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Holds the JSON reports of the tests to docs/report.schema.json.
 
 Each test that makes a report of `bgp-rehearse run` leaves it in the folder that BGP_JSON_REPORTS names. `begin` empties the
 folder before the tests run, but for the report of an example; afterwards, what they left there is looked at."""
 
-import concurrent.futures
 import copy
 import json
 import os
@@ -14,11 +13,15 @@ import sys
 import unittest
 from typing import Any, Callable, Dict, List, Optional
 
+import fastjsonschema
 import jsonschema
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 FOLDER = pathlib.Path(os.environ["BGP_JSON_REPORTS"])
 SCHEMA = json.loads((ROOT / "docs/report.schema.json").read_text(encoding="utf-8"))
+
+# Fifteen times as fast as the one below, which can tell what is wrong in fewer words, and more exactly.
+is_report = fastjsonschema.compile(SCHEMA)
 
 Document = Dict[str, Any]
 
@@ -31,9 +34,13 @@ def reports() -> List[pathlib.Path]:
     return sorted(FOLDER.glob("*.json"))
 
 
-def mistake_in(path: pathlib.Path) -> Optional[str]:
-    error = jsonschema.exceptions.best_match(validator().iter_errors(json.loads(path.read_text(encoding="utf-8"))))
-    return error and f"{error.json_path}: {error.message}"
+def mistake_in(document: Document) -> Optional[str]:
+    try:
+        is_report(document)
+        return None
+    except fastjsonschema.JsonSchemaException as wrong:
+        error = jsonschema.exceptions.best_match(validator().iter_errors(document))
+        return f"{error.json_path}: {error.message}" if error else wrong.message
 
 
 def whole_report() -> Document:
@@ -103,6 +110,7 @@ class ReportSchema(unittest.TestCase):
 
     def test_takes_a_whole_report(self) -> None:
         validator().validate(whole_report())
+        self.assertIsNone(mistake_in(whole_report()))
 
     def test_refuses_wrong_reports(self) -> None:
         for what, spoil in WRONG.items():
@@ -110,13 +118,13 @@ class ReportSchema(unittest.TestCase):
             spoil(report)
             with self.subTest(what):
                 self.assertFalse(validator().is_valid(report))
+                self.assertIsNotNone(mistake_in(report))
 
     def test_takes_the_reports_of_the_tests(self) -> None:
         self.assertNotEqual(reports(), [], "not even that of the example is there")
-        with concurrent.futures.ProcessPoolExecutor() as pool:
-            for path, mistake in zip(reports(), pool.map(mistake_in, reports(), chunksize=8)):
-                with self.subTest(path.name):
-                    self.assertIsNone(mistake)
+        for path in reports():
+            with self.subTest(path.name):
+                self.assertIsNone(mistake_in(json.loads(path.read_text(encoding="utf-8"))))
 
 
 def begin() -> None:

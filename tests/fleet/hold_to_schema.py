@@ -1,4 +1,4 @@
-#!/usr/bin/env python3
+#!/usr/bin/python3
 """Holds a JSON document to a schema: hold_to_schema.py SCHEMA DOCUMENT. Prints what is wrong, and exits with 1."""
 
 import json
