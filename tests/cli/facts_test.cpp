@@ -26,7 +26,7 @@ std::string text_of(const DeviceFacts& facts)
     return (text.empty() ? "-" : text) + " " + (facts.user_profile ? std::to_string(*facts.user_profile) : "-");
 }
 
-class Facts : public RehearseTest {
+class FactsOfDevices : public RehearseTest {
 protected:
     FactsByDevice read(const std::string& text) const { return read_facts(folder.file("facts", text)); }
 
@@ -44,7 +44,7 @@ protected:
     }
 };
 
-TEST_F(Facts, Csv_HasALineForEachDevice)
+TEST_F(FactsOfDevices, Csv_HasALineForEachDevice)
 {
     const FactsByDevice all =
         read("device,interfaces,profile\nedge-1,192.0.2.1 127.0.0.1,7\nedge-2,192.0.2.2;127.0.0.1,8\n");
@@ -53,14 +53,14 @@ TEST_F(Facts, Csv_HasALineForEachDevice)
     EXPECT_EQ(text_of(all.at("edge-2")), "192.0.2.2,127.0.0.1 8");
 }
 
-TEST_F(Facts, CsvColumns_StandInAnyOrderAndMayBeMissing)
+TEST_F(FactsOfDevices, CsvColumns_StandInAnyOrderAndMayBeMissing)
 {
     EXPECT_EQ(text_of(read("profile,device\n4294967295,a\n").at("a")), "- 4294967295");
     EXPECT_EQ(text_of(read("device,interfaces,profile\na,,\n").at("a")), "- -");
     EXPECT_EQ(text_of(read("device,interfaces\na, 192.0.2.1 ; 192.0.2.2 \n").at("a")), "192.0.2.1,192.0.2.2 -");
 }
 
-TEST_F(Facts, CsvAsSpreadsheetsWriteIt_IsRead)
+TEST_F(FactsOfDevices, CsvAsSpreadsheetsWriteIt_IsRead)
 {
     const FactsByDevice all = read(
         "\xEF\xBB\xBF"
@@ -69,7 +69,7 @@ TEST_F(Facts, CsvAsSpreadsheetsWriteIt_IsRead)
     EXPECT_EQ(text_of(all.at("b")), "192.0.2.2 2");
 }
 
-TEST_F(Facts, BadCsv_IsToldByItsLine)
+TEST_F(FactsOfDevices, BadCsv_IsToldByItsLine)
 {
     EXPECT_EQ(wrong("device,profil\n"), ":1: \"profil\" is none of device, interfaces, profile; did you mean profile?");
     EXPECT_EQ(wrong("interfaces,profile\n"), ":1: no column has the name device");
@@ -85,7 +85,7 @@ TEST_F(Facts, BadCsv_IsToldByItsLine)
     EXPECT_EQ(wrong("\n"), ": it has no line");
 }
 
-TEST_F(Facts, Json_IsAnArrayOrAnObjectByDevice)
+TEST_F(FactsOfDevices, Json_IsAnArrayOrAnObjectByDevice)
 {
     for (const char* text :
          {R"([{"device": "a", "interfaces": ["192.0.2.1", "127.0.0.1"], "profile": 7}, {"device": "b"}])",
@@ -97,7 +97,7 @@ TEST_F(Facts, Json_IsAnArrayOrAnObjectByDevice)
     }
 }
 
-TEST_F(Facts, BadJson_IsToldByItsLineOrDevice)
+TEST_F(FactsOfDevices, BadJson_IsToldByItsLineOrDevice)
 {
     EXPECT_EQ(wrong("[\n{\"device\": }]"), ":2: this is not JSON");
     EXPECT_EQ(wrong("[{\"device\": \"a\"}, {\"device\": \"a\"}]"), ": device \"a\": the device a is there twice");
@@ -110,7 +110,7 @@ TEST_F(Facts, BadJson_IsToldByItsLineOrDevice)
     EXPECT_EQ(wrong("[{\"profile\": 1}]"), ": device \"\": a device without a name");
 }
 
-TEST_F(Facts, FileThatCannotBeRead_IsToldWithTheReason)
+TEST_F(FactsOfDevices, FileThatCannotBeRead_IsToldWithTheReason)
 {
     EXPECT_THAT(rehearse({"run", config, "--facts", folder / "none"}).err,
                 HasSubstr("none: No such file or directory"));
@@ -127,7 +127,7 @@ TEST(DeviceName, OfAConfiguration_IsItsFileWithoutFolderAndEndings)
 }
 
 // The interfaces and the profile that an upgrade sees.
-class FactsOfARun : public Facts {
+class FactsOfARun : public FactsOfDevices {
 protected:
     const std::string library = fake_library(folder, R"(
         ifaddrs* all = nullptr;

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "cli/examples.h"
 #include "cli/fake_library.h"
 #include "support/text_lines.h"
 
@@ -15,11 +16,6 @@ using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-std::string example(const std::string& name)
-{
-    return BGP_SOURCE_DIR "/examples/" + name + ".xml";
-}
 
 // The text without the first stretch from one text to the end of the next.
 std::string without(std::string text, const std::string& from, const std::string& to)

@@ -1,6 +1,7 @@
 // Whether a router may be upgraded tonight: the last line of the report and the exit status, for routers as they come.
 #include <gmock/gmock.h>
 
+#include "cli/examples.h"
 #include "cli/fake_library.h"
 #include "generate/configuration.h"
 
@@ -27,11 +28,6 @@ std::string findings(const CommandResult& result)
 {
     const std::size_t start = result.out.find("\nFindings");
     return start == std::string::npos ? std::string() : result.out.substr(start + 1);
-}
-
-std::string example(const std::string& name)
-{
-    return std::string(BGP_SOURCE_DIR) + "/examples/" + name;
 }
 
 class VerdictOf : public RehearseTest {
@@ -82,7 +78,7 @@ TEST_F(VerdictOf, LibraryThatReturnsSeven_IsStop)
 
 TEST_F(VerdictOf, EdgeRouter_TellsTheLimitsThatChange)
 {
-    const CommandResult result = run(example("edge-router.xml"), {});
+    const CommandResult result = run(example("edge-router"), {});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(last_line(result.out), StartsWith("Verdict: REVIEW. "));
     EXPECT_THAT(findings(result), HasSubstr("500000 -> 0"));
@@ -101,7 +97,7 @@ TEST_F(VerdictOf, FamiliesThatAreTurnedOff_AreTold)
 
 TEST_F(VerdictOf, RouterConvertedBefore_IsSafe)
 {
-    const CommandResult result = run(example("upgraded.xml"));
+    const CommandResult result = run(example("upgraded"));
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(last_line(result.out), StartsWith("Verdict: SAFE. "));
 }
@@ -125,7 +121,7 @@ TEST_F(VerdictOf, RouterIdThatComesFromAnAssumption_IsForReview)
 
 TEST_F(VerdictOf, WholeRouterBackup_IsReadAndItsOtherModulesAreTold)
 {
-    std::string backup = content_of(example("upgraded.xml"));
+    std::string backup = content_of(example("upgraded"));
     backup.insert(backup.rfind("</config>"),
                   "<interfaces xmlns=\"urn:example:interfaces\"><interface><name>eth0</name></interface></interfaces>");
     const CommandResult result = run(folder.file("backup.xml", backup));

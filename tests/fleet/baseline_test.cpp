@@ -20,9 +20,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-const FleetFinding kLeft = finding_of("row-left", "review", "rows stay behind", 2);
 const FleetFinding kNote = finding_of("stand-in-doubt", "note", "a doubt");
-const FleetFinding kLost = finding_of("row-lost", "stop", "rows are lost", 3);
 
 class Baseline : public testing::Test {
 protected:

@@ -45,6 +45,10 @@ inline FleetFinding finding_of(const std::string& id, const std::string& severit
             "look at it", "update_vrf", count,  {{"/router/bgp{1}", "AS 1"}}};
 }
 
+inline const FleetFinding kLeft = finding_of("row-left", "review", "rows stay behind", 2);
+inline const FleetFinding kLeftUnused = finding_of("row-left", "note", "rows stay behind");
+inline const FleetFinding kLost = finding_of("row-lost", "stop", "rows are lost", 3);
+
 inline RouterResult router_with(const std::string& name, const std::string& verdict, std::vector<FleetFinding> findings)
 {
     RouterResult router = safe_router(name);

@@ -18,9 +18,6 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::SizeIs;
 
-const FleetFinding kLeft = finding_of("row-left", "review", "rows stay behind");
-const FleetFinding kLost = finding_of("row-lost", "stop", "rows are lost");
-
 class FleetHtml : public testing::Test {
 protected:
     std::string page(std::vector<RouterResult> routers) const

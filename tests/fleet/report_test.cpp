@@ -28,9 +28,6 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-const FleetFinding kLeft = finding_of("row-left", "review", "rows stay behind", 2);
-const FleetFinding kLeftUnused = finding_of("row-left", "note", "rows stay behind");
-const FleetFinding kLost = finding_of("row-lost", "stop", "rows are lost", 3);
 const FleetFinding kFamily = finding_of("family-off", "review", "an address family is off");
 
 std::vector<RouterResult> routers()

@@ -18,10 +18,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-const FleetFinding kLeft = finding_of("row-left", "review", "rows stay behind");
-const FleetFinding kLeftUnused = finding_of("row-left", "note", "rows stay behind");
-const FleetFinding kLost = finding_of("row-lost", "stop", "rows are lost", 3);
-
 MadeUpFleet fleet()
 {
     RouterResult partly = safe_router("d/edge-4.xml");
@@ -92,7 +88,7 @@ TEST_F(Show, Question_ListsThoseThatHaveAllOfIt)
 TEST_F(Show, Finding_ComesWithItsSentence)
 {
     EXPECT_EQ(show({"--finding", "row-left"}).out,
-              "REVIEW    b/edge-2.xml  1 of rows stay behind\n"
+              "REVIEW    b/edge-2.xml  2 of rows stay behind\n"
               "STOP      c/edge-3.xml  1 of rows stay behind\n"
               "2 routers\n");
 }

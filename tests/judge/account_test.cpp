@@ -21,8 +21,6 @@ using bgp_rehearse::Judgement;
 using bgp_rehearse::ListAccount;
 using bgp_rehearse::RowCounts;
 
-constexpr char kRouteMaps[] = "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry";
-
 std::string file_text(const std::string& name)
 {
     std::ifstream file(std::string(BGP_SOURCE_DIR) + "/" + name);

@@ -19,8 +19,6 @@ using bgp_rehearse::path_of;
 using bgp_rehearse::Severity;
 using bgp_rehearse::words_of;
 
-constexpr char kRouteMaps[] = "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry";
-
 std::string route_map(int entity, int map, int entry, const std::string& action)
 {
     return "<bgpRouteMapEntry><bgpRmEntIndex>" + std::to_string(entity) + "</bgpRmEntIndex><bgpRouteMapIndex>" +
@@ -29,7 +27,7 @@ std::string route_map(int entity, int map, int entry, const std::string& action)
 }
 
 // A router whose every step has what it needs, with further tables of DC-BGP-MIB and further top elements.
-std::string router(const std::string& tables = {}, const std::string& more = {},
+std::string whole_router(const std::string& tables = {}, const std::string& more = {},
                    const std::string& vpn = "<mplsVpnUseBgpRouting>true</mplsVpnUseBgpRouting>")
 {
     return config(
@@ -63,12 +61,12 @@ Finding the_finding(const Judgement& judgement, FindingId id)
 
 TEST(OutcomeFindings, RouterThatLacksNothing_HasNone)
 {
-    EXPECT_EQ(findings_after_run(router(route_maps(route_map(5, 1, 10, "permit")))), "");
+    EXPECT_EQ(findings_after_run(whole_router(route_maps(route_map(5, 1, 10, "permit")))), "");
 }
 
 TEST(OutcomeFindings, RowWhosePlaceIsTaken_IsLeft)
 {
-    JudgedUpgrade upgrade(router(
+    JudgedUpgrade upgrade(whole_router(
         route_maps(route_map(1, 1, 10, "deny") + route_map(5, 1, 10, "permit") + route_map(5, 1, 20, "permit"))));
     upgrade.run();
     const Finding left = the_finding(upgrade.judged(), FindingId::RowLeft);
@@ -82,7 +80,7 @@ TEST(OutcomeFindings, RowWhosePlaceIsTaken_IsLeft)
 
 TEST(OutcomeFindings, RowWhosePlaceTheSameRowHas_IsLeftAsANote)
 {
-    JudgedUpgrade upgrade(router(
+    JudgedUpgrade upgrade(whole_router(
         route_maps(route_map(1, 1, 10, "permit") + route_map(5, 1, 10, "permit") + route_map(5, 1, 20, "deny"))));
     upgrade.run();
     const Finding left = the_finding(upgrade.judged(), FindingId::RowLeft);
@@ -109,7 +107,7 @@ TEST(OutcomeFindings, RowOfAMapThatIsUsed_IsForReviewOfAnotherANote)
 {
     for (const auto& [map, severity] : {std::pair{1, Severity::Review}, {2, Severity::Note}}) {
         JudgedUpgrade upgrade(
-            router(family_through(map) + route_maps(route_map(1, 1, 10, "deny") + route_map(5, 1, 10, "permit") +
+            whole_router(family_through(map) + route_maps(route_map(1, 1, 10, "deny") + route_map(5, 1, 10, "permit") +
                                                     route_map(5, 2, 10, "permit"))));
         upgrade.run();
         EXPECT_EQ(the_finding(upgrade.judged(), FindingId::RowLeft).severity, severity) << "map " << map;
@@ -118,7 +116,7 @@ TEST(OutcomeFindings, RowOfAMapThatIsUsed_IsForReviewOfAnotherANote)
 
 TEST(OutcomeFindings, StoredRowThatIsGone_IsLost)
 {
-    JudgedUpgrade upgrade(router(route_maps(route_map(5, 1, 10, "permit"))));
+    JudgedUpgrade upgrade(whole_router(route_maps(route_map(5, 1, 10, "permit"))));
     upgrade.run();
     upgrade.by_hand([](const UpgradeHandles& handles) {
         EXPECT_EQ(maapi_delete(handles.maapi_socket, handles.thandle, "%s{1 1 10}", kRouteMaps), CONFD_OK);
@@ -133,7 +131,7 @@ TEST(OutcomeFindings, JoinThatAStepTakesAwayOnPurpose_IsNotLost)
     const std::string join =
         "<bgpRmAfmJoinTable><bgpRmAfmJoinEntry><bgpRmEntIndex>1</bgpRmEntIndex><bgpRmAfmJoin>3</bgpRmAfmJoin>"
         "<bgpRmAfmAdminStatus>down</bgpRmAfmAdminStatus></bgpRmAfmJoinEntry></bgpRmAfmJoinTable>";
-    std::string configuration = router(join);
+    std::string configuration = whole_router(join);
     const std::size_t index = configuration.find("<bgpRmEntIndex>5");
     configuration.replace(index, 16, "<bgpRmEntIndex>1");
     JudgedUpgrade upgrade(configuration);
@@ -145,7 +143,7 @@ TEST(OutcomeFindings, JoinThatAStepTakesAwayOnPurpose_IsNotLost)
 
 TEST(OutcomeFindings, StepThatGaveUp_StopsTheUpgrade)
 {
-    JudgedUpgrade upgrade(router({}, {}, {}));
+    JudgedUpgrade upgrade(whole_router({}, {}, {}));
     upgrade.run();
     const Finding failed = the_finding(upgrade.judged(), FindingId::StepFailed);
     EXPECT_EQ(failed.step, "update_l3vpn");
@@ -168,7 +166,7 @@ TEST(OutcomeFindings, SeveralEntities_StopTheUpgradeUnlessTheOthersAreOfVrfs)
            </idx-to-bgp-as></bgp-vrf></bgp-internal>)";
     const std::string of_vrf = second_entity("<bgpRmEntVrfName>red</bgpRmEntVrfName>");
     for (const auto& [configuration, stops] :
-         {std::pair{router(second_entity("")), 1U}, {router(of_vrf), 1U}, {router(of_vrf, maps), 0U}}) {
+         {std::pair{whole_router(second_entity("")), 1U}, {whole_router(of_vrf), 1U}, {whole_router(of_vrf, maps), 0U}}) {
         JudgedUpgrade upgrade(configuration);
         upgrade.run();
         EXPECT_EQ(findings_of(upgrade.judged(), FindingId::StepFailed).size(), stops)
@@ -178,7 +176,7 @@ TEST(OutcomeFindings, SeveralEntities_StopTheUpgradeUnlessTheOthersAreOfVrfs)
 
 TEST(OutcomeFindings, FaultThatTheUpgradeWentOnFrom_StopsIt)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.by_hand([](const UpgradeHandles& /*handles*/) {
         nzmw_gen_fault(1, "update_made_up", "src/config_update/made_up", 7, "what went wrong");
     });
@@ -189,7 +187,7 @@ TEST(OutcomeFindings, FaultThatTheUpgradeWentOnFrom_StopsIt)
 
 TEST(OutcomeFindings, WriteThatNoCallSiteKnows_Failed)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.run();
     upgrade.by_hand([](const UpgradeHandles& handles) {
         EXPECT_EQ(maapi_create(handles.maapi_socket, handles.thandle, "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{1}"),
@@ -205,7 +203,7 @@ TEST(OutcomeFindings, WriteThatNoCallSiteKnows_Failed)
 
 TEST(OutcomeFindings, WriteThatLosesAValue_FailedWithTheContractsWords)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.device().fault_plan().fail(bgp_platform::capi::Function::maapi_set_elem2, "/router/bgp{65010}/router-id");
     upgrade.run();
     const Finding failed = the_finding(upgrade.judged(), FindingId::WriteFailed);
@@ -216,7 +214,7 @@ TEST(OutcomeFindings, WriteThatLosesAValue_FailedWithTheContractsWords)
 
 TEST(OutcomeFindings, WriteThatFailsOnEachRouter_IsANote)
 {
-    std::string configuration = router(
+    std::string configuration = whole_router(
         "<bgpPeerTable><bgpPeerEntry><bgpRmEntIndex>5</bgpRmEntIndex><bgpPeerLocalAddrType>unknown</"
         "bgpPeerLocalAddrType>"
         "<bgpPeerLocalAddr></bgpPeerLocalAddr><bgpPeerLocalPort>0</bgpPeerLocalPort>"
@@ -235,7 +233,7 @@ TEST(OutcomeFindings, WriteThatFailsOnEachRouter_IsANote)
 
 TEST(OutcomeFindings, ResultOtherThanZero_StopsTheUpgrade)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.run();
     upgrade.result = 7;
     EXPECT_EQ(findings_text(upgrade.judged()), "stop returned: the upgrade returned 7 instead of 0\n");
@@ -243,7 +241,7 @@ TEST(OutcomeFindings, ResultOtherThanZero_StopsTheUpgrade)
 
 TEST(OutcomeFindings, ResultThatIsNotValid_StopsTheUpgrade)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.run();
     upgrade.invalid = "";
     EXPECT_EQ(findings_text(upgrade.judged()), "");
@@ -254,7 +252,7 @@ TEST(OutcomeFindings, ResultThatIsNotValid_StopsTheUpgrade)
 
 TEST(OutcomeFindings, SecondUpgradeThatStillChanges_IsForReview)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.run();
     upgrade.again = Again{};
     EXPECT_EQ(findings_text(upgrade.judged()), "");
@@ -266,7 +264,7 @@ TEST(OutcomeFindings, SecondUpgradeThatStillChanges_IsForReview)
 
 TEST(OutcomeFindings, PartOfAnUnknownModule_IsToldWithItsNameSpace)
 {
-    JudgedUpgrade upgrade(router({}, "<interfaces xmlns=\"urn:example:interfaces\"><interface/></interfaces>"));
+    JudgedUpgrade upgrade(whole_router({}, "<interfaces xmlns=\"urn:example:interfaces\"><interface/></interfaces>"));
     upgrade.run();
     const Finding left_out = the_finding(upgrade.judged(), FindingId::LeftOut);
     EXPECT_EQ(left_out.severity, Severity::Note);
@@ -287,7 +285,7 @@ std::vector<std::string> doubts_of(JudgedUpgrade& upgrade)
 
 TEST(StandInDoubts, PrefixWithHostBits_IsForReview)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.run();
     EXPECT_EQ(doubts_of(upgrade), std::vector<std::string>());
     upgrade.by_hand([](const UpgradeHandles& handles) {
@@ -302,7 +300,7 @@ TEST(StandInDoubts, PrefixWithHostBits_IsForReview)
 
 TEST(StandInDoubts, ValueOfAMissingRow_IsToldWhereTheRowIsNotMadeLater)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.run();
     const char* const row = "/DC-BGP-MIB/bgpConfigTable/bgpConfigEntry{5 7}";
     upgrade.by_hand([&](const UpgradeHandles& handles) {
@@ -325,7 +323,7 @@ TEST(StandInDoubts, ValueOfAMissingRow_IsToldWhereTheRowIsNotMadeLater)
 
 TEST(StandInDoubts, MoveOntoTheOwnKey_IsToldWhereTheRowIsWrittenBehindIt)
 {
-    std::string entity = router(
+    std::string entity = whole_router(
         "<bgpNmEntTable><bgpNmEntEntry><bgpNmEntIndex>1</bgpNmEntIndex><bgpNmEntRmIndex>7"
         "</bgpNmEntRmIndex></bgpNmEntEntry></bgpNmEntTable>");
     entity.replace(entity.find("<bgpRmEntIndex>5"), 16, "<bgpRmEntIndex>1");
@@ -342,7 +340,7 @@ TEST(StandInDoubts, MoveOntoTheOwnKey_IsToldWhereTheRowIsWrittenBehindIt)
 
 TEST(Verdict, IsThatOfTheSeverestFinding)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.run();
     EXPECT_EQ(upgrade.judged().verdict.word(), std::string("SAFE"));
     upgrade.again = Again{{}, {"/a/b{1}"}};
@@ -353,7 +351,7 @@ TEST(Verdict, IsThatOfTheSeverestFinding)
 
 TEST(Verdict, ChosenSeverity_CountsInsteadOfTheRules)
 {
-    JudgedUpgrade upgrade(router());
+    JudgedUpgrade upgrade(whole_router());
     upgrade.run();
     upgrade.result = 1;
     Judgement judgement = upgrade.judged();

@@ -27,7 +27,7 @@ std::string entity_row(const std::string& index, const std::string& leaves = {})
     return leaf("bgpRmEntTable", leaf("bgpRmEntEntry", leaf("bgpRmEntIndex", index) + leaves));
 }
 
-std::string map_row(const std::string& entity, const std::string& map, const std::string& leaves = {})
+std::string map_of_entity(const std::string& entity, const std::string& map, const std::string& leaves = {})
 {
     return leaf("bgpRouteMapTable",
                 leaf("bgpRouteMapEntry", leaf("bgpRmEntIndex", entity) + leaf("bgpRouteMapIndex", map) +
@@ -92,7 +92,7 @@ const std::string kMapIsUsed = entity_row("5") + peer_row("5") + family_row("5",
 
 TEST_F(References, TargetThatIsTakenAway_IsAStop)
 {
-    stored(mib(kMapIsUsed + map_row("5", "3")));
+    stored(mib(kMapIsUsed + map_of_entity("5", "3")));
     deleted("/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry{5 3 10}");
     EXPECT_THAT(findings(), ElementsAre("stop: 1 neighbour family refers to a route map that is not there now: map 3 "
                                         "[neighbour 192.0.2.2 IPv4 unicast]"));
@@ -100,7 +100,7 @@ TEST_F(References, TargetThatIsTakenAway_IsAStop)
 
 TEST_F(References, ReferenceThatHeldAndIsTurnedElsewhere_IsAStop)
 {
-    stored(mib(kMapIsUsed + map_row("5", "3")));
+    stored(mib(kMapIsUsed + map_of_entity("5", "3")));
     set("/DC-BGP-MIB/bgpPeerAfiSafiTable/bgpPeerAfiSafiEntry{5 ipv4 \"\" 0 ipv4 c0:00:02:02 0 0 ipv4 unicast}/"
         "bgpPeerAfiSafiInMapIndex",
         "4");
@@ -112,7 +112,7 @@ TEST_F(References, ReferenceThatHeldAndIsTurnedElsewhere_IsAStop)
 
 TEST_F(References, TargetThatWasNotThereBefore_IsANote)
 {
-    stored(mib(kMapIsUsed + map_row("5", "2")));
+    stored(mib(kMapIsUsed + map_of_entity("5", "2")));
     EXPECT_THAT(findings(),
                 ElementsAre("note: 1 neighbour family refers to a route map that was not there before either: map 3 "
                             "[neighbour 192.0.2.2 IPv4 unicast]"));
@@ -137,8 +137,8 @@ TEST_F(References, LeafThatReferredToNothing_IsToBeLookedAtAsNew)
 
 TEST_F(References, SeveralTargets_AreNamedOnceEach)
 {
-    stored(mib(entity_row("5") + map_row("6", "1") + map_row("7", "1") + map_row("7", "2") + map_row("8", "1") +
-               map_row("9", "1")));
+    stored(mib(entity_row("5") + map_of_entity("6", "1") + map_of_entity("7", "1") + map_of_entity("7", "2") +
+               map_of_entity("8", "1") + map_of_entity("9", "1")));
     EXPECT_THAT(findings(),
                 ElementsAre(testing::StartsWith("note: 5 route map rows belong to a router entity that was not there "
                                                 "before either: entity 6, entity 7, entity 8 and others [")));
@@ -149,7 +149,7 @@ TEST_F(References, WhatStandsForNone_IsNone)
     stored(mib(
         entity_row("5", leaf("bgpRmEntVrfName", "")) +
         leaf("bgpPeerTable", leaf("bgpPeerEntry", peer_keys("5", "", "c0:00:02:02") + leaf("bgpPeerLocalNm", "0"))) +
-        map_row("5", "3", leaf("bgpRouteMapMaPrefixList", "0"))));
+        map_of_entity("5", "3", leaf("bgpRouteMapMaPrefixList", "0"))));
     EXPECT_THAT(findings(), IsEmpty());
 }
 
@@ -184,7 +184,7 @@ TEST_F(References, PartnersOfRoutingTables_AreLookedUpByTheirKind)
 TEST_F(References, RouteMapThatMatchesAList_HasItAsRulesOrByItsIndex)
 {
     const auto rows = [](const std::string& list) {
-        return mib(entity_row("5") + map_row("5", "3", leaf("bgpRouteMapMaPrefixList", list))) +
+        return mib(entity_row("5") + map_of_entity("5", "3", leaf("bgpRouteMapMaPrefixList", list))) +
                R"(<DC-AALL-MIB xmlns="http://tail-f.com/ns/mibs/DC-AALL-MIB"><aallPreAccessListTable>
                   <aallPreAccessListEntry><aallPreAccessListListIndex>7</aallPreAccessListListIndex>
                   <aallPreAccessListRuleIndex>10</aallPreAccessListRuleIndex></aallPreAccessListEntry>
@@ -238,7 +238,7 @@ TEST_F(References, KeyOfARowThatStayedBehind_IsNotToldAgain)
 TEST_F(References, RowsWhoseEntityWasNotThere_AreToldWhenTheyGetOne)
 {
     stored(mib(entity_row("5", leaf("bgpRmEntLocalAs", "65010") + leaf("bgpRmEntSupportIpv6", "true")) +
-               map_row("9", "3")));
+               map_of_entity("9", "3")));
     upgrade_->run();
     EXPECT_THAT(findings(), ElementsAre("note: 1 route map row had no router entity before and gets one by the move: "
                                         "entity 9 [map 3 entry 10]"));

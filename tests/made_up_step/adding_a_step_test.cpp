@@ -15,6 +15,7 @@
 
 #include "support/run_command.h"
 #include "support/scratch_folder.h"
+#include "support/source_tree.h"
 #include "support/text_lines.h"
 
 namespace bgp_test {
@@ -24,7 +25,6 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::Not;
 
-const fs::path kHome = BGP_SOURCE_DIR;
 const std::string kName = "ospf_pe_ce";
 
 // As the guide numbers them. The description of the ABI is renewed by a command.
@@ -233,6 +233,8 @@ private:
         }
         command.insert(command.end(), sources.begin(), sources.end());
         command.insert(command.end(), options.begin(), options.end());
+        // An object of a library may hold further sources beside one that is built anew here, which comes first.
+        command.emplace_back("-Wl,--allow-multiple-definition");
         command.push_back("-Wl,-rpath," + fs::path(BGP_PLATFORM_LIBRARY).parent_path().string());
         return run_command(command);
     }

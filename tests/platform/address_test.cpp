@@ -1,12 +1,12 @@
 // Address conversions: what a hex list looks like, what comes back from one, and what is refused.
 #include "nz_address.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
+#include "addresses.h"
 #include "values/owned_values.h"
 
 namespace {
@@ -31,21 +31,17 @@ private:
     confd_value_t value_;
 };
 
-confd_value_t ipv4(const char* text)
+confd_value_t ipv4_value(const char* text)
 {
-    in_addr address{};
-    EXPECT_EQ(inet_pton(AF_INET, text, &address), 1);
     confd_value_t value;
-    CONFD_SET_IPV4(&value, address);
+    CONFD_SET_IPV4(&value, bgp_test::ipv4(text));
     return value;
 }
 
-confd_value_t ipv6(const char* text)
+confd_value_t ipv6_value(const char* text)
 {
-    in6_addr address{};
-    EXPECT_EQ(inet_pton(AF_INET6, text, &address), 1);
     confd_value_t value;
-    CONFD_SET_IPV6(&value, address);
+    CONFD_SET_IPV6(&value, bgp_test::ipv6(text));
     return value;
 }
 
@@ -60,7 +56,7 @@ const std::string kIpv6Octets{"\x20\x01\x0d\xb8\0\0\0\0\0\0\0\0\0\0\0\x0a", 16};
 
 TEST(Address, Ipv4Value_BecomesBinaryOfItsFourOctets)
 {
-    confd_value_t in = ipv4("10.0.200.1");
+    confd_value_t in = ipv4_value("10.0.200.1");
     Converted out;
     EXPECT_EQ(Ipv4TOhexlist(&out, &in, 32), 0);
     EXPECT_EQ(out.type(), C_BINARY);
@@ -74,7 +70,7 @@ TEST(Address, Ipv4ValueWithPrefixLength_LosesItsHostBits)
                                                            {8, {"\xff\x00\x00\x00", 4}},
                                                            {0, {"\x00\x00\x00\x00", 4}}};
     for (const auto& [length, octets] : kept) {
-        confd_value_t in = ipv4("255.255.255.255");
+        confd_value_t in = ipv4_value("255.255.255.255");
         Converted out;
         EXPECT_EQ(Ipv4TOhexlist(&out, &in, length), 0);
         EXPECT_EQ(out.bytes(), octets) << length;
@@ -84,7 +80,7 @@ TEST(Address, Ipv4ValueWithPrefixLength_LosesItsHostBits)
 TEST(Address, PrefixLengthOutsideAnAddress_IsRefused)
 {
     for (const int length : {-1, 33}) {
-        confd_value_t in = ipv4("10.0.0.1");
+        confd_value_t in = ipv4_value("10.0.0.1");
         Converted out;
         EXPECT_LT(Ipv4TOhexlist(&out, &in, length), 0);
         EXPECT_EQ(out.type(), C_NOEXISTS);
@@ -93,7 +89,7 @@ TEST(Address, PrefixLengthOutsideAnAddress_IsRefused)
 
 TEST(Address, Ipv6Value_BecomesBinaryOfItsSixteenOctets)
 {
-    confd_value_t in = ipv6("2001:db8::a");
+    confd_value_t in = ipv6_value("2001:db8::a");
     Converted out;
     EXPECT_EQ(Ipv6TOhexlist(&out, &in), 0);
     EXPECT_EQ(out.type(), C_BINARY);
@@ -147,14 +143,14 @@ TEST(Address, SocketAddress_KeepsItsNetworkOrder)
 
 TEST(Address, HexlistText_IsLowerCasePairsJoinedByColons)
 {
-    confd_value_t v4 = ipv4("10.0.0.255");
+    confd_value_t v4 = ipv4_value("10.0.0.255");
     Converted text4;
     EXPECT_EQ(Ipv4TOhexliststr(&text4, &v4), 0);
     EXPECT_EQ(text4.type(), C_BUF);
     EXPECT_EQ(text4.bytes(), "0a:00:00:ff");
     EXPECT_TRUE(text4.terminated());
 
-    confd_value_t v6 = ipv6("2001:db8::a");
+    confd_value_t v6 = ipv6_value("2001:db8::a");
     Converted text6;
     EXPECT_EQ(Ipv6TOhexliststr(&text6, &v6), 0);
     EXPECT_EQ(text6.type(), C_BUF);
@@ -163,8 +159,8 @@ TEST(Address, HexlistText_IsLowerCasePairsJoinedByColons)
 
 TEST(Address, ValueOfTheOtherFamily_IsRefused)
 {
-    confd_value_t v4 = ipv4("10.0.0.1");
-    confd_value_t v6 = ipv6("::1");
+    confd_value_t v4 = ipv4_value("10.0.0.1");
+    confd_value_t v6 = ipv6_value("::1");
     Converted from_v6;
     EXPECT_LT(Ipv4TOhexlist(&from_v6, &v6, 32), 0);
     EXPECT_EQ(from_v6.type(), C_NOEXISTS);

@@ -151,7 +151,7 @@ inline confd_value_t enumeration(int32_t number)
 }
 
 // Borrowed text and octets, which outlive the value in every test.
-inline confd_value_t text(const char* letters)
+inline confd_value_t text_value(const char* letters)
 {
     confd_value_t value;
     CONFD_SET_STR(&value, letters);

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "platform/refused_text.h"
+#include "platform/schema_node.h"
 #include "schema/schema.h"
 #include "store/changes.h"
 #include "store/configuration.h"
@@ -31,6 +32,7 @@ using bgp_platform::xml::LoadError;
 using bgp_platform::xml::read_config_file;
 using bgp_platform::xml::read_config_text;
 using bgp_test::document;
+using bgp_test::node;
 using bgp_test::refusal;
 using bgp_test::refusal_of_text;
 using bgp_test::router;
@@ -44,15 +46,6 @@ Configuration load(const std::string& elements, const std::shared_ptr<const Sche
     Configuration configuration(schema);
     read_config_text(document(elements), "edge.xml", &configuration);
     return configuration;
-}
-
-const Node& node(const Schema& schema, std::initializer_list<std::string_view> names)
-{
-    const Node* found = nullptr;
-    for (const std::string_view name : names) {
-        found = found == nullptr ? schema.top_node(name, nullptr) : found->child(name);
-    }
-    return *found;
 }
 
 // The entries of a list, each as "key: leaf=value leaf=value".

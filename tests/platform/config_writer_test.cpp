@@ -19,6 +19,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/schema_node.h"
 #include "schema/schema.h"
 #include "store/configuration.h"
 #include "xml/config_reader.h"
@@ -39,19 +40,11 @@ using bgp_platform::xml::config_text;
 using bgp_platform::xml::read_config_text;
 using bgp_platform::xml::write_config;
 using bgp_platform::xml::WriteError;
+using bgp_test::node;
 using testing::HasSubstr;
 
 constexpr char kHead[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<config xmlns=\"http://tail-f.com/ns/config/1.0\">\n";
-
-const Node& node(const Schema& schema, std::initializer_list<std::string_view> names)
-{
-    const Node* found = nullptr;
-    for (const std::string_view name : names) {
-        found = found == nullptr ? schema.top_node(name, nullptr) : found->child(name);
-    }
-    return *found;
-}
 
 Row& add_entry(Row& around, const Node& list, std::vector<Value> keys)
 {

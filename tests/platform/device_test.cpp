@@ -278,7 +278,7 @@ TEST_F(DeviceTest, OpenThings_CountsEachKind)
 
 TEST_F(DeviceTest, ValuesOpenBeforeTheDevice_AreNotItsOwn)
 {
-    const confd_value_t original = text("x");
+    const confd_value_t original = text_value("x");
     confd_value_t copy;
     ASSERT_NE(confd_value_dup_to(&original, &copy), nullptr);
     const Device later(depot_options());

@@ -114,7 +114,7 @@ TEST_F(Planned, CodeAndResult_AreAsOrdered)
 TEST_F(Planned, WritesThatFail_DoNoWork)
 {
     device.fault_plan().fail_call(1, {}, true);
-    confd_value_t value = text("new");
+    confd_value_t value = text_value("new");
     confd_value_t keys[] = {u32(2), enumeration(2)};
     confd_tag_value_t tagged;
     CONFD_SET_TAG_STR(&tagged, confd_str2hash("note"), "new");

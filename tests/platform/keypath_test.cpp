@@ -168,7 +168,7 @@ TEST_F(Keypath, Position_IsTakenByCdbAlone)
     stored(bay(1, "left", "<note>n</note>"));
     open();
     EXPECT_EQ(cdb_exists(cdb, "/depot/bay[%d]/note", 0), 1);
-    confd_value_t value = text("x");
+    confd_value_t value = text_value("x");
     const auto refused = [](int result, const char* function, const char* path) {
         return fails(result, CONFD_ERR_BADPATH, function, std::string(path) + ": a position, which CDB alone takes");
     };

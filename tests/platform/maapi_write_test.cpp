@@ -64,7 +64,7 @@ TEST_F(MaapiWrite, LeafList_IsSetAsAWhole)
 {
     stored(bay(1, "left", "<tag>old</tag>"));
     open();
-    confd_value_t tags[] = {text("b"), text("a")};
+    confd_value_t tags[] = {text_value("b"), text_value("a")};
     confd_value_t list;
     CONFD_SET_LIST(&list, tags, 2);
     EXPECT_EQ(set("/depot/bay{1 left}/tag", list), CONFD_OK) << confd_lasterr();
@@ -74,7 +74,7 @@ TEST_F(MaapiWrite, LeafList_IsSetAsAWhole)
     EXPECT_EQ(changes(), written);
     EXPECT_TRUE(
         fails(set("/depot/bay{2 left}/tag", list), CONFD_ERR_NOEXISTS, "maapi_set_elem", "/depot/bay{2 left}/tag"));
-    EXPECT_TRUE(fails(set("/depot/bay{1 left}/tag", text("a")), CONFD_ERR_BADTYPE, "maapi_set_elem",
+    EXPECT_TRUE(fails(set("/depot/bay{1 left}/tag", text_value("a")), CONFD_ERR_BADTYPE, "maapi_set_elem",
                       "/depot/bay{1 left}/tag: tag is a leaf-list"));
 }
 
@@ -159,7 +159,7 @@ TEST_F(MaapiWrite, Set_TakesTheLeafsOwnType)
 {
     stored(bay(1, "left"));
     open();
-    EXPECT_EQ(set("/depot/label", text("west")), CONFD_OK);
+    EXPECT_EQ(set("/depot/label", text_value("west")), CONFD_OK);
     EXPECT_EQ(set("/depot/bay{1 left}/note", buffer("a note longer than fifteen")), CONFD_OK);
     EXPECT_EQ(set("/depot/bay{1 left}/status", enumeration(2)), CONFD_OK);
     EXPECT_EQ(set("/depot/kinds/u32", u32(8)), CONFD_OK);
@@ -173,7 +173,7 @@ TEST_F(MaapiWrite, SetValue_IsACopy)
 {
     open();
     char letters[] = "a text longer than fifteen";
-    ASSERT_EQ(set("/depot/label", text(letters)), CONFD_OK);
+    ASSERT_EQ(set("/depot/label", text_value(letters)), CONFD_OK);
     letters[0] = 'X';
     EXPECT_EQ(leaf("/depot/label"), "a text longer than fifteen");
 }
@@ -186,7 +186,7 @@ TEST_F(MaapiWrite, SetOfAnotherType_IsBadType)
                       "/depot/kinds/u8: the leaf is a uint8"));
     EXPECT_TRUE(fails(set("/depot/bay{1 left}/status", enumeration(3)), CONFD_ERR_BADTYPE, "maapi_set_elem",
                       "/depot/bay{1 left}/status: the leaf is a status"));
-    EXPECT_TRUE(fails(set("/depot/bay{1 left}/status", text("up")), CONFD_ERR_BADTYPE, "maapi_set_elem",
+    EXPECT_TRUE(fails(set("/depot/bay{1 left}/status", text_value("up")), CONFD_ERR_BADTYPE, "maapi_set_elem",
                       "/depot/bay{1 left}/status: the leaf is a status"));
     EXPECT_TRUE(fails(set("/depot/kinds/octets", buffer("0a")), CONFD_ERR_BADTYPE, "maapi_set_elem",
                       "/depot/kinds/octets: the leaf is a hex-list"));

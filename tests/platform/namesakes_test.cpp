@@ -72,7 +72,7 @@ TEST_F(Namesakes, Prefix_TellsThemApart)
     EXPECT_EQ(read("/house/ho:room{1}/te:use"), "11");
     EXPECT_EQ(read("/house/te:room{suite}/use"), "9") << "just one module has it there";
     EXPECT_EQ(read("/house/stars"), "3");
-    confd_value_t owner = text("eve");
+    confd_value_t owner = text_value("eve");
     EXPECT_EQ(maapi_set_elem(maapi, th, &owner, "/house/ho:owner"), CONFD_OK) << confd_lasterr();
     EXPECT_EQ(maapi_set_elem(maapi, th, &owner, "/house/te:owner"), CONFD_ERR) << "a number";
     EXPECT_EQ(confd_errno, CONFD_ERR_BADTYPE);

@@ -183,7 +183,7 @@ confd_tag_value_t end(const char* name)
 
 int write_shelf(Attempt& at)
 {
-    const confd_tag_value_t values[] = {begin("shelf"), tagged("name", text("a shelf with a long name")),
+    const confd_tag_value_t values[] = {begin("shelf"), tagged("name", text_value("a shelf with a long name")),
                                         tagged("depth", u32(3)), end("shelf")};
     return write_values(at, values, "/depot");
 }
@@ -191,17 +191,17 @@ int write_shelf(Attempt& at)
 // A row of every kind, below a label: two entries of their own and a deletion.
 int write_much(Attempt& at)
 {
-    confd_value_t tags[] = {text("one tag with a long text"), text("another")};
+    confd_value_t tags[] = {text_value("one tag with a long text"), text_value("another")};
     confd_value_t list;
     CONFD_SET_LIST(&list, tags, 2);
     const confd_tag_value_t values[] = {begin("shelf"),
-                                        tagged("name", text("a shelf with a long name")),
+                                        tagged("name", text_value("a shelf with a long name")),
                                         tagged("depth", u32(3)),
                                         end("shelf"),
                                         begin("bay"),
                                         tagged("number", u32(9)),
                                         tagged("side", enumeration(2)),
-                                        tagged("note", text("a new note of many letters")),
+                                        tagged("note", text_value("a new note of many letters")),
                                         tagged("tag", list),
                                         end("bay")};
     return write_values(at, values, "/depot");
@@ -344,12 +344,12 @@ std::vector<Case> cases()
         {"maapi_delete of all", [](Attempt& at) { return maapi_delete(at.maapi, at.th, "/depot/bay"); }},
         {"maapi_set_elem",
          [](Attempt& at) {
-             confd_value_t note = text("a new note of many letters");
+             confd_value_t note = text_value("a new note of many letters");
              return maapi_set_elem(at.maapi, at.th, &note, "/depot/bay{2 left}/note");
          }},
         {"maapi_set_elem of a leaf-list",
          [](Attempt& at) {
-             confd_value_t tags[] = {text("one tag with a long text"), text("another")};
+             confd_value_t tags[] = {text_value("one tag with a long text"), text_value("another")};
              confd_value_t list;
              CONFD_SET_LIST(&list, tags, 2);
              return maapi_set_elem(at.maapi, at.th, &list, "/depot/bay{2 left}/tag");
@@ -454,7 +454,7 @@ INSTANTIATE_TEST_SUITE_P(OnceAndFromThereOn, OutOfMemory, testing::Bool());
 TEST(OutOfMemoryOfValues, CopyIsNullAndOwnsNothing)
 {
     const Device device(depot_options());
-    confd_value_t parts[] = {text("one text that is long"), buffer("another text")};
+    confd_value_t parts[] = {text_value("one text that is long"), buffer("another text")};
     confd_value_t list;
     CONFD_SET_LIST(&list, parts, 2);
     for (std::size_t n = 1;; ++n) {
@@ -478,7 +478,7 @@ TEST(OutOfMemoryOfValues, CopyIsNullAndOwnsNothing)
 TEST(OutOfMemoryOfValues, PrintingNeedsNone)
 {
     const Device device(depot_options());
-    confd_value_t parts[] = {text("one text that is long"), enumeration(4)};
+    confd_value_t parts[] = {text_value("one text that is long"), enumeration(4)};
     confd_value_t list;
     CONFD_SET_LIST(&list, parts, 2);
     char out[64];

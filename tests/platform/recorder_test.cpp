@@ -146,7 +146,7 @@ TEST_F(Recorded, SessionCalls_AreShownToo)
 TEST_F(Recorded, Passwords_AreMaskedEverywhere)
 {
     record();
-    confd_value_t secret = text("open sesame");
+    confd_value_t secret = text_value("open sesame");
     EXPECT_EQ(maapi_set_elem(maapi, th, &secret, "/depot/gatePassword"), CONFD_OK);
     EXPECT_EQ(maapi_set_elem2(maapi, th, "open sesame", "/depot/gatePassword"), CONFD_OK);
     confd_value_t wrong = octets("open sesame");

@@ -15,8 +15,9 @@ protected:
 TEST_F(WriteByTags, ListPath_BeginsWithTheKeysAndCreatesTheEntry)
 {
     open();
-    EXPECT_EQ(write(Rows().leaf("number", u32(4)).leaf("side", enumeration(2)).leaf("note", text("new")), "/depot/bay"),
-              CONFD_OK);
+    EXPECT_EQ(
+        write(Rows().leaf("number", u32(4)).leaf("side", enumeration(2)).leaf("note", text_value("new")), "/depot/bay"),
+        CONFD_OK);
     EXPECT_EQ(leaf("/depot/bay{4 right}/note"), "new");
     EXPECT_EQ(leaf("/depot/bay{4 right}/status"), "-");
     EXPECT_EQ(maapi_num_instances(maapi, th, "/depot/bay"), 1);
@@ -25,7 +26,7 @@ TEST_F(WriteByTags, ListPath_BeginsWithTheKeysAndCreatesTheEntry)
 TEST_F(WriteByTags, EntryPath_CreatesTheEntryItNames)
 {
     open();
-    EXPECT_EQ(write(Rows().leaf("note", text("new")), "/depot/bay{1 left}"), CONFD_OK);
+    EXPECT_EQ(write(Rows().leaf("note", text_value("new")), "/depot/bay{1 left}"), CONFD_OK);
     EXPECT_EQ(leaf("/depot/bay{1 left}/note"), "new");
     EXPECT_EQ(write(Rows(), "/depot/bay{2 left}"), CONFD_OK);
     EXPECT_EQ(maapi_exists(maapi, th, "/depot/bay{2 left}"), 1);
@@ -87,7 +88,7 @@ TEST_F(WriteByTags, OwnKeysAgain_AreTakenAndOthersAreNot)
 {
     stored(bay(1, "left"));
     open();
-    EXPECT_EQ(write(Rows().leaf("number", u32(1)).leaf("note", text("x")), "/depot/bay{1 left}"), CONFD_OK);
+    EXPECT_EQ(write(Rows().leaf("number", u32(1)).leaf("note", text_value("x")), "/depot/bay{1 left}"), CONFD_OK);
     EXPECT_TRUE(fails(write(Rows().leaf("number", u32(2)), "/depot/bay{1 left}"), CONFD_ERR_NOT_WRITABLE,
                       "maapi_set_values", "/depot/bay{1 left}"));
 }
@@ -96,7 +97,7 @@ TEST_F(WriteByTags, EntriesAndContainers_Nest)
 {
     open();
     EXPECT_EQ(write(Rows()
-                        .leaf("label", text("west"))
+                        .leaf("label", text_value("west"))
                         .begin("bay")
                         .leaf("number", u32(1))
                         .leaf("side", enumeration(1))
@@ -108,14 +109,14 @@ TEST_F(WriteByTags, EntriesAndContainers_Nest)
                         .end("door")
                         .begin("crate")
                         .leaf("id", u32(9))
-                        .leaf("content", text("tea"))
+                        .leaf("content", text_value("tea"))
                         .end("crate")
-                        .leaf("note", text("behind the crate"))
+                        .leaf("note", text_value("behind the crate"))
                         .end("bay")
                         .begin("alarm")
                         .end("alarm")
                         .begin("shelf")
-                        .leaf("name", text("a"))
+                        .leaf("name", text_value("a"))
                         .end("shelf"),
                     "/depot"),
               CONFD_OK)
@@ -166,7 +167,7 @@ TEST_F(WriteByTags, List_IsAllOfALeafList)
 {
     stored(bay(1, "left", "<tag>old</tag><tag>b</tag>"));
     open();
-    confd_value_t tags[] = {text("new"), text("b"), text("a")};
+    confd_value_t tags[] = {text_value("new"), text_value("b"), text_value("a")};
     confd_value_t list;
     CONFD_SET_LIST(&list, tags, 3);
     EXPECT_EQ(write(Rows().leaf("tag", list), "/depot/bay{1 left}"), CONFD_OK) << confd_lasterr();
@@ -181,7 +182,7 @@ TEST_F(WriteByTags, List_IsAllOfALeafList)
     tags[2] = u32(3);
     EXPECT_TRUE(fails(write(Rows().leaf("tag", list), "/depot/bay{1 left}"), CONFD_ERR_BADTYPE, "maapi_set_values",
                       "/depot/bay{1 left}: tag has entries of string"));
-    EXPECT_TRUE(fails(write(Rows().leaf("tag", text("a")), "/depot/bay{1 left}"), CONFD_ERR_PROTOUSAGE,
+    EXPECT_TRUE(fails(write(Rows().leaf("tag", text_value("a")), "/depot/bay{1 left}"), CONFD_ERR_PROTOUSAGE,
                       "maapi_set_values", "/depot/bay{1 left}: a value that does not fit " + named("tag")));
 }
 
@@ -207,7 +208,7 @@ TEST_F(WriteByTags, BeginOfADeletion_DeletesTheEntryOfItsKeys)
     open();
     EXPECT_EQ(write(Rows()
                         .begin_of_deletion("shelf")
-                        .leaf("name", text("a"))
+                        .leaf("name", text_value("a"))
                         .end("shelf")
                         .begin("bay")
                         .leaf("number", u32(1))
@@ -215,7 +216,7 @@ TEST_F(WriteByTags, BeginOfADeletion_DeletesTheEntryOfItsKeys)
                         .begin_of_deletion("crate")
                         .leaf("id", u32(7))
                         .end("crate")
-                        .leaf("note", text("one crate less"))
+                        .leaf("note", text_value("one crate less"))
                         .end("bay"),
                     "/depot"),
               CONFD_OK)
@@ -225,10 +226,11 @@ TEST_F(WriteByTags, BeginOfADeletion_DeletesTheEntryOfItsKeys)
     EXPECT_EQ(maapi_exists(maapi, th, "/depot/bay{1 left}/crate{7}"), 0);
     EXPECT_EQ(maapi_exists(maapi, th, "/depot/bay{1 left}/crate{8}"), 1);
     EXPECT_EQ(leaf("/depot/bay{1 left}/note"), "one crate less");
-    EXPECT_TRUE(fails(write(Rows().begin_of_deletion("shelf").leaf("name", text("a")).end("shelf"), "/depot"),
+    EXPECT_TRUE(fails(write(Rows().begin_of_deletion("shelf").leaf("name", text_value("a")).end("shelf"), "/depot"),
                       CONFD_ERR_NOEXISTS, "maapi_set_values", "/depot: /depot/shelf{a}"));
     EXPECT_TRUE(fails(
-        write(Rows().begin_of_deletion("shelf").leaf("name", text("b")).leaf("depth", u32(1)).end("shelf"), "/depot"),
+        write(Rows().begin_of_deletion("shelf").leaf("name", text_value("b")).leaf("depth", u32(1)).end("shelf"),
+              "/depot"),
         CONFD_ERR_PROTOUSAGE, "maapi_set_values", "/depot: more than the keys of what is deleted: " + named("depth")));
     EXPECT_TRUE(fails(write(Rows().begin_of_deletion("alarm").end("alarm"), "/depot"), CONFD_ERR_PROTOUSAGE,
                       "maapi_set_values", "/depot: a value that does not fit " + named("alarm")));
@@ -237,14 +239,14 @@ TEST_F(WriteByTags, BeginOfADeletion_DeletesTheEntryOfItsKeys)
 TEST_F(WriteByTags, EndThatIsMissingOrStray_WritesNothing)
 {
     open();
-    const Rows shelf = Rows().leaf("label", text("x")).begin("shelf").leaf("name", text("a")).end("shelf");
+    const Rows shelf = Rows().leaf("label", text_value("x")).begin("shelf").leaf("name", text_value("a")).end("shelf");
     EXPECT_TRUE(fails(write(Rows(shelf).end("shelf"), "/depot"), CONFD_ERR_PROTOUSAGE, "maapi_set_values",
                       "/depot: an end without its begin: " + named("shelf")));
-    EXPECT_TRUE(fails(write(Rows(shelf).begin("shelf").leaf("name", text("b")), "/depot"), CONFD_ERR_PROTOUSAGE,
+    EXPECT_TRUE(fails(write(Rows(shelf).begin("shelf").leaf("name", text_value("b")), "/depot"), CONFD_ERR_PROTOUSAGE,
                       "maapi_set_values", "/depot: " + named("shelf") + " is not closed"));
     EXPECT_TRUE(fails(write(Rows(shelf).begin("kinds").begin("bay").end("kinds").end("bay"), "/depot"),
                       CONFD_ERR_PROTOUSAGE, "maapi_set_values", "/depot: " + named("bay") + " is not closed"));
-    EXPECT_TRUE(fails(write(Rows(shelf).begin_of_deletion("shelf").leaf("name", text("a")), "/depot"),
+    EXPECT_TRUE(fails(write(Rows(shelf).begin_of_deletion("shelf").leaf("name", text_value("a")), "/depot"),
                       CONFD_ERR_PROTOUSAGE, "maapi_set_values", "/depot: " + named("shelf") + " is not closed"));
     EXPECT_EQ(leaf("/depot/label"), "-");
     EXPECT_EQ(maapi_exists(maapi, th, "/depot/shelf"), 0);
@@ -266,15 +268,15 @@ TEST_F(WriteByTags, RowsBeforeTheFailingOne_StayWritten)
     open();
     EXPECT_TRUE(fails(write(Rows()
                                 .begin("shelf")
-                                .leaf("name", text("a"))
+                                .leaf("name", text_value("a"))
                                 .leaf("depth", u32(1))
                                 .end("shelf")
                                 .begin("shelf")
-                                .leaf("name", text("b"))
-                                .leaf("depth", text("deep"))
+                                .leaf("name", text_value("b"))
+                                .leaf("depth", text_value("deep"))
                                 .end("shelf")
                                 .begin("shelf")
-                                .leaf("name", text("c"))
+                                .leaf("name", text_value("c"))
                                 .end("shelf"),
                             "/depot"),
                       CONFD_ERR_BADTYPE, "maapi_set_values", "/depot: depth is a uint32"));

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "addresses.h"
 #include "capi_device.h"
 #include "values/owned_values.h"
 
@@ -14,6 +15,8 @@ namespace {
 
 using namespace capi_test;
 using bgp_platform::values::live_owned_values;
+using bgp_test::ipv4;
+using bgp_test::ipv6;
 
 // The text of a value that a setter macro makes: PRINTED(CONFD_SET_UINT8, &value, 255).
 #define PRINTED(set, ...)      \
@@ -22,20 +25,6 @@ using bgp_platform::values::live_owned_values;
         set(__VA_ARGS__);      \
         return printed(value); \
     }()
-
-in_addr ipv4(const char* dotted)
-{
-    in_addr address{};
-    EXPECT_EQ(inet_pton(AF_INET, dotted, &address), 1);
-    return address;
-}
-
-in6_addr ipv6(const char* coloned)
-{
-    in6_addr address{};
-    EXPECT_EQ(inet_pton(AF_INET6, coloned, &address), 1);
-    return address;
-}
 
 TEST(PrintedValue, Numbers_AreDecimal)
 {
@@ -86,7 +75,7 @@ TEST(PrintedValue, OtherTypes_SayWhatTheyAre)
     EXPECT_EQ(PRINTED(CONFD_SET_BOOL, &value, 0), "false");
     EXPECT_EQ(PRINTED(CONFD_SET_NOEXISTS, &value), "no value");
     EXPECT_EQ(PRINTED(CONFD_SET_DEFAULT, &value), "value of type 42");
-    confd_value_t entries[] = {u32(1), text("x")};
+    confd_value_t entries[] = {u32(1), text_value("x")};
     EXPECT_EQ(PRINTED(CONFD_SET_LIST, &value, entries, 2), "[1 x]");
     EXPECT_EQ(PRINTED(CONFD_SET_LIST, &value, entries, 0), "[]");
 }
@@ -153,7 +142,7 @@ TEST(CopiedValue, FreeValue_GivesBackEachOwningType)
 TEST(CopiedValue, OfText_IsGivenBackByTheCallForCopiesOnly)
 {
     const std::size_t before = live_owned_values();
-    const confd_value_t original = text("hello");
+    const confd_value_t original = text_value("hello");
     confd_value_t copy;
     ASSERT_NE(confd_value_dup_to(&original, &copy), nullptr);
     EXPECT_EQ(copy.type, C_STR);
@@ -168,7 +157,7 @@ TEST(CopiedValue, OfText_IsGivenBackByTheCallForCopiesOnly)
 TEST(CopiedValue, OfAList_IsDeep)
 {
     const std::size_t before = live_owned_values();
-    confd_value_t entries[] = {text("one"), buffer("two"), u32(3)};
+    confd_value_t entries[] = {text_value("one"), buffer("two"), u32(3)};
     confd_value_t original;
     CONFD_SET_LIST(&original, entries, 3);
     confd_value_t copy;

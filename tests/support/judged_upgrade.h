@@ -16,6 +16,8 @@
 
 namespace bgp_test {
 
+inline constexpr char kRouteMaps[] = "/DC-BGP-MIB/bgpRouteMapTable/bgpRouteMapEntry";
+
 class JudgedUpgrade {
 public:
     explicit JudgedUpgrade(const std::string& configuration);

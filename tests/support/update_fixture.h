@@ -21,6 +21,8 @@
 
 namespace bgp_test {
 
+inline constexpr char kLocalAs[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntLocalAs";
+
 // Top elements in the load format's wrapper.
 std::string config(std::string_view top_elements);
 

@@ -9,11 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "support/source_tree.h"
+
 namespace {
 
 namespace fs = std::filesystem;
-
-const fs::path kHome = BGP_SOURCE_DIR;
+using bgp_test::kHome;
 
 // An extended regular expression.
 class Pattern {

@@ -11,11 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "support/source_tree.h"
+
 namespace {
 
 namespace fs = std::filesystem;
-
-const fs::path kHome = BGP_SOURCE_DIR;
+using bgp_test::kHome;
 
 // Whose files are checked. A folder in one of these is a room; so is a file that stands beside the folders, with its
 // header.

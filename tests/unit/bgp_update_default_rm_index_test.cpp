@@ -14,6 +14,7 @@ using bgp_test::bgp_mib;
 using bgp_test::entity_row;
 using bgp_test::global_peer_row;
 using bgp_test::internal;
+using bgp_test::kLocalAs;
 using bgp_test::leaf;
 using bgp_test::listen_row;
 using bgp_test::network_entity_row;
@@ -25,7 +26,6 @@ using bgp_test::protocol_row;
 using bgp_test::redist_row;
 
 constexpr uint32_t kRmIndex = 5;
-constexpr char kLocalAs[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntLocalAs";
 constexpr char kInstance[] = "/bgp-internal/bgp-vrf{0}/as-to-bgp-idx{65010}";
 
 // In each of the re-keyed tables, in their order: the keys of a row of entity 5 before and after.

@@ -18,7 +18,7 @@ using bgp_test::operator+;
 constexpr char kFlag[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry{5}/bgpRmEntSupportIpv6";
 constexpr char kHiddenRouter[] = "/internal/router-afi-safi-hidden{5 ipv4 unicast}";
 constexpr char kFamily[] = "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{5 ipv6 unicast}";
-constexpr char kJoin[] = "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{5 2}";
+constexpr char kIpv6Join[] = "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{5 2}";
 constexpr char kNm[] = "/DC-BGP-MIB/bgpNmEntTable/bgpNmEntEntry{5}";
 constexpr char kListen[] = "/DC-BGP-MIB/bgpNmListenTable/bgpNmListenEntry{5 6}";
 constexpr char kRtmJoin[] = "/DC-RTM-MIB/rtmMjTable/rtmMjEntry{2 5 ariPrtnrBgp}";
@@ -78,8 +78,9 @@ const Lines kStart = {"Update BGP Ipv6\n", "Will upgrade config for for BGP entr
                       std::string("Will set ") + kFlag + " to true"};
 const Lines kEnd = {"Finishing BGP Ipv6 update\n"};
 const Lines kFamilies = {std::string("Will create ") + kHiddenRouter, std::string("Will create ") + kFamily};
-const Lines kJoins = {std::string("Will create ") + kJoin, "Will set " + below(kJoin, "bgpRmAfmPartnerIndex"),
-                      "Will set " + below(kJoin, "bgpRmAfmAfi")};
+const Lines kIpv6Joins = {std::string("Will create ") + kIpv6Join,
+                          "Will set " + below(kIpv6Join, "bgpRmAfmPartnerIndex"),
+                          "Will set " + below(kIpv6Join, "bgpRmAfmAfi")};
 const Lines kBfd = {"Will set " + below(kNm, "bgpNmEntBfdEntityIndex")};
 const Lines kListens = {std::string("Will create ") + kListen, "Will set " + below(kListen, "bgpNmListenAdminStatus"),
                         "Will set " + below(kListen, "bgpNmListenAddrType"),
@@ -89,8 +90,8 @@ const Lines kRtmJoins = {std::string("Will create ") + kRtmJoin, "Will set " + b
 
 const Lines kFlagSet = {std::string("set ") + kFlag + " true"};
 const Lines kFamilyCreated = {std::string("create ") + kFamily};
-const Lines kJoined = {std::string("create ") + kJoin, "set " + below(kJoin, "bgpRmAfmPartnerIndex") + " 2",
-                       "set " + below(kJoin, "bgpRmAfmAfi") + " ipv6"};
+const Lines kIpv6Joined = {std::string("create ") + kIpv6Join, "set " + below(kIpv6Join, "bgpRmAfmPartnerIndex") + " 2",
+                           "set " + below(kIpv6Join, "bgpRmAfmAfi") + " ipv6"};
 const Lines kListening = {std::string("create ") + kListen, "set " + below(kListen, "bgpNmListenAddrType") + " ipv6",
                           "set " + below(kListen, "bgpNmListenAddr") + " " + kNoOctets,
                           "set " + below(kListen, "bgpNmListenAdminStatus") + " up"};
@@ -108,7 +109,7 @@ TEST_F(Ipv6, Entity_GainsAllThatIpv6Needs)
 {
     stored(mib(kEntity + kNmEntity + peers({peer("5")}) + kPeerFamilyRow + route_maps({"5"})));
     EXPECT_EQ(run(update_ipv6), 0);
-    expectLog(kStart + kFamilies + kJoins + kBfd + kListens + kRtmJoins +
+    expectLog(kStart + kFamilies + kIpv6Joins + kBfd + kListens + kRtmJoins +
               Lines{"Found 1 BGP Peer entries", "Handling BGP peer entry : 0",
                     std::string("Will create ") + kHiddenPeer,
                     "Will set " + below(kPeerFamily, "bgpPeerAfiSafiDisable"), "Found 1 BGP RouteMap entries",
@@ -116,8 +117,8 @@ TEST_F(Ipv6, Entity_GainsAllThatIpv6Needs)
                     "Will set " + below(kRouteMap, "bgpRouteMapMaSafiDef")} +
               kEnd);
     // The route map's SAFI default is the number of the AFI again.
-    expectChanges(kFlagSet + kFamilyCreated + kJoined + Lines{"set " + below(kNm, "bgpNmEntBfdEntityIndex") + " 0"} +
-                  kListening +
+    expectChanges(kFlagSet + kFamilyCreated + kIpv6Joined +
+                  Lines{"set " + below(kNm, "bgpNmEntBfdEntityIndex") + " 0"} + kListening +
                   Lines{"set " + below(kPeerFamily, "bgpPeerAfiSafiDisable") + " true",
                         "set " + below(kRouteMap, "bgpRouteMapMaAfiDef") + " ipv6",
                         "set " + below(kRouteMap, "bgpRouteMapMaSafiDef") + " multicast"} +
@@ -168,8 +169,8 @@ TEST_F(Ipv6, HiddenRouterRowNotCreated_LeavesTheFamilyOutAlone)
         Lines{kFamilies[0],
               "Failed to create BGP RM AFI/SAFI ipv4 unicast internal hidden entry for BGP entity id: 5, err: " +
                   planned("maapi_create", kHiddenRouter)} +
-            kJoins + kBfd + kListens + kRtmJoins);
-    expectChanges(kFlagSet + kJoined + Lines{"set " + below(kNm, "bgpNmEntBfdEntityIndex") + " 0"} + kListening +
+            kIpv6Joins + kBfd + kListens + kRtmJoins);
+    expectChanges(kFlagSet + kIpv6Joined + Lines{"set " + below(kNm, "bgpNmEntBfdEntityIndex") + " 0"} + kListening +
                   kRtmJoined);
 }
 
@@ -181,34 +182,35 @@ TEST_F(Ipv6, FamilyNotCreated_IsLoggedAndTheStepGoesOn)
     expectAfter(kStart, kFamilies +
                             Lines{"Failed to create BGP RM AFI/SAFI ipv6 unicast entry for BGP entity id: 5, err: " +
                                   planned("maapi_create", kFamily)} +
-                            kJoins + kBfd + kListens + kRtmJoins);
+                            kIpv6Joins + kBfd + kListens + kRtmJoins);
 }
 
 TEST_F(Ipv6, JoinNotCreated_IsLoggedWithoutItsLeaves)
 {
     stored(mib(kEntity + kNmEntity));
-    faults().fail(Function::maapi_create, kJoin);
+    faults().fail(Function::maapi_create, kIpv6Join);
     EXPECT_EQ(run(update_ipv6), 0);
     expectAfter(kStart, kFamilies +
-                            Lines{kJoins[0],
+                            Lines{kIpv6Joins[0],
                                   "Failed to create BGP RM AFM JOIN ipv6 entry for BGP entity id: 5, partner idx: 2, "
                                   "err: " +
-                                      planned("maapi_create", kJoin)} +
+                                      planned("maapi_create", kIpv6Join)} +
                             kBfd + kListens + kRtmJoins);
 }
 
 TEST_F(Ipv6, JoinLeavesNotSet_AreLoggedOneByOne)
 {
     stored(mib(kEntity + kNmEntity));
-    faults().fail(Function::maapi_set_elem, kJoin);
+    faults().fail(Function::maapi_set_elem, kIpv6Join);
     EXPECT_EQ(run(update_ipv6), 0);
     const std::string failed =
         "Failed to set val 2 to bgpRmAfmPartnerIndex in entry BGP entity id: 5, partner idx: 2, ";
-    expectAfter(kStart, kFamilies +
-                            Lines{kJoins[0], kJoins[1],
-                                  failed + planned("maapi_set_elem", below(kJoin, "bgpRmAfmPartnerIndex")), kJoins[2],
-                                  failed + "err: " + planned("maapi_set_elem", below(kJoin, "bgpRmAfmAfi"))} +
-                            kBfd + kListens + kRtmJoins);
+    expectAfter(kStart,
+                kFamilies +
+                    Lines{kIpv6Joins[0], kIpv6Joins[1],
+                          failed + planned("maapi_set_elem", below(kIpv6Join, "bgpRmAfmPartnerIndex")), kIpv6Joins[2],
+                          failed + "err: " + planned("maapi_set_elem", below(kIpv6Join, "bgpRmAfmAfi"))} +
+                    kBfd + kListens + kRtmJoins);
 }
 
 TEST_F(Ipv6, NoNmEntity_StillListens)
@@ -217,10 +219,10 @@ TEST_F(Ipv6, NoNmEntity_StillListens)
     faults().fail(Function::maapi_exists, kNm);  // so that the text of the last error is known
     EXPECT_EQ(run(update_ipv6), 0);
     expectAfter(kStart,
-                kFamilies + kJoins + kBfd +
+                kFamilies + kIpv6Joins + kBfd +
                     Lines{"Path " + std::string(kNm) + " does not exist! Err: " + planned("maapi_exists", kNm)} +
                     kListens + kRtmJoins);
-    expectChanges(kFlagSet + kFamilyCreated + kJoined + kListening + kRtmJoined + kRouterHidden);
+    expectChanges(kFlagSet + kFamilyCreated + kIpv6Joined + kListening + kRtmJoined + kRouterHidden);
 }
 
 TEST_F(Ipv6, BfdEntityNotSet_IsLogged)
@@ -228,7 +230,7 @@ TEST_F(Ipv6, BfdEntityNotSet_IsLogged)
     stored(mib(kEntity + kNmEntity));
     faults().fail(Function::maapi_set_elem, kNm);
     EXPECT_EQ(run(update_ipv6), 0);
-    expectAfter(kStart, kFamilies + kJoins + kBfd +
+    expectAfter(kStart, kFamilies + kIpv6Joins + kBfd +
                             Lines{"Failed to set val 0 to bgpNmEntBfdEntityIndex in entry BGP NM entity id: 5, err: " +
                                   planned("maapi_set_elem", below(kNm, "bgpNmEntBfdEntityIndex"))} +
                             kListens + kRtmJoins);
@@ -240,7 +242,7 @@ TEST_F(Ipv6, ListenRowNotCreated_IsLoggedWithoutItsLeaves)
     faults().fail(Function::maapi_create, kListen);
     EXPECT_EQ(run(update_ipv6), 0);
     expectAfter(kStart,
-                kFamilies + kJoins + kBfd +
+                kFamilies + kIpv6Joins + kBfd +
                     Lines{kListens[0],
                           "Failed to create BGP NM LISTEN ipv6 entry for BGP NM entity id: 5, NM Listen idx: 6, "
                           "err: " +
@@ -256,7 +258,7 @@ TEST_F(Ipv6, ListenLeavesNotSet_AreLoggedOneByOne)
     const auto error = [](const char* leaf) { return planned("maapi_set_elem", below(kListen, leaf)); };
     expectAfter(
         kStart,
-        kFamilies + kJoins + kBfd +
+        kFamilies + kIpv6Joins + kBfd +
             Lines{
                 kListens[0], kListens[1],
                 "Failed to set val 1 to bgpNmListenAdminStatus in entry BGP NM entity id: 5, NM Listen idx: 6, err: " +
@@ -277,7 +279,7 @@ TEST_F(Ipv6, RtmJoinNotCreated_IsLoggedWithItsNumbersTheOtherWayRound)
     faults().fail(Function::maapi_create, kRtmJoin);
     EXPECT_EQ(run(update_ipv6), 0);
     expectAfter(kStart,
-                kFamilies + kJoins + kBfd + kListens +
+                kFamilies + kIpv6Joins + kBfd + kListens +
                     Lines{kRtmJoins[0],
                           "Failed to create RTM JOIN ipv6 ariPrtnrBgp entry for BGP entity id: 2, partner idx: 5, "
                           "err: " +
@@ -290,7 +292,7 @@ TEST_F(Ipv6, RtmJoinLeafNotSet_IsLoggedWithTheNumberAfterTheEntity)
     faults().fail(Function::maapi_set_elem, kRtmJoin);
     EXPECT_EQ(run(update_ipv6), 0);
     expectAfter(kStart,
-                kFamilies + kJoins + kBfd + kListens + kRtmJoins +
+                kFamilies + kIpv6Joins + kBfd + kListens + kRtmJoins +
                     Lines{"Failed to set val 1 to rtmMjSafi in entry RTM JOIN BGP entity id: 5, partner idx: 6, "
                           "err: " +
                           planned("maapi_set_elem", below(kRtmJoin, "rtmMjSafi"))});
@@ -300,13 +302,14 @@ TEST_F(Ipv6, PeersAndRouteMapsOfOtherEntities_AreLeftAlone)
 {
     stored(mib(kEntity + kNmEntity + peers({peer("7")}) + route_maps({"7"})));
     EXPECT_EQ(run(update_ipv6), 0);
-    expectAfter(kStart, kFamilies + kJoins + kBfd + kListens + kRtmJoins +
+    expectAfter(kStart, kFamilies + kIpv6Joins + kBfd + kListens + kRtmJoins +
                             Lines{"Found 1 BGP Peer entries", "Handling BGP peer entry : 0",
                                   "Peer entity index (7) differs from router entity index (5)",
                                   "Found 1 BGP RouteMap entries", "Handling BGP RouteMap entry : 0",
                                   "RouteMap entity index (7) differs from router entity index (5)"});
-    expectChanges(kFlagSet + kFamilyCreated + kJoined + Lines{"set " + below(kNm, "bgpNmEntBfdEntityIndex") + " 0"} +
-                  kListening + kRtmJoined + kRouterHidden);
+    expectChanges(kFlagSet + kFamilyCreated + kIpv6Joined +
+                  Lines{"set " + below(kNm, "bgpNmEntBfdEntityIndex") + " 0"} + kListening + kRtmJoined +
+                  kRouterHidden);
 }
 
 TEST_F(Ipv6, UnreadablePeersAndRouteMaps_AreLoggedAndLeftAlone)
@@ -314,7 +317,7 @@ TEST_F(Ipv6, UnreadablePeersAndRouteMaps_AreLoggedAndLeftAlone)
     stored(mib(kEntity + kNmEntity + peers({peer("5")}) + route_maps({"5"})));
     faults().fail(Function::cdb_get_objects);
     EXPECT_EQ(run(update_ipv6), 0);
-    expectAfter(kStart, kFamilies + kJoins + kBfd + kListens + kRtmJoins +
+    expectAfter(kStart, kFamilies + kIpv6Joins + kBfd + kListens + kRtmJoins +
                             Lines{"Found 1 BGP Peer entries",
                                   "Could not get peer entries, err: " + planned("cdb_get_objects", kPeers),
                                   "Found 1 BGP RouteMap entries",
@@ -328,7 +331,7 @@ TEST_F(Ipv6, HiddenPeerRowNotCreated_LeavesThePeerAlone)
     EXPECT_EQ(run(update_ipv6), 0);
     expectAfter(
         kStart,
-        kFamilies + kJoins + kBfd + kListens + kRtmJoins +
+        kFamilies + kIpv6Joins + kBfd + kListens + kRtmJoins +
             Lines{"Found 1 BGP Peer entries", "Handling BGP peer entry : 0", std::string("Will create ") + kHiddenPeer,
                   "Failed to create BGP Peer AFI/SAFI ipv4 unicast internal hidden entry for BGP entity "
                   "id: 5, peer address 10.0.0.2 err: " +
@@ -341,7 +344,7 @@ TEST_F(Ipv6, PeerWithoutIpv6Row_IsLoggedAndGainsNone)
     EXPECT_EQ(run(update_ipv6), 0);
     const std::string disable = below(kPeerFamily, "bgpPeerAfiSafiDisable");
     expectAfter(kStart,
-                kFamilies + kJoins + kBfd + kListens + kRtmJoins +
+                kFamilies + kIpv6Joins + kBfd + kListens + kRtmJoins +
                     Lines{"Found 1 BGP Peer entries", "Handling BGP peer entry : 0",
                           std::string("Will create ") + kHiddenPeer, "Will set " + disable,
                           std::string("Failed to set val 1 to bgpPeerAfiSafiDisable in entry BGP Peer AFI/SAFI ") +
@@ -360,7 +363,7 @@ TEST_F(Ipv6, RouteMapLeavesNotSet_AreLoggedOneByOne)
         lines.push_back(std::string("Failed to set val 2 to ") + leaf + " in entry BGP RouteMap " + kRouteMap +
                         ", err: " + planned("maapi_set_elem", path));
     }
-    expectAfter(kStart, kFamilies + kJoins + kBfd + kListens + kRtmJoins + lines);
+    expectAfter(kStart, kFamilies + kIpv6Joins + kBfd + kListens + kRtmJoins + lines);
 }
 
 TEST_F(Ipv6, OtherComponentOfTheGlobalVrf_NamesThePartner)

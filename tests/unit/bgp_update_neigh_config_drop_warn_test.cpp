@@ -30,13 +30,13 @@ namespace {
 using bgp_platform::capi::Function;
 using bgp_test::absent;
 using bgp_test::error_text;
+using bgp_test::kLocalAs;
 using bgp_test::leaf;
 using bgp_test::mib;
 using bgp_test::planned;
 
 constexpr char kPeers[] = "/DC-BGP-MIB/bgpPeerTable";
 constexpr char kFamilies[] = "/DC-BGP-MIB/bgpPeerAfiSafiTable";
-constexpr char kLocalAs[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntLocalAs";
 constexpr uint32_t kProfile = 250;
 
 std::string entity(uint32_t index)

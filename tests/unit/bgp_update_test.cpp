@@ -11,10 +11,10 @@ namespace {
 using bgp_platform::capi::Function;
 using bgp_test::absent;
 using bgp_test::bgp_entity;
+using bgp_test::kLocalAs;
 using bgp_test::planned;
 
 constexpr char kSupportIpv6[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntSupportIpv6";
-constexpr char kLocalAs[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry[0]/bgpRmEntLocalAs";
 constexpr char kEntities[] = "/DC-BGP-MIB/bgpRmEntTable/bgpRmEntEntry";
 
 // The entity has a high-level entry already, so that the router step says just three lines.

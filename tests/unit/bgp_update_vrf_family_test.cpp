@@ -17,7 +17,7 @@ using bgp_test::operator+;
 
 constexpr uint32_t kAs = 65010;
 constexpr char kAfiSafi[] = "/DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry";
-constexpr char kJoin[] = "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry";
+constexpr char kFamilyJoins[] = "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry";
 
 class AddressFamilySwitch : public bgp_test::DaemonTest {
 protected:
@@ -60,14 +60,15 @@ protected:
 
     static constexpr char kFamilyOn[] =
         "set /DC-BGP-MIB/bgpRmAfiSafiTable/bgpRmAfiSafiEntry{9 ipv4 unicast}/bgpRmAfiSafiAdminStatus up";
-    static constexpr char kJoinOn[] = "set /DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{9 1}/bgpRmAfmAdminStatus up";
+    static constexpr char kFamilyJoinsOn[] =
+        "set /DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{9 1}/bgpRmAfmAdminStatus up";
 };
 
 TEST_F(AddressFamilySwitch, Ipv4_SwitchesFamilyAndJoinOnAndWritesTheRule)
 {
     storeJoins();
     EXPECT_EQ(switchOn(1), 0);
-    expectChanges(Lines{kFamilyOn, kJoinOn} + redistribution_rule("70", "ipv4"));
+    expectChanges(Lines{kFamilyOn, kFamilyJoinsOn} + redistribution_rule("70", "ipv4"));
     expectLog({});
     expectTrace({});
 }
@@ -110,14 +111,14 @@ TEST_F(AddressFamilySwitch, FailedWrites_AreNotToldAndLeaveTheOthers)
     storeJoins();
     faults().fail(Function::maapi_set_elem, kAfiSafi);
     EXPECT_EQ(switchOn(1), 0);
-    expectChanges(Lines{kJoinOn} + redistribution_rule("70", "ipv4"));
+    expectChanges(Lines{kFamilyJoinsOn} + redistribution_rule("70", "ipv4"));
     expectLog({});
 }
 
 TEST_F(AddressFamilySwitch, FailedWriteOfTheJoin_LeavesTheOthers)
 {
     storeJoins();
-    faults().fail(Function::maapi_set_elem, kJoin);
+    faults().fail(Function::maapi_set_elem, kFamilyJoins);
     EXPECT_EQ(switchOn(1), 0);
     expectChanges(Lines{kFamilyOn} + redistribution_rule("70", "ipv4"));
     expectLog({});
@@ -128,7 +129,7 @@ TEST_F(AddressFamilySwitch, FailedWriteOfTheRule_LeavesTheOthers)
     storeJoins();
     faults().fail(Function::maapi_set_values);
     EXPECT_EQ(switchOn(1), 0);
-    expectChanges({kFamilyOn, kJoinOn});
+    expectChanges({kFamilyOn, kFamilyJoinsOn});
     expectLog({});
 }
 

@@ -21,8 +21,8 @@ using bgp_test::operator+;
 
 constexpr char kIpv4Unicast[] = "<address-family><afi>ipv4</afi><safi>unicast</safi></address-family>";
 constexpr char kIpv6Unicast[] = "<address-family><afi>ipv6</afi><safi>unicast</safi></address-family>";
-constexpr char kJoin[] = "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{5 2}";
-constexpr char kRtmJoin[] = "/DC-RTM-MIB/rtmMjTable/rtmMjEntry{6 5 ariPrtnrBgp}";
+constexpr char kVrfIpv6Join[] = "/DC-BGP-MIB/bgpRmAfmJoinTable/bgpRmAfmJoinEntry{5 2}";
+constexpr char kVrfRtmJoin[] = "/DC-RTM-MIB/rtmMjTable/rtmMjEntry{6 5 ariPrtnrBgp}";
 
 std::string vrf(const std::string& name, const std::string& families)
 {
@@ -222,8 +222,10 @@ TEST_F(VrfIpv6, RowsThatAreThere_GetTheirValuesAnew)
     EXPECT_EQ(step(), 0);
     const Lines lines = said(5);
     expectLogOfVrfs(
-        {lines[0], "update_bgpRmAfmJoinTable:80: " + error_text("maapi_create", CONFD_ERR_ALREADY_EXISTS, kJoin) + "\n",
-         lines[1], "update_rtmMjEntry:117: " + error_text("maapi_create", CONFD_ERR_ALREADY_EXISTS, kRtmJoin) + "\n"});
+        {lines[0],
+         "update_bgpRmAfmJoinTable:80: " + error_text("maapi_create", CONFD_ERR_ALREADY_EXISTS, kVrfIpv6Join) + "\n",
+         lines[1],
+         "update_rtmMjEntry:117: " + error_text("maapi_create", CONFD_ERR_ALREADY_EXISTS, kVrfRtmJoin) + "\n"});
     expectChanges(without(join(5, "up"), 0) + without(rtm_join(5), 0));
 }
 
@@ -322,10 +324,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(VrfIpv6, JoinThatCannotBeCreated_FailsWithAllItsValuesAndTheRtmsIsMade)
 {
     storedRed();
-    faults().fail(Function::maapi_create, kJoin);
+    faults().fail(Function::maapi_create, kVrfIpv6Join);
     EXPECT_EQ(step(), 0);
     const Lines lines = said(5);
-    expectLogOfVrfs({lines[0], "update_bgpRmAfmJoinTable:80: " + planned("maapi_create", kJoin) + "\n",
+    expectLogOfVrfs({lines[0], "update_bgpRmAfmJoinTable:80: " + planned("maapi_create", kVrfIpv6Join) + "\n",
                      "update_bgpRmAfmJoinTable:87: " + absent("maapi_set_elem", kPartner) + "\n",
                      "update_bgpRmAfmJoinTable:94: " + absent("maapi_set_elem", kAfi) + "\n",
                      "update_bgpRmAfmJoinTable:101: " + absent("maapi_set_elem", kStatus) + "\n", lines[1]});
@@ -335,9 +337,9 @@ TEST_F(VrfIpv6, JoinThatCannotBeCreated_FailsWithAllItsValuesAndTheRtmsIsMade)
 TEST_F(VrfIpv6, RtmJoinThatCannotBeCreated_FailsWithItsValue)
 {
     storedRed();
-    faults().fail(Function::maapi_create, kRtmJoin);
+    faults().fail(Function::maapi_create, kVrfRtmJoin);
     EXPECT_EQ(step(), 0);
-    expectLogOfVrfs(said(5) + Lines{"update_rtmMjEntry:117: " + planned("maapi_create", kRtmJoin) + "\n",
+    expectLogOfVrfs(said(5) + Lines{"update_rtmMjEntry:117: " + planned("maapi_create", kVrfRtmJoin) + "\n",
                                     "update_rtmMjEntry:124: " + absent("maapi_set_elem", kSafi) + "\n"});
     expectChanges(join(5, "up"));
 }

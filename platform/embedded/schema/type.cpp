@@ -163,8 +163,6 @@ bool parse_ipv6(std::string_view text, Value* value)
     return true;
 }
 
-constexpr uint8_t kIpv4Bits = 32;
-
 // "192.0.2.0/24". Bits behind the prefix are kept as they are given.
 bool parse_ipv4_prefix(std::string_view text, Value* value)
 {

@@ -8,8 +8,6 @@ namespace bgp_platform::schema {
 
 namespace {
 
-constexpr uint8_t kIpv4Bits = 32;
-
 Value int_from_confd(const confd_value_t& confd)
 {
     switch (confd.type) {

@@ -16,6 +16,8 @@
 
 namespace bgp_platform::schema {
 
+inline constexpr uint8_t kIpv4Bits = 32;  // of an address, and the most that a prefix has
+
 template <typename T>
 int order(T left, T right) noexcept
 {

@@ -15,8 +15,7 @@ namespace {
 using std::chrono::steady_clock;
 constexpr std::chrono::seconds kQuiet{1};
 constexpr std::chrono::milliseconds kBetween{200};
-constexpr double kMegabyte = 1e6;
-constexpr int kUsualColumns = 80;
+constexpr int kUnknownColumns = 80;
 
 }  // namespace
 
@@ -39,7 +38,7 @@ void ProgressLine::put(std::string_view line)
 {
     winsize size{};
     const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
-    print_message(fmt::format("\r{:.{}}\033[K", line, known ? size.ws_col - 1 : kUsualColumns - 1));
+    print_message(fmt::format("\r{:.{}}\033[K", line, known ? size.ws_col - 1 : kUnknownColumns - 1));
     shown_ = true;
 }
 
@@ -56,7 +55,7 @@ void ProgressLine::show(std::size_t bytes, std::size_t total)
     const double done = static_cast<double>(bytes);
     show([&] {
         return total > 0 ? fmt::format("{} {:.0f} %", what_, 100.0 * done / static_cast<double>(total))
-                         : fmt::format("{} {:.0f} MB", what_, done / kMegabyte);
+                         : fmt::format("{} {:.0f} MB", what_, done / 1e6);
     });
 }
 

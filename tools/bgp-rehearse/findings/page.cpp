@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <optional>
 
+#include "findings/plain_text.h"
+
 namespace bgp_rehearse {
 
 namespace {
@@ -10,7 +12,6 @@ namespace {
 constexpr std::string_view kChapter = "\n## Findings\n";
 constexpr std::string_view kNextChapter = "\n## ";
 constexpr std::string_view kHeading = "\n### ";
-constexpr std::string_view kBold = "**";
 
 // From `at` up to `end`, or to the text's end where that is not.
 std::string_view up_to(std::string_view text, std::size_t at, std::string_view end)

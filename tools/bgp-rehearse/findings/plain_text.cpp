@@ -9,7 +9,6 @@ namespace bgp_rehearse {
 
 namespace {
 
-constexpr std::string_view kBold = "**";
 constexpr std::string_view kItem = "- ";
 constexpr std::string_view kSetIn = "    ";
 

@@ -41,8 +41,8 @@ constexpr LeftWords kUnnamedRule = {bgp_contract::kUpdatePrefixList.name, Functi
                                     "go into no prefix list"};
 constexpr LeftWords kTakenRule = {bgp_contract::kUpdatePrefixList.name, Function::maapi_create,
                                   "goes into no prefix list", "go into no prefix list"};
-constexpr LeftWords kVrf = {bgp_contract::kUpdateVrf.name, Function::cdb_get, "gets no BGP instance",
-                            "get no BGP instance"};
+constexpr LeftWords kUnnumberedVrf = {bgp_contract::kUpdateVrf.name, Function::cdb_get, "gets no BGP instance",
+                                      "get no BGP instance"};
 
 // Rows that the step makes from one old row each, where both are told by a path alone.
 struct CarriedRow {
@@ -205,7 +205,7 @@ private:
         });
         const Node& routers = list(kRouters);
         const Node& vrfs = *routers.child("vrf");
-        const Words words = words_of(kVrf, noun_of(vrfs), Severity::Review);
+        const Words words = words_of(kUnnumberedVrf, noun_of(vrfs), Severity::Review);
         rows(stored_, routers).for_each([&](const Row& router) {
             router.list(vrfs.slot).for_each([&](const Row& vrf) {
                 if (with_instance.count(vrf.value(0).bytes()) == 0) {

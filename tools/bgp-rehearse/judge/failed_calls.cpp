@@ -9,7 +9,6 @@ namespace bgp_rehearse {
 namespace {
 
 using bgp_contract::Class;
-using bgp_platform::capi::Effect;
 using bgp_platform::capi::Function;
 
 constexpr std::size_t kMostPath = UINT16_MAX;
@@ -36,7 +35,7 @@ void FailedCalls::add(const char* step, Function function, int error, std::strin
         const bool two_tries = site->meaning.when == bgp_contract::When::SecondTry;
         meaning = meaning_of(site->meaning, error, two_tries && is_second_try(site, call));
     }
-    const bool write = bgp_platform::capi::effect_of(function) == Effect::Write;
+    const bool write = bgp_platform::capi::effect_of(function) == bgp_platform::capi::Effect::Write;
     if (!write && (site == nullptr || meaning.kind == Class::Expected)) {
         return;
     }

@@ -19,9 +19,9 @@ using bgp_platform::schema::Value;
 using bgp_platform::store::List;
 using bgp_platform::store::Row;
 
-class Writer : public RowVisitor {
+class RowsAsJson : public RowVisitor {
 public:
-    explicit Writer(JsonWriter* json) : json_(*json) {}
+    explicit RowsAsJson(JsonWriter* json) : json_(*json) {}
 
     void kept(const Node& /*list*/, std::size_t /*rows*/) override {}
 
@@ -131,7 +131,7 @@ private:
 void write_changes(const bgp_platform::Device& device, JsonWriter* json)
 {
     json->begin('[', JsonWriter::Lines);
-    Writer writer(json);
+    RowsAsJson writer(json);
     walk_rows(device, writer);
     json->end();
 }

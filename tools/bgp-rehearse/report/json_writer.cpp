@@ -5,12 +5,11 @@
 #include <nlohmann/json.hpp>
 
 #include "base/output_file.h"
+#include "report/piece.h"
 
 namespace bgp_rehearse {
 
 namespace {
-
-constexpr std::size_t kPiece = 1 << 16;
 
 bool stands_for_itself(char byte)
 {

@@ -7,12 +7,12 @@
 
 #include "base/output_file.h"
 #include "base/wrap.h"
+#include "report/piece.h"
 
 namespace bgp_rehearse {
 
 namespace {
 
-constexpr std::size_t kPiece = 1 << 16;
 constexpr std::size_t kUsualColumns = 100;  // where a line ends at its right, when nothing is wrapped
 constexpr std::size_t kBetween = 2;         // a text and what stands at the right
 

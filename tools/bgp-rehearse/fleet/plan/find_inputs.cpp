@@ -14,10 +14,10 @@
 #include <system_error>
 #include <utility>
 
-#include "base/exit_status.h"
 #include "base/text_escape.h"
 #include "fleet/plan/collection.h"
 #include "fleet/plan/packed_inputs.h"
+#include "fleet/plan/refuse.h"
 #include "fleet/plan/repository.h"
 
 namespace bgp_rehearse {
@@ -25,11 +25,6 @@ namespace bgp_rehearse {
 namespace {
 
 namespace fs = std::filesystem;
-
-[[noreturn]] void refuse(const std::string& path, const std::string& why)
-{
-    throw CommandError(ExitStatus::BadInput, fmt::format("{}: {}", escaped(path), escaped(why)));
-}
 
 std::string with_slash(const std::string& folder)
 {

@@ -6,19 +6,13 @@
 #include <string_view>
 #include <utility>
 
-#include "base/exit_status.h"
-#include "base/text_escape.h"
 #include "fleet/plan/archive.h"
+#include "fleet/plan/refuse.h"
 #include "fleet/plan/repository.h"
 
 namespace bgp_rehearse {
 
 namespace {
-
-[[noreturn]] void refuse(const std::string& path, const std::string& why)
-{
-    throw CommandError(ExitStatus::BadInput, fmt::format("{}: {}; no plan is made", escaped(path), escaped(why)));
-}
 
 // Without the "./" that a packer of the folder it stood in puts before each name.
 std::string_view member_name(std::string_view name)
@@ -99,7 +93,7 @@ bool collect_archive(const std::string& path, Collection* collection)
             take_member(*entry, number, archive.get(), collection);
         }
     } catch (const InputError& error) {
-        refuse(path, fmt::format("{}, behind {} files", error.what(), collection->size() - first));
+        refuse(path, fmt::format("{}, behind {} files; no plan is made", error.what(), collection->size() - first));
     }
     collection->drop_older(first);
     return true;
@@ -127,7 +121,7 @@ void collect_repository(const std::string& path, Collection* collection)
             }
         });
     } catch (const InputError& error) {
-        refuse(path, error.what());
+        refuse(path, fmt::format("{}; no plan is made", error.what()));
     }
 }
 

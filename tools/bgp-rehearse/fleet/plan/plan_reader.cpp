@@ -12,17 +12,13 @@
 #include "base/exit_status.h"
 #include "base/text_escape.h"
 #include "fleet/plan/lines.h"
+#include "fleet/plan/refuse.h"
 
 namespace bgp_rehearse {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string& file, const std::string& why)
-{
-    throw CommandError(ExitStatus::BadInput, fmt::format("{}: {}", escaped(file), escaped(why)));
-}
-
-[[noreturn]] void refuse(const std::string& file, std::size_t line, const std::string& why)
+[[noreturn]] void refuse_line(const std::string& file, std::size_t line, const std::string& why)
 {
     throw CommandError(ExitStatus::BadInput, fmt::format("{}:{}: {}", escaped(file), line, escaped(why)));
 }
@@ -42,7 +38,7 @@ PlannedInput input_in(const std::string& file, std::size_t number, const std::st
     try {
         return input_of(line);
     } catch (const std::invalid_argument& wrong) {
-        refuse(file, number, wrong.what());
+        refuse_line(file, number, wrong.what());
     }
 }
 
@@ -64,7 +60,7 @@ PlanReader::PlanReader(std::string file) : file_(std::move(file))
     try {
         plan_ = plan_of(line);
     } catch (const std::invalid_argument& wrong) {
-        refuse(file_, 1, wrong.what());
+        refuse_line(file_, 1, wrong.what());
     }
 }
 
@@ -78,7 +74,7 @@ void PlanReader::each_input(std::size_t shard, const std::function<void(PlannedI
     for (std::size_t i = 0; i < wanted.inputs; ++i, ++number) {
         std::string line;
         if (!std::getline(in, line) || in.eof()) {
-            refuse(file_, number, "the plan is cut off here; make it again");
+            refuse_line(file_, number, "the plan is cut off here; make it again");
         }
         PlannedInput input = input_in(file_, number, line);
         bytes += input.bytes;
@@ -88,7 +84,7 @@ void PlanReader::each_input(std::size_t shard, const std::function<void(PlannedI
     const bool ends = last ? in.peek() == std::ifstream::traits_type::eof()
                            : static_cast<uint64_t>(in.tellg()) == start_ + plan_.shards[shard + 1].offset;
     if (!ends || bytes != wanted.bytes) {
-        refuse(file_, number - 1, "the plan has been changed: the shard does not end as its first line says");
+        refuse_line(file_, number - 1, "the plan has been changed: the shard does not end as its first line says");
     }
 }
 

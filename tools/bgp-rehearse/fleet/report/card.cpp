@@ -7,6 +7,7 @@
 
 #include "base/text_escape.h"
 #include "fleet/report/command.h"
+#include "fleet/report/text.h"
 #include "judge/words.h"
 #include "report/device_time.h"
 #include "report/text.h"
@@ -18,7 +19,6 @@ namespace {
 constexpr std::size_t kFacts = 13;
 constexpr std::size_t kSentences = 10;
 constexpr std::size_t kPlaces = kSentences + 2;
-constexpr std::size_t kSteps = 34;
 
 Duration duration_of(double seconds)
 {
@@ -160,7 +160,7 @@ void Card::steps()
             title("Steps");
         }
         any = true;
-        page_->line(fmt::format("  {:<{}}{}", escaped(step.text(0)), kSteps - 2, escaped(step.text(1))));
+        page_->line(fmt::format("  {:<{}}{}", escaped(step.text(0)), kStepColumns - 2, escaped(step.text(1))));
     }
 }
 

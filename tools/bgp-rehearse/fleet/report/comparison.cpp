@@ -15,8 +15,6 @@ namespace bgp_rehearse {
 
 namespace {
 
-constexpr std::size_t kExamples = 3;
-
 // A finding but for how much of it there is.
 struct FindingKey {
     std::string severity;

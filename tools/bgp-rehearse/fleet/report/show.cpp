@@ -21,7 +21,7 @@ namespace bgp_rehearse {
 
 namespace {
 
-constexpr std::size_t kVerdicts = 10;  // columns
+constexpr std::size_t kVerdictColumns = 10;  // columns
 
 class Shown {
 public:
@@ -38,10 +38,10 @@ public:
             page_.line(escaped(name));
         } else {
             page_.line({0,
-                        fmt::format("{:<{}}", word, kVerdicts),
+                        fmt::format("{:<{}}", word, kVerdictColumns),
                         Paint::Plain,
                         fmt::format("{}{}{}", escaped(name), text.empty() ? "" : "  ", escaped(text)),
-                        kVerdicts,
+                        kVerdictColumns,
                         {}});
         }
     }

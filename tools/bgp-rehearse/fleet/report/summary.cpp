@@ -10,7 +10,6 @@ namespace bgp_rehearse {
 namespace {
 
 constexpr std::size_t kFewestDigits = 6;  // of a reason's name
-constexpr std::size_t kExamples = 3;
 
 std::map<std::string, std::string> about_of(const Database& database)
 {

@@ -47,6 +47,7 @@ struct FleetSummary {
     std::size_t with_reasons = 0;       // routers that have any
 };
 
+inline constexpr std::size_t kExamples = 3;  // of what routers share
 inline constexpr std::array kVerdicts = {"STOP", "REFUSED", "REVIEW", "SAFE"};
 inline constexpr std::array kInputClasses = {"whole", "partly", "refused"};
 inline constexpr std::array kOutcomes = {"ran", "nothing to do", "did not run", "could not run", "failed", "ended"};

@@ -16,7 +16,6 @@ constexpr std::size_t kShown = 50;   // reasons, and ways to differ
 constexpr std::size_t kWords = 12;   // columns of a verdict or a severity, its indent with it
 constexpr std::size_t kCounts = 10;  // of a count
 constexpr std::size_t kTexts = kWords + kCounts + 2;
-constexpr std::size_t kSteps = 34;    // of a step's name
 constexpr std::size_t kOutcome = 15;  // of the count of an outcome
 
 Paint paint_of(std::string_view word)
@@ -202,7 +201,7 @@ void SummaryText::steps()
         title("Steps: no router tells of any");
         return;
     }
-    std::string names = fmt::format("{:<{}}", "Steps", kSteps);
+    std::string names = fmt::format("{:<{}}", "Steps", kStepColumns);
     for (const std::string& outcome : outcomes_) {
         names += fmt::format("{:>{}}", outcome, kOutcome);
     }
@@ -216,7 +215,7 @@ void SummaryText::steps()
 
 void SummaryText::step(const StepCount& step)
 {
-    std::string line = fmt::format("  {:<{}}", escaped(step.name), kSteps - 2);
+    std::string line = fmt::format("  {:<{}}", escaped(step.name), kStepColumns - 2);
     for (const std::string& outcome : outcomes_) {
         const std::size_t count = routers_with(step, outcome);
         line += fmt::format("{:>{}}", count == 0 ? "-" : grouped(count), kOutcome);

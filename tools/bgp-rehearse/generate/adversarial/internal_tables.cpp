@@ -78,7 +78,7 @@ void write_redistribution(const Shape& shape, XmlRows* rows)
     rows->close("rtmRedistEntry-hidden");
 }
 
-void write_route_maps(const Shape& shape, XmlRows* rows)
+void write_hidden_route_maps(const Shape& shape, XmlRows* rows)
 {
     rows->open("bgpRouteMapEntry-hidden");
     for (const char* list : {"bgpRouteMapEntry", "bgpRouteMapEntry-get", "bgpRouteMapEntry-set"}) {
@@ -97,7 +97,7 @@ void write_route_maps(const Shape& shape, XmlRows* rows)
     rows->close("bgpRouteMapEntry-hidden");
 }
 
-void write_records(const Shape& shape, XmlRows* rows)
+void write_hidden_records(const Shape& shape, XmlRows* rows)
 {
     rows->open("bgpConfigEntry-hidden");
     for (const char* list : {"bgpConfigEntry", "bgpConfigEntry-get", "bgpConfigEntry-set"}) {
@@ -135,7 +135,7 @@ void write_neighbor(const Shape& shape, const Neighbor& neighbor, const char* li
 }
 
 // Neighbours that share owner and address and differ in the local address alone do not occur: numbers tell them apart.
-void write_neighbors(const Shape& shape, XmlRows* rows)
+void write_hidden_neighbors(const Shape& shape, XmlRows* rows)
 {
     struct Table {
         const char* list;
@@ -218,9 +218,9 @@ void write_internal_tables(const Shape& shape, XmlRows* rows)
     write_name_maps(rows);
     rows->close("vrf-config");
     write_redistribution(shape, rows);
-    write_route_maps(shape, rows);
-    write_records(shape, rows);
-    write_neighbors(shape, rows);
+    write_hidden_route_maps(shape, rows);
+    write_hidden_records(shape, rows);
+    write_hidden_neighbors(shape, rows);
     for (const Owner& owner : shape.owners()) {
         write_owner(shape, owner, rows);
     }

@@ -142,7 +142,7 @@ void write_route_map_rows(const Router& router, XmlRows* rows)
     rows->close("bgpRouteMapEntry-hidden");
 }
 
-void write_records(const Router& router, XmlRows* rows)
+void write_hidden_records(const Router& router, XmlRows* rows)
 {
     rows->open("bgpConfigEntry-hidden");
     for (const char* list : {"bgpConfigEntry", "bgpConfigEntry-get", "bgpConfigEntry-set"}) {
@@ -281,7 +281,7 @@ void write_internal_tables(const Router& router, XmlRows* rows)
     rows->close("vrf-config");
     write_networks(router, rows);
     write_route_map_rows(router, rows);
-    write_records(router, rows);
+    write_hidden_records(router, rows);
     write_neighbors(router, rows);
     write_entity_rows(router, rows);
     write_list_names(router, rows);

@@ -23,7 +23,7 @@ constexpr uint32_t kTransitAs = 64496;
 constexpr uint32_t kPeerAs = 64501;
 constexpr uint32_t kCustomerAs = 65300;
 constexpr uint32_t kSpineAs = 65000;
-constexpr uint32_t kCustomers = 200;
+constexpr uint32_t kCustomerAsNumbers = 200;
 
 //   what, weight, internal, IPv6 session, VPN, addresses, AS numbers, in map, out map, prefix limit, hold time
 // The last group of each role is behind map 1.
@@ -31,8 +31,8 @@ constexpr NeighborGroup kEdgeGroups[] = {
     {"core", 2, true, false, false, kLoopbacks, 1, kLoopbackRoom, 0, 1, 0, 0, 0, 180},
     {"transit", 1, false, false, false, kTransitLinks, 4, kHalfRoom, kTransitAs, 4, 3, 4, 1000000, 90},
     {"peer", 2, false, false, false, kPeerLinks, 4, kHalfRoom, kPeerAs, 8, 5, 6, 20000, 90},
-    {"customer, IPv6", 2, false, true, false, 0, 0, 0, kCustomerAs, kCustomers, 1, 2, 100, 180},
-    {"customer", 4, false, false, false, kCustomerLinks, 4, kFullRoom, kCustomerAs, kCustomers, 1, 2, 500, 180},
+    {"customer, IPv6", 2, false, true, false, 0, 0, 0, kCustomerAs, kCustomerAsNumbers, 1, 2, 100, 180},
+    {"customer", 4, false, false, false, kCustomerLinks, 4, kFullRoom, kCustomerAs, kCustomerAsNumbers, 1, 2, 500, 180},
 };
 constexpr NeighborGroup kProviderEdgeGroups[] = {
     {"reflector", 2, true, false, true, kLoopbacks, 1, kLoopbackRoom, 0, 1, 0, 0, 0, 180},

@@ -21,7 +21,7 @@ void write_rtm_entities(const Router& router, XmlRows* rows)
     rows->close("rtmEntityTable");
 }
 
-void write_joins(const Router& router, XmlRows* rows)
+void write_stack_joins(const Router& router, XmlRows* rows)
 {
     rows->open("rtmMjTable");
     for (const uint32_t rtm_index : {1U, 2U}) {
@@ -103,7 +103,7 @@ void write_stack_tables(const Router& router, XmlRows* rows)
 {
     rows->open("DC-RTM-MIB", R"( xmlns="http://tail-f.com/ns/mibs/DC-RTM-MIB")");
     write_rtm_entities(router, rows);
-    write_joins(router, rows);
+    write_stack_joins(router, rows);
     rows->open("rtmRedistTable");
     for_each_redistribution(router, [&](const Redistribution& rule) { write_rule(rule, rows); });
     rows->close("rtmRedistTable");

@@ -26,13 +26,13 @@ using bgp_platform::store::List;
 using bgp_platform::store::Row;
 using bgp_platform::store::Trail;
 
-constexpr std::size_t kMostBytes = std::size_t{3} << 27;  // of changes in a page
-constexpr std::size_t kChunk = 500;                       // rows in a line of the data
+constexpr std::size_t kMostChangeBytes = std::size_t{3} << 27;  // of changes in a page
+constexpr std::size_t kRowsInLine = 500;                        // rows in a line of the data
 
 constexpr Fate kFates[] = {Fate::AsItWas, Fate::Changed, Fate::Moved, Fate::MovedAndChanged, Fate::Removed, Fate::New};
 
 // A value as the page shows it; a leaf-list as its values.
-std::string shown(const Node& leaf, const Value* value, const List* entries)
+std::string shown_value(const Node& leaf, const Value* value, const List* entries)
 {
     if (entries == nullptr) {
         return words_of_value(leaf, value);
@@ -91,7 +91,7 @@ private:
 
 void Rows::add(const RowChange& change, std::size_t list)
 {
-    if (island_.size() >= kMostBytes) {
+    if (island_.size() >= kMostChangeBytes) {
         ++left_out_;
         return;
     }
@@ -102,7 +102,7 @@ void Rows::add(const RowChange& change, std::size_t list)
     write_text(change, of);
     write_steps(of);
     json_.end();
-    if (++in_chunk_ == kChunk) {
+    if (++in_chunk_ == kRowsInLine) {
         end_chunk();
     }
 }
@@ -150,9 +150,9 @@ void Rows::write_text(const RowChange& change, const RowLeaves& of)
     text_ += "\n" + escaped(words_of_row(change.around == nullptr ? Trail{} : *change.around, change.row()));
     for (const LeafChange& leaf : of.leaves) {
         text_ += "\n" + name_of(*leaf.node) + "\n";
-        text_ += change.fate == Fate::New ? "" : escaped(shown(*leaf.node, leaf.before, leaf.entries_before));
+        text_ += change.fate == Fate::New ? "" : escaped(shown_value(*leaf.node, leaf.before, leaf.entries_before));
         text_ += "\n";
-        text_ += change.fate == Fate::Removed ? "" : escaped(shown(*leaf.node, leaf.after, leaf.entries_after));
+        text_ += change.fate == Fate::Removed ? "" : escaped(shown_value(*leaf.node, leaf.after, leaf.entries_after));
     }
     json_.text(text_);
 }

@@ -12,7 +12,7 @@ constexpr int kLevel = 4;              // twice as fast as zlib's usual one, and
 constexpr int kGzip = 16 + MAX_WBITS;  // with gzip's head, in which zlib tells no time
 constexpr int kMemory = 8;
 constexpr std::size_t kGroup = 3;  // of bytes, in base64
-constexpr std::size_t kPiece = 1 << 15;
+constexpr std::size_t kPacked = 1 << 15;
 
 }  // namespace
 
@@ -47,7 +47,7 @@ void Island::finish()
 
 void Island::deflate_all(int flush)
 {
-    char piece[kPiece];
+    char piece[kPacked];
     do {
         stream_.next_out = reinterpret_cast<Bytef*>(piece);
         stream_.avail_out = sizeof piece;

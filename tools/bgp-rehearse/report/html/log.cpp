@@ -11,8 +11,8 @@ namespace bgp_rehearse {
 
 namespace {
 
-constexpr std::size_t kMostBytes = std::size_t{1} << 27;  // of a log in a page
-constexpr std::size_t kChunk = 1000;                      // lines in an array
+constexpr std::size_t kMostLogBytes = std::size_t{1} << 27;  // of a log in a page
+constexpr std::size_t kLinesInArray = 1000;                  // lines in an array
 
 // Which step wrote which lines: [first line, number of the step], then arrays of lines.
 std::size_t write_lines(const Report& report, Markup* page)
@@ -28,9 +28,9 @@ std::size_t write_lines(const Report& report, Markup* page)
     }
     json.end().end();
     std::size_t written = 0;
-    while (written < report.log.size() && island.size() < kMostBytes) {
+    while (written < report.log.size() && island.size() < kMostLogBytes) {
         json.begin('[', JsonWriter::Dense);
-        for (std::size_t i = 0; i < kChunk && written < report.log.size(); ++i) {
+        for (std::size_t i = 0; i < kLinesInArray && written < report.log.size(); ++i) {
             json.text(escaped_line(report.log[written++]));
         }
         json.end();

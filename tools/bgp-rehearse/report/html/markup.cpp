@@ -6,12 +6,11 @@
 
 #include "base/output_file.h"
 #include "base/text_escape.h"
+#include "report/piece.h"
 
 namespace bgp_rehearse {
 
 namespace {
-
-constexpr std::size_t kPiece = 1 << 16;
 
 // Whether it stands among words: behind it a line end would be a blank.
 bool is_in_line(std::string_view element)

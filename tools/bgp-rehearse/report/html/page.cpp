@@ -79,14 +79,14 @@ void write_device_time(const Report& report, Markup* page)
 
 void write_fates(const RowCounts& rows, Markup* page)
 {
-    const std::tuple<const char*, std::size_t, const char*> kFates[] = {
+    const std::tuple<const char*, std::size_t, const char*> kShown[] = {
         {"moved", rows.moved, "to move"},
         {"moved and changed", rows.moved_and_changed, "to move and change"},
         {"changed", rows.changed, "to change"},
         {"removed", rows.removed, "to remove"},
         {"new", rows.added, "new"}};
     page->open("ul", {{"class", "counts"}, {"aria-label", "What becomes of the rows"}});
-    for (const auto& [fate, count, words] : kFates) {
+    for (const auto& [fate, count, words] : kShown) {
         page->open("li").open("a", {{"href", "#changes"}, {"data-fate", fate}});
         page->line("strong", grouped(count)).text(" ").text(words).close().close();
     }
