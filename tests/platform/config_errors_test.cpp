@@ -97,6 +97,19 @@ TEST(ConfigErrors, WhatMakesTheRestUnreadable_ComesLast)
               "edge.xml:1: /router: an entry beyond the 1 that are allowed");
 }
 
+TEST(ConfigErrors, FileCutWithinATag_SaysNothingOfTheNameThatIsCut)
+{
+    const std::string text = document(router("<odd/><bgp><as-number>1</as-number></bgp>"));
+    EXPECT_EQ(refusal_of_text(text.substr(0, text.find("gp><as"))),
+              "edge.xml:1: /router: element <odd> is not in the data model\n"
+              "edge.xml:1: /router: not well-formed: Couldn't find end of Start Tag b line 1");
+    EXPECT_EQ(refusal_of_text(text.substr(0, text.find("-number"))),
+              "edge.xml:1: /router: element <odd> is not in the data model\n"
+              "edge.xml:1: /router/bgp: not well-formed: Couldn't find end of Start Tag as line 1");
+    EXPECT_EQ(refusal_of_text(text.substr(0, text.find("odd/>") + 3)),
+              "edge.xml:1: /router: not well-formed: Couldn't find end of Start Tag odd line 1");
+}
+
 TEST(ConfigErrors, PasswordInWhatIsPassedOver_IsNotShown)
 {
     EXPECT_EQ(

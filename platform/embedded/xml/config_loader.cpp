@@ -47,6 +47,7 @@ ConfigLoader::ConfigLoader(std::string file, store::Configuration* into, const L
 
 void ConfigLoader::start_element(const StartTag& tag)
 {
+    refused_last_ = false;
     if (++levels_ > limits_.levels) {
         errors_.end(
             told(tag.line, place() + ": elements are nested more than " + std::to_string(limits_.levels) + " deep"));
@@ -117,6 +118,7 @@ void ConfigLoader::start_row(const StartTag& tag)
     } catch (const Refusal& refusal) {
         take(refusal);
         start_beyond(Beyond::Refused);
+        refused_last_ = true;
     }
 }
 
@@ -138,6 +140,7 @@ void ConfigLoader::start_in_beyond(const StartTag& tag)
 
 void ConfigLoader::end_element(const char* name, const char* prefix)
 {
+    refused_last_ = false;
     --levels_;
     if (beyond_ > 0) {
         end_in_beyond(name, prefix);
@@ -167,6 +170,7 @@ void ConfigLoader::end_in_beyond(const char* name, const char* prefix)
 
 void ConfigLoader::text(std::string_view piece, int line)
 {
+    refused_last_ = false;
     if (beyond_ == 0) {
         try {
             rows_.text(piece, line);
@@ -213,6 +217,15 @@ void ConfigLoader::refuse_markup(int line, const std::string& what)
     }
     const bool hidden = beyond_ > 0 || rows_.in_secret();
     errors_.end(told(line, place() + ": " + (hidden ? "not well-formed; what stands here is not shown" : what)));
+}
+
+void ConfigLoader::refuse_cut_tag(int line, const std::string& what)
+{
+    if (refused_last_) {
+        errors_.take_back();
+        beyond_ = 0;
+    }
+    refuse_markup(line, what);
 }
 
 void ConfigLoader::finish()

@@ -35,6 +35,10 @@ public:
     // What the parser itself finds wrong, or is not allowed. Nothing of it is shown where it may be a password.
     [[noreturn]] void refuse_markup(int line, const std::string& what);
 
+    // The tag of the element that started last has no end. The element's name may be cut as well, so that nothing else is
+    // said of it.
+    [[noreturn]] void refuse_cut_tag(int line, const std::string& what);
+
     // The file cannot be read on.
     [[noreturn]] void end_reading(const std::string& error) { errors_.end(error); }
 
@@ -77,7 +81,8 @@ private:
     bool has_content_ = false;                  // a wrapper of a configuration was opened
     std::vector<NamespaceDeclaration> around_;  // of the wrappers; their texts are interned
 
-    std::size_t beyond_ = 0;  // of them, those in what is no rows
+    bool refused_last_ = false;  // the element that started last, behind which nothing has come
+    std::size_t beyond_ = 0;     // of them, those in what is no rows
     Beyond what_ = Beyond::Refused;
 
     int reply_error_line_ = 0;

@@ -235,8 +235,12 @@ private:
         Parse& me = self(parse);
         me.guarded([&] {
             const std::string_view what = without_excerpt(error->message != nullptr ? error->message : "unknown error");
-            me.loader_.refuse_markup(error->line > 0 ? error->line : me.line(),
-                                     "not well-formed: " + schema::shortened(what));
+            const int line = error->line > 0 ? error->line : me.line();
+            const std::string message = "not well-formed: " + schema::shortened(what);
+            if (error->code == XML_ERR_GT_REQUIRED) {
+                me.loader_.refuse_cut_tag(line, message);
+            }
+            me.loader_.refuse_markup(line, message);
         });
     }
 

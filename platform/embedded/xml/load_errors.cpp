@@ -31,6 +31,15 @@ void LoadErrors::add(const std::string& error)
     }
 }
 
+void LoadErrors::take_back()
+{
+    if (more_ > 0) {
+        --more_;
+    } else {
+        errors_.pop_back();
+    }
+}
+
 void LoadErrors::end(const std::string& error)
 {
     add(error);

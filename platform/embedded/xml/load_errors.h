@@ -29,6 +29,7 @@ public:
     explicit LoadErrors(std::size_t most) : most_(most) {}
 
     void add(const std::string& error);
+    void take_back();  // the one that was added last
 
     // Nothing can be read behind this one.
     [[noreturn]] void end(const std::string& error);
