@@ -1,10 +1,11 @@
-# Many sources in one translation unit: a release is built in half the time. The sources of a folder are compiled up to
-# sixteen at a time, so their names without linkage must differ; the other presets compile each by itself.
-option(BGP_UNITY "Compile the command and the tests by folders instead of source by source (preset release)" OFF)
+# Many sources in one translation unit: a release is built in half the time. Names without linkage therefore differ within
+# a folder. Linters look at each source by itself, and so does the compiler where they do and in the other presets.
+option(BGP_UNITY "Compile sources folder by folder, but for those of the library (presets release and asan)" OFF)
 
-# To be called when the target has all its sources.
+# To be called when the target has all its sources. Up to sixteen of a folder are compiled together, or all of the target
+# with WHOLE.
 function(bgp_unity target)
-    if(NOT BGP_UNITY)
+    if(NOT BGP_UNITY OR CMAKE_CXX_CLANG_TIDY)
         return()
     endif()
     get_target_property(sources ${target} SOURCES)
@@ -14,9 +15,13 @@ function(bgp_unity target)
         string(MAKE_C_IDENTIFIER "${folder}" folder)
         math(EXPR group "0${count_${folder}} / 16")
         math(EXPR count_${folder} "${count_${folder}} + 1")
+        if("WHOLE" IN_LIST ARGN)
+            set(folder whole)
+            set(group 0)
+        endif()
         set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${folder}_${group})
     endforeach()
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
     # It takes names without linkage for those of a header when they are not in the file that is compiled.
-    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 endfunction()

@@ -28,7 +28,7 @@ std::string route_map(int entity, int map, int entry, const std::string& action)
 
 // A router whose every step has what it needs, with further tables of DC-BGP-MIB and further top elements.
 std::string whole_router(const std::string& tables = {}, const std::string& more = {},
-                   const std::string& vpn = "<mplsVpnUseBgpRouting>true</mplsVpnUseBgpRouting>")
+                         const std::string& vpn = "<mplsVpnUseBgpRouting>true</mplsVpnUseBgpRouting>")
 {
     return config(
         R"(<DC-BGP-MIB xmlns="http://tail-f.com/ns/mibs/DC-BGP-MIB"><bgpRmEntTable><bgpRmEntEntry>
@@ -108,7 +108,7 @@ TEST(OutcomeFindings, RowOfAMapThatIsUsed_IsForReviewOfAnotherANote)
     for (const auto& [map, severity] : {std::pair{1, Severity::Review}, {2, Severity::Note}}) {
         JudgedUpgrade upgrade(
             whole_router(family_through(map) + route_maps(route_map(1, 1, 10, "deny") + route_map(5, 1, 10, "permit") +
-                                                    route_map(5, 2, 10, "permit"))));
+                                                          route_map(5, 2, 10, "permit"))));
         upgrade.run();
         EXPECT_EQ(the_finding(upgrade.judged(), FindingId::RowLeft).severity, severity) << "map " << map;
     }
@@ -165,8 +165,9 @@ TEST(OutcomeFindings, SeveralEntities_StopTheUpgradeUnlessTheOthersAreOfVrfs)
            <as>65010</as><inst-idx>0</inst-idx></as-to-bgp-idx><idx-to-bgp-as><idx>0</idx><as-number>65010</as-number>
            </idx-to-bgp-as></bgp-vrf></bgp-internal>)";
     const std::string of_vrf = second_entity("<bgpRmEntVrfName>red</bgpRmEntVrfName>");
-    for (const auto& [configuration, stops] :
-         {std::pair{whole_router(second_entity("")), 1U}, {whole_router(of_vrf), 1U}, {whole_router(of_vrf, maps), 0U}}) {
+    for (const auto& [configuration, stops] : {std::pair{whole_router(second_entity("")), 1U},
+                                               {whole_router(of_vrf), 1U},
+                                               {whole_router(of_vrf, maps), 0U}}) {
         JudgedUpgrade upgrade(configuration);
         upgrade.run();
         EXPECT_EQ(findings_of(upgrade.judged(), FindingId::StepFailed).size(), stops)

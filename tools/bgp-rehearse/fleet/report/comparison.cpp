@@ -11,6 +11,8 @@
 #include <tuple>
 #include <utility>
 
+#include "fleet/report/summary.h"
+
 namespace bgp_rehearse {
 
 namespace {
