@@ -11,7 +11,10 @@ function(bgp_unity target)
     get_target_property(sources ${target} SOURCES)
     list(FILTER sources EXCLUDE REGEX "^\\$<")  # objects
     foreach(source IN LISTS sources)
-        cmake_path(GET source PARENT_PATH folder)
+        # The objects are named for the folders, and the same wherever the project lies.
+        cmake_path(ABSOLUTE_PATH source OUTPUT_VARIABLE folder)
+        cmake_path(GET folder PARENT_PATH folder)
+        cmake_path(RELATIVE_PATH folder BASE_DIRECTORY ${PROJECT_SOURCE_DIR})
         string(MAKE_C_IDENTIFIER "${folder}" folder)
         math(EXPR group "0${count_${folder}} / 16")
         math(EXPR count_${folder} "${count_${folder}} + 1")
