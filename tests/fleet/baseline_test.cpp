@@ -85,6 +85,12 @@ TEST_F(Baseline, OtherStepRowsPlacesOrValues_AreDifferent)
     RouterResult step = before;
     step.steps[1].outcome = "nothing to do";
     EXPECT_EQ(difference(before, step), "different: step update_vrf: did not run -> nothing to do");
+    step.steps[1].changes = "feed";
+    EXPECT_EQ(difference(before, step), "different: step update_vrf: did not run -> nothing to do");
+    RouterResult changes = before;
+    changes.steps[0].changes = "feed";
+    EXPECT_EQ(difference(before, changes), "different: step update writes other rows or values");
+    EXPECT_EQ(difference(changes, changes), "same");
     RouterResult rows = before;
     --rows.account.kept;
     ++rows.account.changed;

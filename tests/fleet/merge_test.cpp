@@ -87,7 +87,7 @@ TEST_F(Merge, Database_IsSound)
     const Database database = open_fleet(MadeUpFleet(many_routers(230)).merged(folder_, 7));
     EXPECT_THAT(rows(database, "PRAGMA integrity_check"), ElementsAre("ok"));
     EXPECT_THAT(rows(database, "PRAGMA foreign_key_check"), IsEmpty());
-    EXPECT_THAT(rows(database, "PRAGMA user_version"), ElementsAre("1"));
+    EXPECT_THAT(rows(database, "PRAGMA user_version"), ElementsAre("2"));
 }
 
 TEST_F(Merge, EachResult_IsThereWhole)

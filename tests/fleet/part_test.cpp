@@ -119,13 +119,13 @@ TEST_F(Part, OfFewerResultsThanInputs_IsNotWhole)
 
 TEST_F(Part, OfAnotherFormat_TellsWhichOne)
 {
-    const std::string file = folder_.file("later", R"({"part":2})"
+    const std::string file = folder_.file("later", R"({"part":3})"
                                                    "\n");
     try {
         PartReader reader(file);
         ADD_FAILURE() << "it was taken";
     } catch (const PartError& error) {
-        EXPECT_STREQ(error.what(), "this is a part of format 2; this command knows 1");
+        EXPECT_STREQ(error.what(), "this is a part of format 3; this command knows 2");
     }
 }
 

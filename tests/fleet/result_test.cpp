@@ -38,7 +38,7 @@ RouterResult full_result()
                                12,
                                {{"/router/bgp{65010}", "AS 65010"}, {"/a", "b"}}});
     result.findings.push_back({"left-out", "note", "another", "", "", "", 0, {}});
-    result.steps = {{"update", "ran"}, {"bgp_update", "nothing to do"}};
+    result.steps = {{"update", "ran", "0123456789abcdef"}, {"bgp_update", "nothing to do"}};
     result.account = {1, 2, 3, 4, 5, 6, 7, 8};
     result.calls = {11, 12, 13, 14, 15};
     result.seconds_least = 0.1;
@@ -72,6 +72,8 @@ TEST(ResultLine, ReadAgain_HasEachField)
     EXPECT_EQ(finding.places[0].path + finding.places[0].text, "/router/bgp{65010}AS 65010");
     ASSERT_EQ(result.steps.size(), 2U);
     EXPECT_EQ(result.steps[1].name + result.steps[1].outcome, "bgp_updatenothing to do");
+    EXPECT_EQ(result.steps[0].changes, "0123456789abcdef");
+    EXPECT_EQ(result.steps[1].changes, "");
     EXPECT_EQ(result.account.stored, 1U);
     EXPECT_EQ(result.account.moved_and_changed, 5U);
     EXPECT_EQ(result.account.added, 7U);

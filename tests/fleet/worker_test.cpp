@@ -108,6 +108,37 @@ json finding_of_report(const json& finding)
             {"places", places}};
 }
 
+// The steps that changed something, by their digests and by a report's changes.
+std::set<std::string> changed_by(const RouterResult& result)
+{
+    std::set<std::string> steps;
+    for (const auto& step : result.steps) {
+        if (!step.changes.empty()) {
+            steps.insert(step.name);
+        }
+    }
+    return steps;
+}
+
+std::set<std::string> changed_by(const json& report)
+{
+    std::set<std::string> steps;
+    const auto take = [&steps](const json& step) {
+        if (!step.is_null()) {
+            steps.insert(step.get<std::string>());
+        }
+    };
+    for (const json& row : report["changes"]) {
+        if (row["fate"] != "changed") {
+            take(row["step"]);
+        }
+        for (const json& leaf : row["fate"] == "removed" ? json::array() : row["leaves"]) {
+            take(leaf["step"]);
+        }
+    }
+    return steps;
+}
+
 // What a line tells of a router that was rehearsed, and a report of the same.
 json told(const RouterResult& result)
 {
@@ -119,11 +150,8 @@ json told(const RouterResult& result)
     for (const auto& step : result.steps) {
         steps.push_back({step.name, step.outcome});
     }
-    return {{"verdict", result.verdict},
-            {"sentence", result.sentence},
-            {"status", result.exit_status},
-            {"findings", findings},
-            {"steps", steps}};
+    return {{"verdict", result.verdict}, {"sentence", result.sentence},      {"status", result.exit_status},
+            {"findings", findings},      {"changed by", changed_by(result)}, {"steps", steps}};
 }
 
 json told(const json& report)
@@ -136,11 +164,8 @@ json told(const json& report)
     for (const json& step : report["steps"]) {
         steps.push_back({step["name"], step["outcome"]});
     }
-    return {{"verdict", report["verdict"]},
-            {"sentence", report["reason"]},
-            {"status", report["exit_status"]},
-            {"findings", findings},
-            {"steps", steps}};
+    return {{"verdict", report["verdict"]}, {"sentence", report["reason"]},     {"status", report["exit_status"]},
+            {"findings", findings},         {"changed by", changed_by(report)}, {"steps", steps}};
 }
 
 void expect_same_sums(const RouterResult& result, const json& report)

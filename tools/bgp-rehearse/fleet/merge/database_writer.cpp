@@ -86,6 +86,7 @@ DatabaseWriter::DatabaseWriter(const std::string& file, const Plan& plan)
       place_(database_, "INSERT INTO place VALUES (?, ?, ?, ?, ?)"),
       course_(database_, "INSERT INTO course VALUES (?)"),
       course_step_(database_, "INSERT INTO course_step VALUES (?, ?, ?, ?)"),
+      change_(database_, "INSERT INTO change VALUES (?, ?, ?)"),
       error_(database_, "INSERT INTO error VALUES (?, ?, ?)")
 {
     tell_about(database_, plan);
@@ -96,6 +97,11 @@ void DatabaseWriter::add(const PlannedInput& input, const RouterResult& result)
     add_router(input, result);
     for (std::size_t i = 0; i < result.findings.size(); ++i) {
         add_finding(result, i);
+    }
+    for (std::size_t i = 0; i < result.steps.size(); ++i) {
+        if (const std::string& changes = result.steps[i].changes; !changes.empty()) {
+            change_.run(result.number, i, changes);
+        }
     }
     for (std::size_t i = 0; i < result.errors.size(); ++i) {
         error_.run(result.number, i, result.errors[i]);

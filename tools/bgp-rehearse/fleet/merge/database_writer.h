@@ -35,6 +35,7 @@ private:
     Statement place_;
     Statement course_;
     Statement course_step_;
+    Statement change_;
     Statement error_;
     std::unordered_set<int64_t> reasons_;  // that are in the database
     std::unordered_set<int64_t> courses_;  // likewise

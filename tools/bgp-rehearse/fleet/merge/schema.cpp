@@ -96,6 +96,13 @@ CREATE TABLE course_step (
     PRIMARY KEY (course, number)
 ) WITHOUT ROWID;
 
+CREATE TABLE change (
+    router INTEGER NOT NULL REFERENCES router,
+    step INTEGER NOT NULL,
+    digest TEXT NOT NULL,
+    PRIMARY KEY (router, step)
+) WITHOUT ROWID;
+
 CREATE TABLE error (
     router INTEGER NOT NULL REFERENCES router,
     number INTEGER NOT NULL,
@@ -110,8 +117,9 @@ CREATE INDEX router_verdict ON router (verdict);
 CREATE INDEX finding_reason ON finding (reason, severity, router);
 
 CREATE VIEW step AS
-    SELECT router.number AS router, course_step.number, course_step.name, outcome
-    FROM router JOIN course_step ON course_step.course = router.course;
+    SELECT router.number AS router, course_step.number, course_step.name, outcome, change.digest AS changes
+    FROM router JOIN course_step ON course_step.course = router.course
+    LEFT JOIN change ON change.router = router.number AND change.step = course_step.number;
 
 CREATE VIEW reasons AS
     SELECT printf('%016x', id) AS reason, finding, severity, routers, places, text

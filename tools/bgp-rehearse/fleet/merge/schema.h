@@ -7,7 +7,7 @@
 
 namespace bgp_rehearse {
 
-inline constexpr int kDatabaseVersion = 1;
+inline constexpr int kDatabaseVersion = 2;
 
 // Makes the tables in an empty database, or, when these are filled, all that finds things in them.
 void make_tables(const Database& database);

@@ -37,6 +37,11 @@ struct FindingWords {
     std::string places;
 };
 
+struct StepWords {
+    std::string outcome = "not told";
+    std::string changes;
+};
+
 // What is compared of a router's result.
 struct Compared {
     std::string name;
@@ -44,7 +49,7 @@ struct Compared {
     std::string verdict;
     std::string rows;  // the account
     std::map<FindingKey, FindingWords> findings;
-    std::map<std::string, std::string> steps;
+    std::map<std::string, StepWords> steps;
     std::string errors;
 };
 
@@ -60,7 +65,7 @@ public:
                    "SELECT severity, reason.finding, text, step, count, sentence, (SELECT group_concat(path || ' ' || "
                    "place.text, '\n') FROM place WHERE router = f.router AND place.finding = number) FROM finding AS f "
                    "JOIN reason ON id = reason WHERE router = ? ORDER BY number"),
-          step_(database, "SELECT name, outcome FROM step WHERE router = ?"),
+          step_(database, "SELECT name, outcome, changes FROM step WHERE router = ?"),
           error_(database, "SELECT text FROM error WHERE router = ? ORDER BY number")
     {
     }
@@ -80,7 +85,7 @@ public:
             add_finding(&router);
         }
         for (step_.with(number); step_.next();) {
-            router.steps.emplace(step_.text(0), step_.text(1));
+            router.steps[std::string(step_.text(0))] = {std::string(step_.text(1)), std::string(step_.text(2))};
         }
         for (error_.with(number); error_.next();) {
             router.errors.append(error_.text(0)) += '\n';
@@ -169,9 +174,9 @@ private:
 
     void steps()
     {
-        const auto outcome = [](const Compared& router, const std::string& step) {
+        const auto words = [](const Compared& router, const std::string& step) {
             const auto found = router.steps.find(step);
-            return found == router.steps.end() ? std::string("not told") : found->second;
+            return found == router.steps.end() ? StepWords() : found->second;
         };
         std::set<std::string> names;
         for (const Compared* router : {&before_, &after_}) {
@@ -180,10 +185,12 @@ private:
             }
         }
         for (const std::string& name : names) {
-            const std::string old = outcome(before_, name);
-            const std::string now = outcome(after_, name);
-            if (old != now) {
-                say("step {}: {} -> {}", name, old, now);
+            const StepWords old = words(before_, name);
+            const StepWords now = words(after_, name);
+            if (old.outcome != now.outcome) {
+                say("step {}: {} -> {}", name, old.outcome, now.outcome);
+            } else if (old.changes != now.changes) {
+                say("step {} writes other rows or values", name);
             }
         }
     }

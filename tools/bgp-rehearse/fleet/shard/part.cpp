@@ -20,7 +20,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kFormat = 1;
+constexpr int kFormat = 2;
 constexpr std::size_t kPiece = 1 << 18;  // that is written at once
 
 std::string header_line(const PartHeader& header)

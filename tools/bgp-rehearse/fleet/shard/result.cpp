@@ -164,7 +164,8 @@ FleetFinding finding_of(const Json& json)
 
 void write_step(const FleetStep& step, Line* line)
 {
-    line->begin().field("name").text(step.name).field("outcome").text(step.outcome).end();
+    line->begin().field("name").text(step.name).field("outcome").text(step.outcome);
+    line->field("changes").text(step.changes).end();
 }
 
 void write_error(const std::string& error, Line* line)
@@ -174,7 +175,7 @@ void write_error(const std::string& error, Line* line)
 
 FleetStep step_of(const Json& json)
 {
-    return {text_of(json, "name"), text_of(json, "outcome")};
+    return {text_of(json, "name"), text_of(json, "outcome"), text_of(json, "changes")};
 }
 
 RouterResult result_of(const Json& json)

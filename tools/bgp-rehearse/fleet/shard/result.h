@@ -32,6 +32,7 @@ struct FleetFinding {
 struct FleetStep {
     std::string name;  // of its function
     std::string outcome;
+    std::string changes = {};  // a digest of all that it wrote, in hexadecimal; empty where it changed nothing
 };
 
 struct RouterResult {

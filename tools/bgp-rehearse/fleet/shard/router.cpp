@@ -15,9 +15,9 @@
 #include "base/output_file.h"
 #include "base/text_escape.h"
 #include "fleet/plan/input_reader.h"
-
 #include "fleet/shard/summary.h"
 #include "judge/stored_condition.h"
+#include "report/change_digests.h"
 #include "run/ended.h"
 #include "run/ending.h"
 #include "run/memory_limit.h"
@@ -75,7 +75,7 @@ void judge(const RouterTask& task, const Device& device, const FollowedUpgrade& 
         const Judgement judgement = upgrade.judged(task.options).judgement;
         finished.severity = static_cast<int>(judgement.verdict.severity);
         send(task, result_of(task.input, {device, judgement, upgrade.steps(), totals_of(device.calls()),
-                                          ending_of(task.options, finished).status}));
+                                          ending_of(task.options, finished).status, change_digests(device)}));
     } catch (const std::logic_error& error) {
         finished.mistake = error.what();
         const Ending ending = ending_of(task.options, finished);
@@ -148,8 +148,10 @@ int tell_ended_router(const RouterTask& task, const ChildEnd& end, const std::st
     each_line(told, [&](std::string_view line) { all.take(line); });
     const Ended ended = ended_upgrade(end, task.watch, task.options.limits, *device, &all);
     const Judgement judgement = judge_ended(ended, chosen_severities(task.options.severities));
-    send(task, result_of(task.input, {*device, judgement, all.steps.all(), ended.last.calls,
-                                      static_cast<int>(ExitStatus::UpgradeEnded)}));
+    send(task,
+         result_of(
+             task.input,
+             {*device, judgement, all.steps.all(), ended.last.calls, static_cast<int>(ExitStatus::UpgradeEnded), {}}));
     return EXIT_SUCCESS;
 }
 

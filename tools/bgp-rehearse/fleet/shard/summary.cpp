@@ -1,5 +1,7 @@
 #include "fleet/shard/summary.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -105,7 +107,9 @@ RouterResult result_of(const PlannedInput& input, const Rehearsed& rehearsed)
         result.findings.push_back(summary_of(finding));
     }
     for (const Step& step : rehearsed.steps) {
-        result.steps.push_back({step.name, name_of(step.outcome)});
+        const auto changes = rehearsed.changes.find(step.name);
+        result.steps.push_back({step.name, name_of(step.outcome),
+                                changes == rehearsed.changes.end() ? "" : fmt::format("{:016x}", changes->second)});
     }
     result.account = rehearsed.judgement.account.total;
     result.calls = rehearsed.calls;

@@ -1,6 +1,8 @@
 // What came of a router, as the summary that its line tells.
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -20,6 +22,7 @@ struct Rehearsed {
     const std::vector<Step>& steps;
     CallTotals calls;
     int exit_status;
+    std::map<std::string, uint64_t> changes;  // change_digests() of an upgrade that returned
 };
 RouterResult result_of(const PlannedInput& input, const Rehearsed& rehearsed);
 
