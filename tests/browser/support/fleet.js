@@ -34,7 +34,10 @@ function resultOf(number, {name, verdict, findings}) {
     return {
         n: number, name, sha256: digest(name), bytes: 100, class: 'whole', verdict, sentence: `Verdict of ${name}.`,
         exit_status: verdict === 'STOP' ? 3 : 0, errors: [], findings: findings.map(findingOf),
-        steps: [{name: 'update', outcome: 'ran'}, {name: 'update_vrf', outcome: 'did not run'}],
+        steps: [
+            {name: 'update', outcome: 'ran', changes: '0123456789abcdef'},
+            {name: 'update_vrf', outcome: 'did not run', changes: ''},
+        ],
         rows: {stored: 9, kept: 9, changed: 0, moved: 0, moved_and_changed: 0, removed: 0, new: 0, result: 9},
         calls: {reads: 9, writes: 0, failed_writes: 0, sessions: 2, connections: 1}, seconds: {least: 0.1, most: 1},
     };
@@ -64,7 +67,7 @@ function makePage(name, routers) {
     const id = digest(name);
     const inputs = routers.map((router, number) => (
         {n: number, name: router.name, source: {file: `/b/${router.name}`}, bytes: 100, sha256: digest(router.name)}));
-    const results = linesOf([{part: 1, plan: id, shard: 0, shards: 1, inputs: routers.length},
+    const results = linesOf([{part: 2, plan: id, shard: 0, shards: 1, inputs: routers.length},
         ...routers.map((router, number) => resultOf(number, router))]);
     fs.mkdirSync(folder, {recursive: true});
     fs.writeFileSync(at('.plan'), linesOf([planOf(id, inputs), ...inputs]));
