@@ -18,7 +18,7 @@ using bgp_platform::schema::compare;
 using bgp_platform::schema::Value;
 using bgp_test::ipv4;
 
-Value ipv6_value(const char* text)
+Value stored_ipv6(const char* text)
 {
     return Value::of_ipv6(bgp_test::ipv6(text));
 }
@@ -45,7 +45,7 @@ TEST(Value, EveryKind_GivesBackWhatItWasMadeOf)
     EXPECT_EQ(prefix.as_ipv4().s_addr, ipv4("192.0.2.0").s_addr);
     EXPECT_EQ(prefix.prefix_length(), 24);
     char printed[INET6_ADDRSTRLEN];
-    const in6_addr address = ipv6_value("2001:db8::1").as_ipv6();
+    const in6_addr address = stored_ipv6("2001:db8::1").as_ipv6();
     EXPECT_STREQ(inet_ntop(AF_INET6, &address, printed, sizeof printed), "2001:db8::1");
 }
 
@@ -53,7 +53,7 @@ TEST(Value, FlatCopy_IsTheValueAgain)
 {
     for (const Value& value :
          {Value(), Value::present(), Value::of_int(-5), Value::of_uint(5), Value::of_enum(2), Value::of_bool(true),
-          Value::of_ipv4(ipv4("192.0.2.1")), ipv6_value("2001:db8::1"), Value::of_ipv4_prefix(ipv4("192.0.2.0"), 24),
+          Value::of_ipv4(ipv4("192.0.2.1")), stored_ipv6("2001:db8::1"), Value::of_ipv4_prefix(ipv4("192.0.2.0"), 24),
           Value::of_text("short"), Value::of_text(std::string(44, 'x')), Value::of_octets(std::string("\0\1", 2)),
           Value::of_octets(std::string(30, '\xFF'))}) {
         Value::Flat flat;
@@ -218,14 +218,14 @@ TEST(ValueOrder, Addresses_GoByOctets)
 {
     expect_rising({Value::of_ipv4(ipv4("9.0.0.0")), Value::of_ipv4(ipv4("10.0.0.0")), Value::of_ipv4(ipv4("10.0.0.1")),
                    Value::of_ipv4(ipv4("192.0.2.1"))});
-    expect_rising({ipv6_value("::"), ipv6_value("::1"), ipv6_value("2001:db8::1"), ipv6_value("fe80::1")});
+    expect_rising({stored_ipv6("::"), stored_ipv6("::1"), stored_ipv6("2001:db8::1"), stored_ipv6("fe80::1")});
     expect_rising({Value::of_ipv4_prefix(ipv4("10.0.0.0"), 8), Value::of_ipv4_prefix(ipv4("10.0.0.0"), 24),
                    Value::of_ipv4_prefix(ipv4("10.0.1.0"), 8)});
 }
 
 TEST(ValueOrder, MembersOfAUnion_GoByKindFirst)
 {
-    expect_rising({Value(), Value::of_ipv4(ipv4("255.255.255.255")), ipv6_value("::")});
+    expect_rising({Value(), Value::of_ipv4(ipv4("255.255.255.255")), stored_ipv6("::")});
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 #include "report/change_digests.h"
 
 #include <string_view>
-#include <unordered_map>
 
-#include "calls/recorder.h"
 #include "judge/evidence.h"
 #include "judge/row_changes.h"
 #include "report/row_leaves.h"
@@ -14,7 +12,6 @@ namespace bgp_rehearse {
 namespace {
 
 using bgp_platform::schema::Node;
-using bgp_platform::schema::NodeKind;
 using bgp_platform::schema::Value;
 using bgp_platform::store::Row;
 using bgp_platform::store::Writer;
@@ -49,7 +46,7 @@ public:
         }
         path_ = bgp_platform::store::keypath(*change.around, &change.row());
         if (change.fate != Fate::Changed) {
-            Digest& digest = of(change.writer);
+            Digest& digest = digests_[change.writer];
             digest.add(name_of(change.fate));
             digest.add(path_);
             digest.add(change.before != nullptr ? bgp_platform::store::key_text(*change.before) : "");
@@ -73,8 +70,6 @@ public:
     }
 
 private:
-    Digest& of(Writer writer) { return digests_[writer]; }
-
     // Of a row that was removed there is nothing more to say.
     void add_leaves(const RowChange& change)
     {
@@ -82,9 +77,9 @@ private:
             return;
         }
         for_each_leaf_change(change, [this](const LeafChange& leaf) {
-            Digest& digest = of(leaf.writer);
+            Digest& digest = digests_[leaf.writer];
             digest.add(path_);
-            digest.add(name_of_leaf(*leaf.node));
+            digest.add(names_.of(*leaf.node));
             if (leaf.entries_after != nullptr) {
                 leaf.entries_after->for_each([&](const Row& entry) { add_value(*leaf.node, entry.value(0), &digest); });
             } else if (leaf.after != nullptr) {
@@ -97,25 +92,14 @@ private:
     void add_value(const Node& leaf, const Value& value, Digest* digest)
     {
         text_ = "=";
-        if (is_secret(leaf)) {
-            text_ += bgp_platform::capi::kMasked;
-        } else if (leaf.kind != NodeKind::Presence) {
-            leaf.type->append_text(value, &text_);
-        }
+        append_value(leaf, value, &text_);
         digest->add(text_);
-    }
-
-    const std::string& name_of_leaf(const Node& leaf)
-    {
-        std::string& name = names_[&leaf];
-        name = name.empty() ? name_in_row(leaf) : name;
-        return name;
     }
 
     std::map<Writer, Digest> digests_;
     std::string path_;  // of the row
     std::string text_;
-    std::unordered_map<const Node*, std::string> names_;
+    NamesInRow names_;
 };
 
 }  // namespace

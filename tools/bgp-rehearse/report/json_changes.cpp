@@ -2,7 +2,6 @@
 
 #include <unordered_map>
 
-#include "calls/recorder.h"
 #include "judge/evidence.h"
 #include "judge/row_changes.h"
 #include "report/row_leaves.h"
@@ -14,7 +13,6 @@ namespace bgp_rehearse {
 namespace {
 
 using bgp_platform::schema::Node;
-using bgp_platform::schema::NodeKind;
 using bgp_platform::schema::Value;
 using bgp_platform::store::List;
 using bgp_platform::store::Row;
@@ -73,7 +71,7 @@ private:
         const RowLeaves of(change);
         json_.name("step").text_or_null(step_of_writer(of.writer)).name("leaves").begin('[');
         for (const LeafChange& leaf : of.leaves) {
-            json_.begin('{').name("name").text(name_of_leaf(*leaf.node)).name("before");
+            json_.begin('{').name("name").text(names_of_leaves_.of(*leaf.node)).name("before");
             write_value(*leaf.node, leaf.before, leaf.entries_before);
             json_.name("after");
             write_value(*leaf.node, leaf.after, leaf.entries_after);
@@ -95,35 +93,24 @@ private:
         }
     }
 
-    // As in the XML, but for a secret.
     const std::string& shown(const Node& leaf, const Value& value)
     {
         text_.clear();
-        if (is_secret(leaf)) {
-            text_ = bgp_platform::capi::kMasked;
-        } else if (leaf.kind != NodeKind::Presence) {
-            leaf.type->append_text(value, &text_);
-        }
+        append_value(leaf, value, &text_);
         return text_;
     }
 
     const std::string& path_of(const Node& list)
     {
-        std::string& path = names_[&list];
+        std::string& path = paths_[&list];
         path = path.empty() ? list.path() : path;
         return path;
     }
 
-    const std::string& name_of_leaf(const Node& leaf)
-    {
-        std::string& name = names_[&leaf];
-        name = name.empty() ? name_in_row(leaf) : name;
-        return name;
-    }
-
     JsonWriter& json_;
     std::string text_;
-    std::unordered_map<const Node*, std::string> names_;  // of leaves, and paths of lists
+    NamesInRow names_of_leaves_;
+    std::unordered_map<const Node*, std::string> paths_;  // of lists
 };
 
 }  // namespace

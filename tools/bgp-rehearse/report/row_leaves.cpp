@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "calls/recorder.h"
 #include "store/changes.h"
 
 namespace bgp_rehearse {
@@ -23,6 +24,22 @@ RowLeaves::RowLeaves(const RowChange& change) : writer(change.writer)
 std::string name_in_row(const bgp_platform::schema::Node& node)
 {
     return bgp_platform::store::way_below(node.record->owner, node).substr(1);
+}
+
+const std::string& NamesInRow::of(const bgp_platform::schema::Node& node)
+{
+    std::string& name = names_[&node];
+    name = name.empty() ? name_in_row(node) : name;
+    return name;
+}
+
+void append_value(const bgp_platform::schema::Node& leaf, const bgp_platform::schema::Value& value, std::string* text)
+{
+    if (is_secret(leaf)) {
+        *text += bgp_platform::capi::kMasked;
+    } else if (leaf.kind != bgp_platform::schema::NodeKind::Presence) {
+        leaf.type->append_text(value, text);
+    }
 }
 
 }  // namespace bgp_rehearse

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "judge/row_changes.h"
@@ -19,5 +20,17 @@ struct RowLeaves {
 
 // A node's path from the row it is in, "bgp/cluster-id".
 std::string name_in_row(const bgp_platform::schema::Node& node);
+
+// The same, for the leaves of many rows.
+class NamesInRow {
+public:
+    const std::string& of(const bgp_platform::schema::Node& node);
+
+private:
+    std::unordered_map<const bgp_platform::schema::Node*, std::string> names_;
+};
+
+// A value as in a configuration file, but for a secret, which is masked; of a presence container nothing.
+void append_value(const bgp_platform::schema::Node& leaf, const bgp_platform::schema::Value& value, std::string* text);
 
 }  // namespace bgp_rehearse

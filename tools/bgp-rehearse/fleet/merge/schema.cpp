@@ -6,8 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "base/exit_status.h"
-#include "base/text_escape.h"
+#include "base/refuse.h"
 
 namespace bgp_rehearse {
 
@@ -138,11 +137,6 @@ CREATE VIEW verdicts AS
     SELECT verdict, count(*) AS routers FROM router GROUP BY verdict;
 )";
 
-[[noreturn]] void refuse(const std::string& file, const std::string& why)
-{
-    throw CommandError(ExitStatus::BadInput, fmt::format("{}: {}", escaped(file), why));
-}
-
 int64_t pragma(const Database& database, const char* text)
 {
     Statement statement(database, text);
@@ -180,7 +174,7 @@ Database open_fleet(const std::string& file)
         }
         return database;
     } catch (const DatabaseError& error) {
-        refuse(file, fmt::format("this cannot be read as a database: {}", escaped(error.what())));
+        refuse(file, fmt::format("this cannot be read as a database: {}", error.what()));
     }
 }
 

@@ -14,10 +14,10 @@
 #include <system_error>
 #include <utility>
 
+#include "base/refuse.h"
 #include "base/text_escape.h"
 #include "fleet/plan/collection.h"
 #include "fleet/plan/packed_inputs.h"
-#include "fleet/plan/refuse.h"
 #include "fleet/plan/repository.h"
 
 namespace bgp_rehearse {

@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/refuse.h"
 #include "fleet/plan/archive.h"
-#include "fleet/plan/refuse.h"
 #include "fleet/plan/repository.h"
 
 namespace bgp_rehearse {

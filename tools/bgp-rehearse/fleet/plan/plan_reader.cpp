@@ -10,9 +10,9 @@
 #include <utility>
 
 #include "base/exit_status.h"
+#include "base/refuse.h"
 #include "base/text_escape.h"
 #include "fleet/plan/lines.h"
-#include "fleet/plan/refuse.h"
 
 namespace bgp_rehearse {
 

@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kShownNames = 5;
 constexpr std::size_t kDigits = 16;  // of a whole id
 
-[[noreturn]] void refuse(const std::string& why)
+[[noreturn]] void refuse_question(const std::string& why)
 {
     throw CommandError(ExitStatus::BadInput, why);
 }
@@ -38,7 +38,7 @@ void check_known(const Database& database, const char* option, const std::string
     }
     const std::vector<std::string> known = texts(database, query);
     if (std::find(known.begin(), known.end(), word) == known.end()) {
-        refuse(fmt::format("{} {}: no router has that{}", option, escaped(word), did_you_mean(word, known)));
+        refuse_question(fmt::format("{} {}: no router has that{}", option, escaped(word), did_you_mean(word, known)));
     }
 }
 
@@ -61,11 +61,11 @@ std::string reasons_named(const Database& database, const std::string& name)
             ids.push_back(begins.number(0));
         }
         if (ids.size() > 1) {
-            refuse(fmt::format("--reason {}: {} reasons begin so; give more digits", name, ids.size()));
+            refuse_question(fmt::format("--reason {}: {} reasons begin so; give more digits", name, ids.size()));
         }
     }
     if (ids.empty()) {
-        refuse(
+        refuse_question(
             fmt::format("--reason {}: no router has that; bgp-rehearse fleet report lists the reasons", escaped(name)));
     }
     return fmt::format("{}", fmt::join(ids, ","));
@@ -141,13 +141,14 @@ int64_t router_named(const Database& database, const std::string& name)
         names.emplace_back(ends.text(1));
     }
     if (names.empty()) {
-        refuse(fmt::format("--router {}: no router has the name, and none's ends so behind a /", escaped(name)));
+        refuse_question(
+            fmt::format("--router {}: no router has the name, and none's ends so behind a /", escaped(name)));
     }
     if (names.size() > 1) {
         const bool more = names.size() > kShownNames;
         names.resize(std::min(names.size(), kShownNames));
-        refuse(fmt::format("--router {}: several routers' names end so: {}{}", escaped(name),
-                           escaped(fmt::format("{}", fmt::join(names, ", "))), more ? " and more" : ""));
+        refuse_question(fmt::format("--router {}: several routers' names end so: {}{}", escaped(name),
+                                    escaped(fmt::format("{}", fmt::join(names, ", "))), more ? " and more" : ""));
     }
     return number;
 }

@@ -10,6 +10,7 @@
 
 #include "base/child.h"
 #include "base/output_file.h"
+#include "base/refuse.h"
 #include "base/text_escape.h"
 #include "fleet/merge/schema.h"
 #include "fleet/report/comparison.h"
@@ -113,8 +114,7 @@ ExitStatus report_fleet(const FleetReportOptions& options)
     try {
         report(options, open_fleet(options.database));
     } catch (const DatabaseError& error) {
-        throw CommandError(ExitStatus::BadInput,
-                           fmt::format("{}: {}", escaped(options.database), escaped(error.what())));
+        refuse(options.database, error.what());
     }
     return ExitStatus::Ok;
 }

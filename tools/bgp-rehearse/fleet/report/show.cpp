@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "base/refuse.h"
 #include "base/standard_output.h"
 #include "base/text_escape.h"
 #include "fleet/merge/schema.h"
@@ -79,7 +80,7 @@ void show_backup(const Database& database, int64_t router)
     try {
         print_out(InputReader(options_of_fleet(database).max_bytes).read(input));
     } catch (const InputError& error) {
-        throw CommandError(ExitStatus::BadInput, fmt::format("{}: {}", escaped(input.name), escaped(error.what())));
+        refuse(input.name, error.what());
     }
 }
 
@@ -112,8 +113,7 @@ ExitStatus show_fleet(const FleetShowOptions& options)
     try {
         show(options, open_fleet(options.database));
     } catch (const DatabaseError& error) {
-        throw CommandError(ExitStatus::BadInput,
-                           fmt::format("{}: {}", escaped(options.database), escaped(error.what())));
+        refuse(options.database, error.what());
     }
     return ExitStatus::Ok;
 }

@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "base/exit_status.h"
-#include "base/text_escape.h"
+#include "base/refuse.h"
 #include "fleet/plan/lines.h"
 #include "fleet/shard/part.h"
 
@@ -24,11 +24,6 @@ namespace fs = std::filesystem;
 constexpr char kPlan[] = "plan";
 constexpr char kPartEnding[] = ".part";
 constexpr std::size_t kFolderName = 16;  // digits of the plan's id
-
-[[noreturn]] void refuse(const std::string& file, const std::string& why)
-{
-    throw CommandError(ExitStatus::BadInput, fmt::format("{}: {}", escaped(file), why));
-}
 
 void make_folder(const std::string& folder)
 {
