@@ -1,5 +1,6 @@
-# What `cmake --install` puts in place: the library, its public headers, and the files by which others find them. Only for
-# builds against a device SDK: the library of other builds needs the embedded platform, which is not installed.
+# What `cmake --install` puts in place of a build against a device SDK: the library, its public headers, and the files by
+# which others find them. The library of other builds needs the embedded platform, and is the command's alone
+# (Workstation.cmake).
 include(CMakePackageConfigHelpers)
 
 install(TARGETS bgp_update EXPORT bgp_update_targets

@@ -47,7 +47,7 @@ std::string find_library(const std::string& asked)
     }
     std::error_code failed;
     const fs::path folder = fs::read_symlink("/proc/self/exe", failed).parent_path();
-    for (const char* place : {"", BGP_REHEARSE_BUILD_LIBRARY_FOLDER}) {
+    for (const char* place : {"", BGP_REHEARSE_INSTALLED_LIBRARY_FOLDER, BGP_REHEARSE_BUILD_LIBRARY_FOLDER}) {
         const fs::path candidate = (folder / place / kLibrary).lexically_normal();
         if (!failed && fs::exists(candidate, failed)) {
             return candidate;

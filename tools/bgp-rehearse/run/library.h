@@ -6,8 +6,8 @@
 namespace bgp_rehearse {
 
 // The file to open. A path that was asked for must be a readable file (else CommandError). Without one, the library
-// that lies beside the executable or where this build puts it, and when there is none, the bare name, which leaves the
-// search to the loader.
+// that lies beside the executable or, seen from there, where an installation or this build puts it; and when there is
+// none, the bare name, which leaves the search to the loader.
 std::string find_library(const std::string& asked);
 
 // An upgrade library, opened as the update framework opens it. It stays open as long as the process lives.
