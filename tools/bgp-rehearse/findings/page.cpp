@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "findings/plain_text.h"
+#include "base/markdown.h"
 
 namespace bgp_rehearse {
 

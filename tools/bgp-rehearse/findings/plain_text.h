@@ -7,8 +7,6 @@
 
 namespace bgp_rehearse {
 
-inline constexpr std::string_view kBold = "**";  // before bold text, and behind it
-
 // Paragraphs and items of lists in lines of at most so many columns, an empty line between paragraphs. The marks of
 // code, of bold text and of links are left out; blocks that are set in stay as they are.
 std::string plain_text(std::string_view markdown, std::size_t columns);
