@@ -62,11 +62,15 @@ TEST_F(RehearseCommandLine, HelpOfRun_NamesEveryOptionAndStatus)
     }
 }
 
-TEST_F(RehearseCommandLine, Version_IsNameAndNumber)
+TEST_F(RehearseCommandLine, Version_IsThatOfTheCommandTheLibraryTheSchemaAndZlog)
 {
     const CommandResult result = rehearse({"--version"});
     EXPECT_EQ(result.status, 0);
-    EXPECT_THAT(result.out, MatchesRegex("bgp-rehearse [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+    EXPECT_THAT(result.out, MatchesRegex("bgp-rehearse [0-9]+\\.[0-9]+\\.[0-9]+\n"
+                                         "library: libbgp_update [0-9.]+ \\(/[^\n]*/libbgp_update\\.so\\)\n"
+                                         "library SHA-256: [0-9a-f]{64}\n"
+                                         "schema SHA-256: [0-9a-f]{64}\n"
+                                         "zlog: (system|stand-in)\n"));
 }
 
 TEST_F(RehearseCommandLine, MissingSubcommand_IsRefused)

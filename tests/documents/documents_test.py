@@ -17,8 +17,9 @@ import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+os.environ["XDG_CONFIG_HOME"] = "/nonexistent"  # no bgp-rehearse.toml of one's own counts
 BUILD = pathlib.Path(os.environ.get("BGP_BUILD_DIR", ROOT / "build/release"))
-PAGES = sorted(path for pattern in ("*.md", "docs/*.md", "*/README.md") for path in ROOT.glob(pattern))
+PAGES = sorted(path for pattern in ("*.md", "docs/*.md", "docs/manual/*.md", "*/README.md") for path in ROOT.glob(pattern))
 
 # Programs of the tree that are not run here, and why.
 NOT_RUN = {

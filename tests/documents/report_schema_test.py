@@ -17,6 +17,7 @@ import fastjsonschema
 import jsonschema
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+os.environ["XDG_CONFIG_HOME"] = "/nonexistent"  # no bgp-rehearse.toml of one's own counts
 FOLDER = pathlib.Path(os.environ["BGP_JSON_REPORTS"])
 SCHEMA = json.loads((ROOT / "docs/report.schema.json").read_text(encoding="utf-8"))
 

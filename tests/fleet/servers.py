@@ -14,6 +14,7 @@ import unittest
 from typing import Callable, Dict, Iterator, List, Optional, TypeVar
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+os.environ["XDG_CONFIG_HOME"] = "/nonexistent"  # no bgp-rehearse.toml of one's own counts
 COMMAND = os.environ.get("BGP_REHEARSE", str(ROOT / "build/release/bin/bgp-rehearse"))
 ROUTERS = 900
 KINDS = 12

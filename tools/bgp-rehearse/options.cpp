@@ -11,11 +11,13 @@
 
 #include "base/given_value.h"
 #include "base/nearest.h"
+#include "base/option_files.h"
 #include "base/option_kinds.h"
 #include "base/standard_output.h"
 #include "base/text_escape.h"
 #include "fleet/options.h"
 #include "run/shared_options.h"
+#include "run/version.h"
 
 namespace bgp_rehearse {
 
@@ -67,8 +69,8 @@ CLI::Option* add_optional_value(CLI::App* command, const char* name, std::string
 
 void add_report(CLI::App* run, RunOptions* options)
 {
-    add_optional_value(run, "--changes{/}", &options->changes, "[=PATH]",
-                       "List what changed, or what did below a path");
+    add_optional_value(run, "--changes{/}", &options->changes, "[=KEYPATH]",
+                       "List what changed, or what did below a keypath");
     add_optional_value(run, "--json{-}", &options->json, "[=FILE]",
                        "Print the report as one JSON document, or write that to a file beside the text");
     add_value(run, "--junit", "FILE", "Write a test case for each step and each finding, for a pipeline",
@@ -82,76 +84,13 @@ void add_report(CLI::App* run, RunOptions* options)
     add_colour(run, &options->colour);
 }
 
-std::vector<std::string> names_of_options(const CLI::App& command)
-{
-    std::vector<std::string> names;
-    for (const CLI::Option* option : command.get_options()) {
-        for (const std::string& name : option->get_lnames()) {
-            if (!option->get_group().empty()) {  // the others are not shown
-                names.push_back("--" + name);
-            }
-        }
-    }
-    return names;
-}
-
-// Gives an option what a file says of it. The command line's word counts, and where both may speak it comes last.
-void take_item(const CLI::ConfigItem& item, CLI::Option* option)
-{
-    const std::vector<std::string> given = option->results();
-    if (!given.empty() && option->get_multi_option_policy() != CLI::MultiOptionPolicy::TakeAll) {
-        return;
-    }
-    option->clear();
-    const bool flag = option->get_expected_min() == 0;
-    for (const std::string& value : item.inputs) {
-        option->add_result(flag ? option->get_flag_value(item.name, value == "true" ? "" : value) : value);
-    }
-    for (const std::string& value : given) {
-        option->add_result(value);
-    }
-}
-
-// The options may stand below the command's name in brackets.
-void take_file(CLI::App* command, const std::string& file)
-{
-    const std::vector<std::string> section = {command->get_name()};
-    for (const CLI::ConfigItem& item : CLI::ConfigTOML().from_file(file)) {
-        if (item.parents == section && (item.name == "++" || item.name == "--")) {
-            continue;  // its borders
-        }
-        CLI::Option* const option = command->get_option_no_throw("--" + item.name);
-        const bool here = item.parents.empty() || item.parents == section;
-        if (option == nullptr || !option->get_configurable() || !here) {
-            const std::string name = option == nullptr ? "--" + item.name : std::string();
-            throw CLI::ConfigError(fmt::format("{}: {} is no option that a file can give{}", file, item.fullname(),
-                                               did_you_mean(name, names_of_options(*command))));
-        }
-        take_item(item, option);
-    }
-}
-
-// Comes before the other options, as theirs are read in their order.
-void add_file(CLI::App* command)
-{
-    command
-        ->add_option_function<std::string>(
-            "--config", [command](const std::string& file) { take_file(command, file); },
-            "Read options from a file, a line for each: fail-on = \"review\"")
-        ->check(CLI::ExistingFile)
-        ->configurable(false)
-        ->option_text("FILE");
-}
-
 CLI::App* add_run(CLI::App* app, RunOptions* options)
 {
-    CLI::App* run = app->add_subcommand("run", "Upgrade a copy of a stored configuration and report what changed");
+    CLI::App* run = add_command(app, "run", "Upgrade a copy of a stored configuration and report what changed");
     run->footer(kExitStatuses);
-    add_file(run);
     run->add_option("CONFIG.xml", options->configuration,
                     "The stored configuration: XML, also compressed; - for standard input")
         ->required()
-        ->configurable(false)
         ->option_text(" ");
     CLI::Option* library = add_library(run, &options->library);
     CLI::Option* output = run->add_option("-o,--output", options->output, "Write the upgraded configuration to a file")
@@ -161,9 +100,7 @@ CLI::App* add_run(CLI::App* app, RunOptions* options)
             ->option_text("FILE");
     add_device(run, &options->device);
     add_max_errors(run, &options->device);
-    CLI::Option* facts =
-        run->add_option("--facts", options->facts, "Take interfaces and profile from a file of devices (CSV or JSON)")
-            ->option_text("FILE");
+    CLI::Option* facts = add_facts(run, &options->facts);
     CLI::Option* device =
         run->add_option("--device", options->device_name, "The device in that file (default: the configuration's name)")
             ->option_text("NAME");
@@ -209,7 +146,7 @@ void add_kinds(CLI::App* command, GenerateOptions* options)
         add_value(command, "--role", "ROLE", "What a healthy router does in its network (default: drawn)",
                   [request](const std::string& name) { request->role = healthy::role_named(name); });
     const CLI::Option* flaw =
-        add_values(command, "--flaw", "NAME", "Give a healthy router something known that is wrong; may be given again",
+        add_values(command, "--flaw", "FLAW", "Give a healthy router something known that is wrong; may be given again",
                    [request](const std::string& name) { request->flaws.push_back(healthy::flaw_named(name)); });
     add_number(command, "--entities", &options->entities, kMostEntities, "BGP router entities of an adversarial one");
     const CLI::Option* entities = command->get_option("--entities");
@@ -227,7 +164,7 @@ void add_kinds(CLI::App* command, GenerateOptions* options)
 
 CLI::App* add_generate(CLI::App* app, GenerateOptions* options)
 {
-    CLI::App* generate = app->add_subcommand("generate", "Draw a configuration at random, the same for the same seed");
+    CLI::App* generate = add_command(app, "generate", "Draw a configuration at random, the same for the same seed");
     add_kinds(generate, options);
     add_sizes(generate, &options->request);
     add_number(generate, "--seed", &options->request.seed, std::numeric_limits<uint64_t>::max(),
@@ -239,9 +176,12 @@ CLI::App* add_generate(CLI::App* app, GenerateOptions* options)
                   }
                   options->output = file;
               });
-    generate->footer(
-        "A size that is not given is 0, and of a healthy router one that its role has.\n\n" + roles_and_flaws() +
-        "\nExit status: 0 written; 2 bad command line, nothing is written; 5 the configuration could not be written");
+    generate->footer("A size that is not given is 0, and of a healthy router one that its role has.\n\n" +
+                     roles_and_flaws() +
+                     "\nExit status:\n"
+                     "  0  the configuration is written\n"
+                     "  2  bad command line, nothing is written\n"
+                     "  5  the configuration could not be written");
     return generate;
 }
 
@@ -255,8 +195,8 @@ constexpr char kSweepStatuses[] =
 
 CLI::App* add_sweep(CLI::App* app, SweepOptions* options)
 {
-    CLI::App* sweep = app->add_subcommand(
-        "sweep", "Make each call and each allocation of the upgrade fail in turn, and judge what it does");
+    CLI::App* sweep = add_command(
+        app, "sweep", "Make each call and each allocation of the upgrade fail in turn, and judge what it does");
     sweep->footer(kSweepStatuses);
     sweep->add_option("CONFIG.xml", options->configurations, "The stored configurations")
         ->required()
@@ -264,7 +204,7 @@ CLI::App* add_sweep(CLI::App* app, SweepOptions* options)
     CLI::Option* library = add_library(sweep, &options->library);
     add_device(sweep, &options->device);
     add_max_errors(sweep, &options->device);
-    add_number(sweep, "--jobs", &options->jobs, 256, "Runs at a time", 1);
+    add_jobs(sweep, &options->jobs, 256, "Runs at a time");
     add_number(sweep, "--every", &options->every, 1000000, "Only each N-th run", 1);
     sweep->add_flag("--pairs", options->pairs, "Make all pairs of calls fail, too");
     sweep->add_flag("--all-sites", options->all_sites, "Exit with 6 when a call site was not reached");
@@ -278,7 +218,11 @@ CLI::App* add_findings(CLI::App* app, FindingsOptions* options)
 {
     CLI::App* findings = app->add_subcommand("findings", "List the findings, or tell what one means and what to do");
     findings->add_option("ID", options->id, "The finding (default: all are listed)")->option_text(" ");
-    findings->footer("Exit status: 0; 2 no finding has the id; 5 it could not be printed");
+    findings->footer(
+        "Exit status:\n"
+        "  0  printed\n"
+        "  2  no finding has the id\n"
+        "  5  it could not be printed");
     return findings;
 }
 
@@ -299,15 +243,6 @@ std::string named(const CLI::App& app)
     const std::string& command = commands.front()->get_name();
     const std::vector<CLI::App*> verbs = commands.front()->get_subcommands();
     return verbs.empty() ? command : command + " " + verbs.front()->get_name();
-}
-
-std::vector<std::string> names_of_commands(const CLI::App& app)
-{
-    std::vector<std::string> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App* /*all*/) { return true; })) {
-        names.push_back(command->get_name());
-    }
-    return names;
 }
 
 // The first argument that nothing takes, and what it may have been meant for; empty when there is none.
@@ -360,7 +295,7 @@ CommandLine parse_command_line(int argc, const char* const* argv)
     SweepOptions sweep_options;
     sweep_options.device = run_options.device;
     sweep_options.jobs = std::max(1U, std::thread::hardware_concurrency());
-    app.set_version_flag("--version", "bgp-rehearse " BGP_REHEARSE_VERSION);
+    app.set_version_flag("--version", version_text, "Tell the version, the library, the schema and zlog");
     app.formatter(std::make_shared<Help>());
     app.require_subcommand(1);
     app.footer(

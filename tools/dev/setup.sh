@@ -10,7 +10,8 @@ build_packages=(
 
 # What the tests run; make for the builds against a device SDK, which take CMake's default generator, git for fleets of
 # repositories.
-test_packages=(make binutils git libyang2-tools python3 python3-jsonschema python3-fastjsonschema python3-junitparser)
+test_packages=(make binutils git libyang2-tools python3 python3-jsonschema python3-fastjsonschema
+    python3-junitparser)
 
 # What ./check --all needs besides.
 all_packages=(clang-14 libclang-rt-14-dev clang-tidy-14 cppcheck abigail-tools valgrind)
@@ -27,6 +28,9 @@ coverage_packages=(gcovr)
 
 # For bench/run only.
 bench_packages=(python3 python3-lxml xsltproc libxml2-utils libyang2-tools)
+
+# What is shown, tested and measured is the same for everyone: no bgp-rehearse.toml of one's own counts.
+export XDG_CONFIG_HOME=$PWD/build/no-configuration
 
 say() { printf '== %s\n' "$*"; }
 

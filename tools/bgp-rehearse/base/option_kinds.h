@@ -56,6 +56,14 @@ void add_number(CLI::App* command, const char* name, Number* number, uint64_t mo
               [=](const std::string& text) { *number = static_cast<Number>(given_number(text, least, most)); });
 }
 
+// How much is done at a time. Its usual value is this machine's, which help does not tell: it is the same everywhere.
+template <typename Number>
+void add_jobs(CLI::App* command, Number* jobs, uint64_t most, const std::string& what)
+{
+    add_value(command, "--jobs", "N", what + " (default: as many as the machine has processors)",
+              [=](const std::string& text) { *jobs = static_cast<Number>(given_number(text, 1, most)); });
+}
+
 // One of the words, which stand in the order of the enumeration.
 template <typename Choice>
 void add_choice(CLI::App* command, const char* name, Choice* choice, const std::vector<std::string>& words,

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/given_value.h"
+#include "base/option_files.h"
 #include "base/option_kinds.h"
 #include "base/upgrade_limits.h"
 #include "fleet/merge/merge.h"
@@ -47,8 +48,7 @@ void add_planning(CLI::App* verb, PlanOptions* options)
         ->option_text("...");
     add_library(verb, &options->library);
     add_device(verb, &options->options.device);
-    verb->add_option("--facts", options->facts, "Take interfaces and profile from a file of devices (CSV or JSON)")
-        ->option_text("FILE");
+    add_facts(verb, &options->facts);
     add_severities(verb, &options->options.severities);
     FleetOptions* const all = &options->options;
     add_value(verb, "--time-limit", "TIME", "The longest that a rehearsal may take: 90s, 10m, none (default: 60s)",
@@ -63,8 +63,8 @@ void add_planning(CLI::App* verb, PlanOptions* options)
 
 void add_plan(CLI::App* fleet, FleetAction* action)
 {
-    CLI::App* verb = fleet->add_subcommand(
-        "plan", "List the backups of folders, archives and repositories, and cut them into shards");
+    CLI::App* verb =
+        add_command(fleet, "plan", "List the backups of folders, archives and repositories, and cut them into shards");
     const auto options = std::make_shared<PlanOptions>();
     add_planning(verb, options.get());
     CLI::Option* const output =
@@ -79,7 +79,7 @@ void add_plan(CLI::App* fleet, FleetAction* action)
 
 void add_work(CLI::App* fleet, FleetAction* action)
 {
-    CLI::App* verb = fleet->add_subcommand("work", "Rehearse the upgrade of each backup of a shard");
+    CLI::App* verb = add_command(fleet, "work", "Rehearse the upgrade of each backup of a shard");
     const auto options = std::make_shared<WorkOptions>();
     CLI::Option* const plan =
         verb->add_option("PLAN", options->plan, "The plan, as fleet plan made it")->required()->option_text(" ");
@@ -90,6 +90,7 @@ void add_work(CLI::App* fleet, FleetAction* action)
         verb->add_option("-o,--output", options->output, "Where its results go")->required()->option_text("PART");
     CLI::Option* const library =
         verb->add_option("--library", options->library, "Where the plan's library lies on this machine")
+            ->envname("BGP_REHEARSE_LIBRARY")
             ->option_text("PATH");
     verb->final_callback([=] {
         refuse_empty(*plan, "PLAN");
@@ -109,7 +110,7 @@ void add_database(CLI::App* verb, std::string* database)
 void add_merge(CLI::App* fleet, FleetAction* action)
 {
     auto options = std::make_shared<MergeOptions>();
-    CLI::App* verb = fleet->add_subcommand("merge", "Put the results of all shards into a database");
+    CLI::App* verb = add_command(fleet, "merge", "Put the results of all shards into a database");
     verb->add_option("PLAN", options->plan, "The plan that the parts are of")->required()->option_text(" ");
     verb->add_option("PART", options->parts, "What fleet work left of each shard, in any order")
         ->required()
@@ -120,14 +121,14 @@ void add_merge(CLI::App* fleet, FleetAction* action)
 
 void add_run(CLI::App* fleet, FleetAction* action)
 {
-    CLI::App* verb = fleet->add_subcommand("run", "Plan, work and merge on this machine");
+    CLI::App* verb = add_command(fleet, "run", "Plan, work and merge on this machine");
     const auto options = std::make_shared<FleetRunOptions>();
     options->jobs = std::max(1U, std::thread::hardware_concurrency());
     add_planning(verb, &options->plan);
     CLI::Option* const output = verb->add_option("-o,--output", options->output, "Where the database goes")
                                     ->required()
                                     ->option_text("FLEET.db");
-    add_number(verb, "--jobs", &options->jobs, kMostJobs, "Routers at a time", 1);
+    add_jobs(verb, &options->jobs, kMostJobs, "Routers at a time");
     verb->final_callback([=] {
         refuse_empty(*output, "-o");
         *action = [options] { return run_fleet(*options); };
@@ -137,7 +138,7 @@ void add_run(CLI::App* fleet, FleetAction* action)
 void add_report(CLI::App* fleet, FleetAction* action)
 {
     auto options = std::make_shared<FleetReportOptions>();
-    CLI::App* verb = fleet->add_subcommand("report", "Rank the reasons to look at a router, worst first");
+    CLI::App* verb = add_command(fleet, "report", "Rank the reasons to look at a router, worst first");
     add_database(verb, &options->database);
     verb->add_option("--baseline", options->baseline,
                      "Compare with an earlier database: what is worse, better, different")
@@ -173,7 +174,7 @@ void add_question(CLI::App* verb, FleetShowOptions* options)
 void add_show(CLI::App* fleet, FleetAction* action)
 {
     auto options = std::make_shared<FleetShowOptions>();
-    CLI::App* verb = fleet->add_subcommand("show", "List the routers that have a finding, a verdict or a name");
+    CLI::App* verb = add_command(fleet, "show", "List the routers that have a finding, a verdict or a name");
     add_database(verb, &options->database);
     add_question(verb, options.get());
     CLI::Option* router =

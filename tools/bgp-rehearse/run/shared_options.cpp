@@ -30,7 +30,15 @@ std::pair<std::string, std::string> given_severity(const std::string& text)
 CLI::Option* add_library(CLI::App* command, std::string* library)
 {
     return command->add_option("--library", *library, "The upgrade library (default: this build's libbgp_update.so)")
+        ->envname("BGP_REHEARSE_LIBRARY")
         ->option_text("PATH");
+}
+
+CLI::Option* add_facts(CLI::App* command, std::string* facts)
+{
+    return command->add_option("--facts", *facts, "Take interfaces and profile from a file of devices (CSV or JSON)")
+        ->envname("BGP_REHEARSE_FACTS")
+        ->option_text("FILE");
 }
 
 void add_device(CLI::App* command, DeviceOptions* device)

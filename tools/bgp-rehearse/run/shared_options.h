@@ -13,6 +13,7 @@
 namespace bgp_rehearse {
 
 CLI::Option* add_library(CLI::App* command, std::string* library);
+CLI::Option* add_facts(CLI::App* command, std::string* facts);
 void add_device(CLI::App* command, DeviceOptions* device);
 void add_max_errors(CLI::App* command, DeviceOptions* device);
 void add_severities(CLI::App* command, std::vector<std::pair<std::string, std::string>>* severities);

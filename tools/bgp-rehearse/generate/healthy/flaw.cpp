@@ -181,24 +181,35 @@ const KnownFlaw& known(Flaw flaw)
     return known_flaws().at(static_cast<std::size_t>(flaw));
 }
 
-Role role_named(const std::string& name)
+std::vector<std::string> role_names()
 {
     std::vector<std::string> names;
     std::transform(std::begin(kRoles), std::end(kRoles), std::back_inserter(names),
                    [](const KnownRole& role) { return role.name; });
-    return kRoles[bgp_rehearse::given_word(name, names)].role;
+    return names;
+}
+
+std::vector<std::string> flaw_names()
+{
+    std::vector<std::string> names;
+    std::transform(known_flaws().begin(), known_flaws().end(), std::back_inserter(names),
+                   [](const KnownFlaw& flaw) { return flaw.name; });
+    return names;
+}
+
+Role role_named(const std::string& name)
+{
+    return kRoles[bgp_rehearse::given_word(name, role_names())].role;
 }
 
 Flaw flaw_named(const std::string& name)
 {
-    std::vector<std::string> names;
-    for (const KnownFlaw& flaw : known_flaws()) {
-        if (name == flaw.name) {
-            return flaw.flaw;
-        }
-        names.emplace_back(flaw.name);
+    const std::vector<std::string> names = flaw_names();
+    const auto found = std::find(names.begin(), names.end(), name);
+    if (found == names.end()) {
+        throw std::invalid_argument("\"" + name + "\" is no flaw" + bgp_rehearse::did_you_mean(name, names));
     }
-    throw std::invalid_argument("\"" + name + "\" is no flaw" + bgp_rehearse::did_you_mean(name, names));
+    return known_flaws()[static_cast<std::size_t>(found - names.begin())].flaw;
 }
 
 std::string names_of(Roles roles)

@@ -47,6 +47,9 @@ struct KnownFlaw {
 const std::vector<KnownFlaw>& known_flaws();
 const KnownFlaw& known(Flaw flaw);
 
+std::vector<std::string> role_names();
+std::vector<std::string> flaw_names();
+
 // Those of that name. Throw std::invalid_argument, with what may have been meant, where there is none.
 Role role_named(const std::string& name);
 Flaw flaw_named(const std::string& name);
