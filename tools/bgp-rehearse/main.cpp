@@ -11,6 +11,7 @@
 #include "base/text_escape.h"
 #include "findings/findings.h"
 #include "generate/generate.h"
+#include "manual/manual.h"
 #include "options.h"
 #include "run/run.h"
 #include "sweep/sweep.h"
@@ -42,6 +43,9 @@ ExitStatus run_command(int argc, const char* const* argv)
         }
         if (command.findings) {
             return bgp_rehearse::tell_findings(*command.findings);
+        }
+        if (command.manual) {
+            return bgp_rehearse::write_manual(*command.manual);
         }
         if (command.fleet) {
             return command.fleet();

@@ -16,6 +16,7 @@
 #include "base/standard_output.h"
 #include "base/text_escape.h"
 #include "fleet/options.h"
+#include "option_tree.h"
 #include "run/shared_options.h"
 #include "run/version.h"
 
@@ -226,6 +227,24 @@ CLI::App* add_findings(CLI::App* app, FindingsOptions* options)
     return findings;
 }
 
+// For whoever packages the command, and not shown.
+void add_generation(CLI::App* app, std::optional<ManualOptions>* options)
+{
+    const auto take = [=](const std::vector<std::string>& given) {
+        if (given.size() != 2) {
+            throw CLI::ValidationError("--generate", "give a kind and a folder");
+        }
+        try {
+            given_word(given[0], kinds_of_manual());
+        } catch (const std::invalid_argument& wrong) {
+            throw CLI::ValidationError("--generate", wrong.what());
+        }
+        *options = {given[0], given[1], option_tree(*app)};
+        throw CLI::Success();  // without a command
+    };
+    app->add_option_function<std::vector<std::string>>("--generate", take)->expected(1, 2)->group("");
+}
+
 // The command that was named, and its verb where it has some.
 const CLI::App& deepest(const CLI::App& app)
 {
@@ -309,6 +328,7 @@ CommandLine parse_command_line(int argc, const char* const* argv)
     const CLI::App* findings = add_findings(&app, &findings_options);
     CommandLine command;
     add_fleet(&app, &command.fleet);
+    add_generation(&app, &command.manual);
     app.failure_message([](const CLI::App* parsed, const CLI::Error& error) { return message_of(*parsed, error); });
     try {
         app.parse(argc, argv);

@@ -7,6 +7,7 @@
 #include "base/exit_status.h"
 #include "findings/findings.h"
 #include "generate/generate.h"
+#include "manual/manual.h"
 #include "run/request.h"
 #include "sweep/sweep.h"
 
@@ -20,6 +21,7 @@ struct CommandLine {
     std::optional<SweepOptions> sweep;
     std::optional<FindingsOptions> findings;
     std::function<ExitStatus()> fleet;
+    std::optional<ManualOptions> manual;
     ExitStatus status = ExitStatus::Ok;
 };
 

@@ -10,11 +10,14 @@ build_packages=(
 
 # What the tests run; make for the builds against a device SDK, which take CMake's default generator, git for fleets of
 # repositories.
-test_packages=(make binutils git libyang2-tools python3 python3-jsonschema python3-fastjsonschema
+test_packages=(make binutils git libyang2-tools mandoc python3 python3-jsonschema python3-fastjsonschema
     python3-junitparser)
 
 # What ./check --all needs besides.
 all_packages=(clang-14 libclang-rt-14-dev clang-tidy-14 cppcheck abigail-tools valgrind)
+
+# For tests/manual/completion_test.py, a stage of ./check --all.
+shell_packages=(bash zsh fish python3 python3-pexpect)
 
 # For tests/browser/run, a stage of ./check --all. Chromium has its sandbox in a package of its own; of other makers than
 # Debian, npm comes with Node.js.
