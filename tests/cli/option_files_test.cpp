@@ -163,18 +163,23 @@ TEST_F(OptionFiles, SlipInAFile_IsToldWithTheFile)
     expect_refused({"run", "a.xml"}, file + ": --fail-on: \"stp\" is none of review, stop, never; did you mean stop?");
 }
 
+TEST_F(OptionFiles, SlipInAnOptionThatMayBeGivenAgain_IsToldWithItsOwnFile)
+{
+    const std::string file = own("[run]\nseverity = \"again=nte\"\n");
+    const std::string site = home.file("site.toml", "severity = \"again=stop\"\n");
+    expect_refused({"run", "a.xml", "--config", site, "--severity", "again=review"},
+                   file + ": --severity: \"nte\" is none of note, review, stop; did you mean note?");
+    own("[run]\nseverity = \"again=note\"\n");
+    expect_refused({"run", "a.xml", "--config", site, "--severity", "again=rview"},
+                   "--severity: \"rview\" is none of note, review, stop; did you mean review?");
+}
+
 TEST_F(OptionFiles, HelpAndVersion_AreToldWhateverStandsInTheUsersOwn)
 {
     own("[rnu]\n nothing = 1\n");
     EXPECT_EQ(rehearse_here({"run", "--help"}).status, 0);
     EXPECT_EQ(rehearse_here({"--version"}).status, 0);
     EXPECT_EQ(rehearse_here({"findings"}).status, 0);
-}
-
-TEST_F(OptionFiles, FolderOfTheFilesName_IsNoFile)
-{
-    mkdir((home / "bgp-rehearse.toml").c_str(), 0700);
-    EXPECT_EQ(profile({}), "0");
 }
 
 TEST_F(OptionFiles, LibraryOfTheEnvironment_IsTheOneThatVersionTells)

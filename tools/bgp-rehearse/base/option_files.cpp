@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <vector>
 
 #include "base/nearest.h"
@@ -62,33 +63,41 @@ bool is_for(const CLI::App& command, const CLI::ConfigItem& item, const std::str
     return !border && (item.parents.empty() || &named == &command);
 }
 
-// An option that the command line or a file before this one gives stays as it is; where it may be given again, their
-// values come last.
+// What the command line and the environment say: options with their values.
+using Given = std::map<CLI::Option*, std::vector<std::string>>;
+
+Given given_to(CLI::App* command)
+{
+    Given given;
+    for (CLI::Option* option : command->get_options()) {
+        if (option->count() > 0) {
+            given[option] = option->results();
+        }
+    }
+    return given;
+}
+
+bool may_be_given_again(const CLI::Option& option)
+{
+    return option.get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
+}
+
+// Here and now, so that what is wrong with it is told with the file.
 void take_item(const CLI::ConfigItem& item, const std::string& file, CLI::Option* option)
 {
-    const bool all = option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
-    const std::vector<std::string> given = option->results();
-    if (!given.empty() && !all) {
-        return;
-    }
     option->clear();
     const bool flag = option->get_expected_min() == 0;
-    for (const std::string& value : item.inputs) {
-        option->add_result(flag ? option->get_flag_value(item.name, value == "true" ? "" : value) : value);
-    }
-    for (const std::string& value : given) {
-        option->add_result(value);
-    }
-    if (!all) {
-        try {
-            option->run_callback();
-        } catch (const CLI::ParseError& wrong) {
-            throw CLI::ConfigError(fmt::format("{}: {}", file, wrong.what()));
+    try {
+        for (const std::string& value : item.inputs) {
+            option->add_result(flag ? option->get_flag_value(item.name, value == "true" ? "" : value) : value);
         }
+        option->run_callback();
+    } catch (const CLI::ParseError& wrong) {
+        throw CLI::ConfigError(fmt::format("{}: {}", file, wrong.what()));
     }
 }
 
-void take_file(CLI::App* command, const std::string& file, FileOf whose)
+void take_file(CLI::App* command, const std::string& file, FileOf whose, const Given& given)
 {
     for (const CLI::ConfigItem& item : CLI::ConfigTOML().from_file(file)) {
         if (!is_for(*command, item, file, whose)) {
@@ -100,7 +109,9 @@ void take_file(CLI::App* command, const std::string& file, FileOf whose)
             throw CLI::ConfigError(fmt::format("{}: {} is no option that a file can give{}", file, item.fullname(),
                                                did_you_mean(name, names_of_options(*command))));
         }
-        take_item(item, file, option);
+        if (given.count(option) == 0 || may_be_given_again(*option)) {
+            take_item(item, file, option);
+        }
     }
 }
 
@@ -116,23 +127,30 @@ std::filesystem::path users_own()
     return home != nullptr && *home != '\0' ? home / (".config" / name) : std::filesystem::path();
 }
 
+// What counts more is taken later.
 void take_files(CLI::App* command, const std::string& file)
 {
     const CLI::Option* const help = command->get_help_ptr();
     if (!command->parsed() || (help != nullptr && help->count() > 0)) {
         return;
     }
+    const Given given = given_to(command);
+    std::error_code none;
+    if (const std::filesystem::path own = users_own(); std::filesystem::exists(own, none)) {
+        take_file(command, own, FileOf::User, given);
+    }
     if (!file.empty()) {
         std::string name = file;
         if (const std::string wrong = CLI::ExistingFile(name); !wrong.empty()) {
             throw CLI::ValidationError(kConfig, wrong);
         }
-        take_file(command, file, FileOf::Command);
+        take_file(command, file, FileOf::Command, given);
     }
-    std::error_code none;
-    const std::filesystem::path own = users_own();
-    if (!own.empty() && std::filesystem::exists(own, none) && !std::filesystem::is_directory(own, none)) {
-        take_file(command, own, FileOf::User);
+    for (const auto& [option, values] : given) {
+        if (option->get_configurable() && may_be_given_again(*option) && option->results() != values) {
+            option->clear();
+            option->add_result(values);
+        }
     }
 }
 

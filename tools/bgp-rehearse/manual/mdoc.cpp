@@ -1,5 +1,6 @@
 #include "manual/mdoc.h"
 
+#include <algorithm>
 #include <sstream>
 #include <vector>
 
