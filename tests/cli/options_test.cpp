@@ -3,6 +3,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+#include <utility>
+
 #include "support/run_command.h"
 #include "support/scratch_folder.h"
 
@@ -21,12 +24,19 @@ using testing::IsEmpty;
 using testing::Pair;
 using testing::StartsWith;
 
+// What these arguments come to for whoever has no options in a file of one's own.
+CommandLine command_line(std::vector<const char*> arguments)
+{
+    setenv("XDG_CONFIG_HOME", "/nonexistent", 1);
+    arguments.insert(arguments.begin(), "bgp-rehearse");
+    return bgp_rehearse::parse_command_line(static_cast<int>(arguments.size()), arguments.data());
+}
+
 // The options of `bgp-rehearse run a.xml` with these arguments.
 RunOptions run_options(std::vector<const char*> arguments)
 {
-    setenv("XDG_CONFIG_HOME", "/nonexistent", 1);  // whoever runs the tests may have a file there
-    arguments.insert(arguments.begin(), {"bgp-rehearse", "run", "a.xml"});
-    const CommandLine command = bgp_rehearse::parse_command_line(static_cast<int>(arguments.size()), arguments.data());
+    arguments.insert(arguments.begin(), {"run", "a.xml"});
+    const CommandLine command = command_line(std::move(arguments));
     EXPECT_TRUE(command.run.has_value());
     return command.run.value_or(RunOptions{});
 }
@@ -98,8 +108,7 @@ TEST(Options, Limits_AreTakenWithTheirUnits)
 
 TEST(Options, JsonAndChangesAlone_LeaveTheConfigurationItsName)
 {
-    const std::vector<const char*> arguments = {"bgp-rehearse", "run", "--json", "--changes", "b.xml"};
-    const CommandLine command = bgp_rehearse::parse_command_line(5, arguments.data());
+    const CommandLine command = command_line({"run", "--json", "--changes", "b.xml"});
     ASSERT_TRUE(command.run);
     EXPECT_EQ(command.run->configuration, "b.xml");
     EXPECT_TRUE(command.run->json_printed());
