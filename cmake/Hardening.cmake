@@ -1,5 +1,5 @@
 # How a release is hardened, and made the same in every folder it is built in. tools/dev/check-binaries holds the built
-# files to it.
+# files to the first, tools/dev/check-packages to the second.
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
     add_compile_options(-fstack-protector-strong -fcf-protection=full -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
     add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack -Wl,-z,text)

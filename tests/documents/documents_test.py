@@ -29,6 +29,7 @@ NOT_RUN = {
     "bench/run": "takes long",
     "tests/browser/run": "needs a browser; a stage of ./check --all",
     "tools/dev/check-binaries": "builds; a stage of ./check --all",
+    "tools/dev/check-packages": "builds, and installs; a stage of ./check --all",
     "tools/dev/coverage": "builds, and takes long",
     "tools/dev/fresh-machine": "runs a whole system",
     "tools/dev/memcheck": "a stage of ./check --all",
