@@ -20,3 +20,22 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${documents})
 foreach(page IN ITEMS rehearse.md report.schema.json fleet.md fleet.schema.json generate.md sweep.md)
     install(FILES ${PROJECT_SOURCE_DIR}/docs/${page} DESTINATION ${documents})
 endforeach()
+
+# Manual pages and completions, as the command tells them of itself.
+set(told ${PROJECT_BINARY_DIR}/told)
+foreach(kind IN ITEMS man complete-bash complete-zsh complete-fish)
+    add_custom_command(
+        OUTPUT ${told}/${kind}.made
+        COMMAND ${CMAKE_COMMAND} -E rm -rf ${told}/${kind}
+        COMMAND ${CMAKE_COMMAND} -E make_directory ${told}/${kind}
+        COMMAND bgp-rehearse --generate ${kind} ${told}/${kind}
+        COMMAND ${CMAKE_COMMAND} -E touch ${told}/${kind}.made
+        DEPENDS bgp-rehearse
+        VERBATIM)
+    list(APPEND all_told ${told}/${kind}.made)
+endforeach()
+add_custom_target(bgp_rehearse_told ALL DEPENDS ${all_told})
+install(DIRECTORY ${told}/man/ DESTINATION share/man/man1)
+install(DIRECTORY ${told}/complete-bash/ DESTINATION share/bash-completion/completions)
+install(DIRECTORY ${told}/complete-zsh/ DESTINATION ${BGP_ZSH_COMPLETIONS})
+install(DIRECTORY ${told}/complete-fish/ DESTINATION share/fish/vendor_completions.d)

@@ -102,6 +102,7 @@ TEST_F(Installed, AreTheseFilesAndNoOthers)
                              "lib/TRIPLET/bgp-rehearse/libbgp_update.so",
                              "lib/TRIPLET/bgp-rehearse/libbgp_update.so.0",
                              "lib/TRIPLET/bgp-rehearse/libbgp_update.so.0.1.0",
+                             "share/bash-completion/completions/bgp-rehearse",
                              "share/bgp-rehearse/fleet/parallel",
                              "share/bgp-rehearse/fleet/shards.sh",
                              "share/bgp-rehearse/fleet/slurm",
@@ -126,6 +127,20 @@ TEST_F(Installed, AreTheseFilesAndNoOthers)
                              "share/doc/bgp-rehearse/rehearse.md",
                              "share/doc/bgp-rehearse/report.schema.json",
                              "share/doc/bgp-rehearse/sweep.md",
+                             "share/fish/vendor_completions.d/bgp-rehearse.fish",
+                             "share/man/man1/bgp-rehearse-findings.1",
+                             "share/man/man1/bgp-rehearse-fleet-merge.1",
+                             "share/man/man1/bgp-rehearse-fleet-plan.1",
+                             "share/man/man1/bgp-rehearse-fleet-report.1",
+                             "share/man/man1/bgp-rehearse-fleet-run.1",
+                             "share/man/man1/bgp-rehearse-fleet-show.1",
+                             "share/man/man1/bgp-rehearse-fleet-work.1",
+                             "share/man/man1/bgp-rehearse-fleet.1",
+                             "share/man/man1/bgp-rehearse-generate.1",
+                             "share/man/man1/bgp-rehearse-run.1",
+                             "share/man/man1/bgp-rehearse-sweep.1",
+                             "share/man/man1/bgp-rehearse.1",
+                             "share/zsh/site-functions/_bgp-rehearse",
                          }));
 }
 
