@@ -104,11 +104,13 @@ public:
     // The first thing libyang finds against a datastore, empty when it is valid.
     std::string validate(Datastore which) const;
 
-    // What was reported, in order. A sink, when set, gets each line as it comes; keep_reports(false) stops the keeping.
+    // What was reported, in order. A sink, when set, gets each line as it comes; keep_reports(false) stops the keeping. A
+    // filter is asked then, when set, and lines of a format that it refuses are not made.
     const std::vector<std::string>& log() const noexcept { return state_.reports.log; }
     const std::vector<TraceLine>& trace() const noexcept { return state_.reports.trace; }
     const std::vector<Fault>& faults() const noexcept { return state_.reports.faults; }
     std::size_t backtraces() const noexcept { return state_.reports.backtraces; }
+    std::function<bool(const char* format)>& log_filter = state_.reports.log_filter;
     std::function<void(std::string_view)>& log_sink = state_.reports.log_sink;
     std::function<void(const Fault&)>& fault_sink = state_.reports.fault_sink;
     void keep_reports(bool keep) noexcept { state_.reports.keep = keep; }

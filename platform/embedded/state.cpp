@@ -14,9 +14,7 @@ void Reports::add_line(std::string_view line)
 
 void Reports::add_trace(TraceLine line)
 {
-    if (keep) {
-        trace.push_back(std::move(line));
-    }
+    trace.push_back(std::move(line));
 }
 
 void Reports::add_fault(const Fault& fault)

@@ -60,8 +60,12 @@ struct Reports {
     std::size_t backtraces = 0;
 
     bool keep = true;  // of log and trace
+    std::function<bool(const char* format)> log_filter;
     std::function<void(std::string_view)> log_sink;
     std::function<void(const Fault&)> fault_sink;
+
+    // Whether a line of this format is worth making.
+    bool wants(const char* format) const { return keep || !log_filter || log_filter(format); }
 
     void add_line(std::string_view line);
     void add_trace(TraceLine line);

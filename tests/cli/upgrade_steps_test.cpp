@@ -235,6 +235,17 @@ TEST_F(GivenLines, LinesOfNoStepsBorder_AreNotNeeded)
     EXPECT_EQ(step_of(steps, "update_vrf").outcome, StepOutcome::Failed);
 }
 
+TEST_F(GivenLines, FormatOfALineThatIsNeeded_MayBeKnown)
+{
+    for (const char* format : {"Starting BGP router update\n", "Starting %s update\n", "Found %d BGP entities",
+                               "Found 1 BGP entities", "enter %s\n", "%s"}) {
+        EXPECT_TRUE(steps.may_know(format)) << format;
+    }
+    for (const char* format : {"", "\n", "Peer number %d has no row", "Creating %s", "Start"}) {
+        EXPECT_FALSE(steps.may_know(format)) << format;
+    }
+}
+
 TEST_F(GivenLines, UpgradeThatEnded_HasItsLastCallsInTheStepItEndedIn)
 {
     line("Starting BGP update\n");
@@ -288,6 +299,7 @@ TEST(StepLines, EachText_StandsInTheSourcesOfTheSteps)
         for (const char* text : texts) {
             EXPECT_TRUE(stands_in(source, text, step.name)) << step.name << ": " << text;
             EXPECT_GT(std::strlen(text), 8U) << "take() looks at so many characters first";
+            EXPECT_TRUE(UpgradeSteps([] { return CallTotals{}; }).may_know(text)) << text;
         }
     }
     EXPECT_FALSE(stands_in(source, "Starting BGP routers update\n", "update_router_bgp"));

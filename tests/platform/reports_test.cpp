@@ -60,6 +60,21 @@ TEST(Log, WithoutALog_NothingIsWritten)
     EXPECT_THAT(device.log(), IsEmpty());
 }
 
+TEST(Log, LineOfARefusedFormat_IsNotMadeWhereNoneIsKept)
+{
+    Device device;
+    std::string seen;
+    device.log_sink = [&seen](std::string_view line) { seen += line; };
+    device.log_filter = [](const char* format) { return std::string(format) == "wanted %d\n"; };
+    nzmw_log_t* const log = get_conf_updt_log_handle();
+    vlog(log, "kept all the same\n");
+    device.keep_reports(false);
+    vlog(log, "refused %d\n", 1);
+    vlog(log, "wanted %d\n", 2);
+    EXPECT_EQ(seen, "kept all the same\nwanted 2\n");
+    EXPECT_THAT(device.log(), ElementsAre("kept all the same\n"));
+}
+
 TEST(Log, Handle_IsTheSameWithAndWithoutADevice)
 {
     nzmw_log_t* const before = get_conf_updt_log_handle();
@@ -115,6 +130,14 @@ TEST(Trace, WithoutACategory_NothingIsWritten)
     Device device;
     trace(nullptr, 10, "lost");
     zlog(nullptr, "f", 1, "g", 1, 1, 10, "lost");
+    EXPECT_THAT(device.trace(), IsEmpty());
+}
+
+TEST(Trace, WhereReportsAreNotKept_LinesGoNowhere)
+{
+    Device device;
+    device.keep_reports(false);
+    trace(nzmw_trace_register_category("bgp-app"), 10, "lost");
     EXPECT_THAT(device.trace(), IsEmpty());
 }
 

@@ -18,7 +18,7 @@ nzmw_log_t* get_conf_updt_log_handle(void)
 void nzmw_vlog_debug(nzmw_log_t* log, const char* format, va_list args)
 {
     bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
-    if (log == nullptr || device == nullptr) {
+    if (log == nullptr || device == nullptr || !device->reports.wants(format)) {
         return;
     }
     bgp_platform::report_or_lose([&] { device->reports.add_line(bgp_platform::format_text(format, args)); });

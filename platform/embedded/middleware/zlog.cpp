@@ -51,7 +51,7 @@ void vzlog(zlog_category_t* category, const char* file, size_t filelen, const ch
            int level, const char* format, va_list args)
 {
     bgp_platform::DeviceState* const device = bgp_platform::Registry::instance().current();
-    if (category == nullptr || device == nullptr) {
+    if (category == nullptr || device == nullptr || !device->reports.keep) {
         return;
     }
     bgp_platform::report_or_lose([&] {

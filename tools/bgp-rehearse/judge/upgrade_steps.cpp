@@ -140,6 +140,13 @@ bool UpgradeSteps::take(std::string_view line)
     return known;
 }
 
+bool UpgradeSteps::may_know(const char* format) const noexcept
+{
+    const std::string_view front(format, strnlen(format, sizeof(uint64_t)));
+    return front.find('%') != std::string_view::npos || begins_with(front, kEntitiesFound) ||
+           heads_.count(head_of(front)) > 0;
+}
+
 bool UpgradeSteps::take_in_step(std::string_view line)
 {
     const bgp_contract::Step& running = kSteps[current_];

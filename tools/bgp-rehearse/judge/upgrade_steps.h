@@ -78,6 +78,9 @@ public:
     const char* current() const noexcept { return steps_[current_].name; }
     std::size_t current_number() const noexcept { return current_ + 1; }  // its place among all, from 1
 
+    // Whether take() may know a line of such a format (printf): what stands before its first conversion tells.
+    bool may_know(const char* format) const noexcept;
+
     // The end of the upgrade: update() returned, or the upgrade ended where it was, after so many calls.
     void returned();
     void ended(const CallTotals& calls);

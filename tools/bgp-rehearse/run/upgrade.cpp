@@ -104,6 +104,11 @@ void FollowedUpgrade::follow_failures()
     };
 }
 
+void FollowedUpgrade::pass_over_other_lines()
+{
+    device_.log_filter = [this](const char* format) { return steps_.may_know(format); };
+}
+
 bool FollowedUpgrade::run(const UpgradeLimits& limits)
 {
     result_ = run_update(library_, device_, teller_, limits, watch_);

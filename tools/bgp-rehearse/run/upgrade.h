@@ -28,6 +28,9 @@ public:
     FollowedUpgrade(const FollowedUpgrade&) = delete;
     FollowedUpgrade& operator=(const FollowedUpgrade&) = delete;
 
+    // From now on lines that can tell of no step are not even made: for one whose log nobody will ask for.
+    void pass_over_other_lines();
+
     // Runs it. False: an exception left it.
     bool run(const UpgradeLimits& limits);
 

@@ -129,6 +129,7 @@ int rehearse_router(const RouterTask& task)
     }
     const Teller teller(task.channel);
     FollowedUpgrade upgrade(task.library, *device, teller, task.watch);
+    upgrade.pass_over_other_lines();
     task.phases.begin(Phases::Phase::Upgrading);
     if (!upgrade.run(task.options.limits)) {
         return EXIT_FAILURE;
