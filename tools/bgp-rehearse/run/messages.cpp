@@ -1,8 +1,11 @@
 #include "run/messages.h"
 
+#include <fmt/format.h>
+
 #include <nlohmann/json.hpp>
 
 #include "base/output_file.h"
+#include "report/json_writer.h"
 
 namespace bgp_rehearse {
 
@@ -11,11 +14,15 @@ namespace {
 using Json = nlohmann::json;
 using bgp_platform::Fault;
 
+void send_line(int channel, const std::string& line)
+{
+    static_cast<void>(write_all(channel, line.data(), line.size()));
+}
+
 void send(int channel, const char* kind, Json content)
 {
     const Json message = {{"kind", kind}, {"content", std::move(content)}};
-    const std::string line = message.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-    static_cast<void>(write_all(channel, line.data(), line.size()));
+    send_line(channel, message.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
 }
 
 Json fault_json(const Fault& fault)
@@ -38,11 +45,6 @@ Fault fault_of(const Json& json)
     fault.line = json.at("line").get<unsigned int>();
     fault.text = json.at("text").get<std::string>();
     return fault;
-}
-
-Json calls_json(const CallTotals& calls)
-{
-    return {{"reads", calls.reads}, {"writes", calls.writes}, {"failed_writes", calls.failed_writes}};
 }
 
 CallTotals calls_of(const Json& json)
@@ -102,7 +104,12 @@ void Teller::log_failed(const std::string& reason) const
 }
 void Teller::step_line(std::string_view line, const CallTotals& calls) const
 {
-    send(channel_, "step_line", {{"line", line}, {"calls", calls_json(calls)}});
+    // Put together here: the library's documents would take a twentieth of the time that a small router does.
+    std::string message =
+        fmt::format(R"({{"kind":"step_line","content":{{"calls":{{"reads":{},"writes":{},"failed_writes":{}}},"line":)",
+                    calls.reads, calls.writes, calls.failed_writes);
+    append_json(line, &message);
+    send_line(channel_, message + "}}\n");
 }
 void Teller::fault(const Fault& fault) const
 {
