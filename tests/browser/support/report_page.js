@@ -2,6 +2,8 @@
 // for that is known here.
 'use strict';
 
+const {timeEvent} = require('./timing');
+
 const choices = {fate: '#filter-fate', step: '#filter-step', finding: '#filter-finding'};
 
 // What a reader sees of the line of the tree that has the focus; null where none has.
@@ -10,17 +12,6 @@ const focusedItem = () => {
     return item && {id: item.id, level: Number(item.ariaLevel), expanded: item.ariaExpanded,
         text: item.querySelector('bdi')?.textContent ?? item.textContent};
 };
-
-// Milliseconds from an event on a field until what it leads to is on the screen.
-const timeEvent = ([field, value, event]) => new Promise((resolve) => {
-    requestAnimationFrame(() => {
-        const element = document.querySelector(field);
-        const start = performance.now();
-        element.value = value;
-        element.dispatchEvent(new Event(event, {bubbles: true}));
-        requestAnimationFrame(() => setTimeout(() => resolve(performance.now() - start)));
-    });
-});
 
 class ReportPage {
     constructor(page) {
@@ -112,11 +103,11 @@ class ReportPage {
     }
 
     timeFilter(of, value) {
-        return this.page.evaluate(timeEvent, [choices[of], value, 'change']);
+        return timeEvent(this.page, choices[of], value, 'change');
     }
 
     timeSearch(text) {
-        return this.page.evaluate(timeEvent, ['#search', text, 'input']);
+        return timeEvent(this.page, '#search', text, 'input');
     }
 }
 
