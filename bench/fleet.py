@@ -1,5 +1,5 @@
 """Measures `bgp-rehearse fleet run` over drawn routers beside a shell loop of `bgp-rehearse run`, `xargs -P` of the same,
-and a shell loop of yanglint that only validates, all in one run."""
+and a shell loop of yanglint that only validates, all in one run; or, with --growth, fleets of several sizes alone."""
 
 import argparse
 import os
@@ -73,6 +73,38 @@ def measure(options, folder):
     return usages
 
 
+def draw_many(rehearse, folder, routers, jobs):
+    """More routers, of roles that are drawn, too; those that are there stay."""
+    folder.mkdir(exist_ok=True)
+    there = len(list(folder.iterdir()))
+    numbers = "".join(f"{number}\n" for number in range(there, routers))
+    subprocess.run(["xargs", "-P", str(jobs), "-I{}", rehearse, "generate", "--kind", "healthy", "--seed", "{}", "-o",
+                    folder / "r{}.xml"], input=numbers, text=True, check=True)
+
+
+def megabytes(path):
+    return path.stat().st_size / 2**20
+
+
+def grow(options, folder):
+    """Fleets of the sizes asked for, each with the routers of the one before."""
+    rehearse = Path(options.binaries).resolve() / "bgp-rehearse"
+    database = folder / "fleet.db"
+    faces = {"text": [], "--csv": ["--csv", folder / "f.csv"], "--json": ["--json", folder / "f.json"],
+             "--html": ["--html", folder / "f.html"]}
+    for routers in options.growth:
+        draw_many(rehearse, folder / "many", routers, options.jobs)
+        subprocess.run(["rm", "-rf", database, folder / "fleet.db.parts"], check=True)
+        usage = Usage([rehearse, "fleet", "run", folder / "many", "-o", database, "--jobs", str(options.jobs)])
+        print(f"{routers} routers, {options.jobs} jobs: {usage.wall:.1f} s, {routers / usage.wall:.0f} a second, "
+              f"{usage.processor / routers * 1000:.2f} ms of processor time each; largest process {usage.megabytes:.0f} MB; "
+              f"database {megabytes(database):.1f} MB")
+        for face, arguments in faces.items():
+            report = Usage([rehearse, "fleet", "report", database, *arguments])
+            size = f", {megabytes(arguments[1]):.1f} MB" if arguments else ""
+            print(f"  report {face:8}{report.wall:7.2f} s{report.megabytes:7.0f} MB of memory{size}")
+
+
 def goals(usages, jobs):
     """Ratios of pairs that ran one after the other. Processor time tells what else the machine does least."""
     def times(name, other, of):
@@ -92,11 +124,16 @@ def main():
     parser.add_argument("--routers", type=int, default=300, help="how many are drawn (300)")
     parser.add_argument("--jobs", type=int, default=os.cpu_count(), help="processes at a time (all processors)")
     parser.add_argument("--repeats", type=int, default=3, help="runs of each command, of which the median counts (3)")
+    parser.add_argument("--growth", type=lambda text: [int(size) for size in text.split(",")], metavar="N,N,...",
+                        help="instead, fleets of so many routers; 100,000 need 8 GB of disk")
     parser.add_argument("--scratch", default=None, help="folder for the files")
     parser.add_argument("--binaries", required=True, help=argparse.SUPPRESS)
     options = parser.parse_args()
     with tempfile.TemporaryDirectory(dir=options.scratch, prefix="bgp-bench-") as folder:
-        goals(measure(options, Path(folder)), options.jobs)
+        if options.growth:
+            grow(options, Path(folder))
+        else:
+            goals(measure(options, Path(folder)), options.jobs)
 
 
 if __name__ == "__main__":
