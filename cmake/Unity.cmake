@@ -1,11 +1,11 @@
-# Many sources in one translation unit: a release is built in half the time. Names without linkage therefore differ within
-# a folder. Linters look at each source by itself, and so does the compiler where they do and in the other presets.
+# Many sources in one translation unit: a release is built in half the time, and linters go through headers once for all of
+# them. Names without linkage therefore differ within a folder. In the other presets each source is compiled by itself.
 option(BGP_UNITY "Compile sources folder by folder, but for those of the library (presets release and asan)" OFF)
 
 # To be called when the target has all its sources. Up to sixteen of a folder are compiled together, or all of the target
 # with WHOLE.
 function(bgp_unity target)
-    if(NOT BGP_UNITY OR CMAKE_CXX_CLANG_TIDY)
+    if(NOT BGP_UNITY)
         return()
     endif()
     get_target_property(sources ${target} SOURCES)
@@ -22,7 +22,8 @@ function(bgp_unity target)
             set(folder whole)
             set(group 0)
         endif()
-        set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${folder}_${group})
+        # Clang's analyzer takes what a source includes for headers, which it passes over, unless its name has this.
+        set_source_files_properties(${source} PROPERTIES UNITY_GROUP UnifiedSource_${folder}_${group})
     endforeach()
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
     # It takes names without linkage for those of a header when they are not in the file that is compiled.

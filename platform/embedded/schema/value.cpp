@@ -54,6 +54,7 @@ Value Value::scalar(Kind kind, const T& content) noexcept
 Value Value::of_bytes(Kind in_place, Kind long_kind, std::string_view bytes)
 {
     if (bytes.size() > kInPlace) {
+        // cppcheck-suppress invalidLifetime ; the bytes are a caller's, copied while it waits
         return scalar(long_kind, Block::make(bytes.data(), bytes.size()));
     }
     Value value;
