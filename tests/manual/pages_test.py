@@ -103,6 +103,12 @@ class Pages(unittest.TestCase):
         for words in ((), ("run",), ("fleet", "plan")):
             self.assertIn("BGP_REHEARSE_LIBRARY", self.section(words, "ENVIRONMENT"))
         self.assertNotIn("BGP_REHEARSE_LIBRARY", self.section(("generate",), "ENVIRONMENT"))
+        self.assertIn("only with --router", self.section(("fleet", "show"), "OPTIONS"))
+
+    def test_options_in_files_are_told_where_they_are_read(self):
+        for words in self.commands:
+            told = "bgp-rehearse.toml" in self.section(words, "FILES")
+            self.assertEqual(told, words != ("findings",), name_of(words))
 
     def test_mandoc_finds_nothing_to_say(self):
         found = subprocess.run(["mandoc", "-Tlint", *sorted(self.pages.values())], text=True, capture_output=True,

@@ -90,6 +90,9 @@ Option option_of(const CLI::Option& given)
     option.repeated =
         given.get_expected_max() > 1 || given.get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
     option.text = given.get_description();
+    for (const CLI::Option* other : given.get_needs()) {
+        option.text += fmt::format("; only with {}", other->get_name());
+    }
     option.variable = given.get_envname();
     option.values = values_named(option.value);
     return option;

@@ -121,6 +121,7 @@ std::string synopsis_of(const Command& command)
     if (!command.commands.empty()) {
         return text + ".Ar command\n.Op Ar argument ...\n";
     }
+    text += ".Op Ar option ...\n";
     for (const Option& argument : command.arguments) {
         text += fmt::format(argument.required ? ".Ar {}{}\n" : ".Op Ar {}{}\n", argument.value,
                             argument.repeated ? " ..." : "");
@@ -130,7 +131,7 @@ std::string synopsis_of(const Command& command)
             text += fmt::format(".Fl {} {}\n", option.names.front().substr(1), value_of(option));
         }
     }
-    return text + ".Op Ar option ...\n";
+    return text;
 }
 
 std::string synopsis(const Command& command)
@@ -189,8 +190,24 @@ std::string notes(const Command& command)
     return markdown.empty() ? "" : ".Pp\n" + mdoc_blocks(markdown);
 }
 
+bool reads_files(const Command& command)
+{
+    const std::vector<const Command*> all = all_of(command);
+    return std::any_of(all.begin(), all.end(), [](const Command* one) {
+        return std::any_of(one->options.begin(), one->options.end(),
+                           [](const Option& option) { return option.names.back() == "--config"; });
+    });
+}
+
+// What all pages have, and those of commands that read options from files.
+std::string shared(const Command& command, const std::string& title)
+{
+    const std::vector<Section> sections = sections_of(prose_of("shared"));
+    return (reads_files(command) ? text_of(sections, title + " of options in files") : "") + text_of(sections, title);
+}
+
 // Of a command that has others below it, their variables.
-std::string environment(const Command& command, const std::string& shared)
+std::string variables(const Command& command)
 {
     std::string markdown;
     std::set<std::string> told;
@@ -202,7 +219,7 @@ std::string environment(const Command& command, const std::string& shared)
             }
         }
     }
-    return mdoc_blocks(markdown + shared);
+    return markdown;
 }
 
 std::string statuses(const Command& command)
@@ -237,7 +254,6 @@ std::string see_also(const Command& command, const Command& top)
 std::string page_of(const Command& command, const Command& top)
 {
     const std::vector<Section> own = sections_of(prose_of(name_of(command)));
-    const std::vector<Section> shared = sections_of(prose_of("shared"));
     std::string page = fmt::format(".\\\" Written by {} {} --generate man.\n.Dd{}\n.Dt {} 1\n.Os\n", top.words,
                                    BGP_REHEARSE_VERSION, date(), upper(name_of(command)));
     page += section("Name", fmt::format(".Nm {}\n.Nd {}\n", name_of(command), in_mid_sentence(command.text)));
@@ -246,12 +262,12 @@ std::string page_of(const Command& command, const Command& top)
     page += section("Commands", commands(command));
     page += section("Options", options(command) + notes(command));
     for (const Section& one : own) {
-        if (!one.title.empty() && one.title != "Examples" && one.title != "Files") {
+        if (!one.title.empty() && one.title != "Examples") {
             page += section(one.title, mdoc_blocks(one.text));
         }
     }
-    page += section("Environment", environment(command, text_of(shared, "Environment")));
-    page += section("Files", mdoc_blocks(text_of(own, "Files") + text_of(shared, "Files")));
+    page += section("Environment", mdoc_blocks(variables(command) + shared(command, "Environment")));
+    page += section("Files", mdoc_blocks(shared(command, "Files")));
     page += section("Exit status", statuses(command));
     page += section("Examples", mdoc_blocks(text_of(own, "Examples")));
     return page + section("See also", see_also(command, top));
