@@ -56,8 +56,8 @@ class Completion:
         for name in ("edge-1.xml", "other.db"):
             (self.here / name).touch()
         self.arguments = self.folder / "arguments"
-        environment = {"PATH": f"{self.folder}/bin:/usr/bin:/bin", "HOME": str(self.folder), "TERM": self.terminal, "LC_ALL": "C.UTF-8",
-                       "ARGUMENTS": str(self.arguments), "INPUTRC": "/dev/null"}
+        environment = {"PATH": f"{self.folder}/bin:/usr/bin:/bin", "HOME": str(self.folder), "TERM": self.terminal,
+                       "LC_ALL": "C.UTF-8", "ARGUMENTS": str(self.arguments), "INPUTRC": "/dev/null"}
         self.shell = pexpect.spawn(self.start[0], self.start[1:], cwd=self.here, env=environment, encoding="utf-8",
                                    dimensions=(200, 200), timeout=PATIENCE)
         self.addCleanup(self.shell.close, True)
@@ -117,11 +117,14 @@ class Completion:
     def test_words_that_a_value_may_be(self):
         self.assertEqual(self.completed("run --color alw\t"), ["run", "--color", "always"])
         self.assertEqual(self.completed("run --color=alw\t"), ["run", "--color=always"])
-        self.assertEqual(self.completed("run a.xml --fail-on rev\t--agai\t"), ["run", "a.xml", "--fail-on", "review", "--again"])
+        self.assertEqual(self.completed("run a.xml --fail-on rev\t--agai\t"),
+                         ["run", "a.xml", "--fail-on", "review", "--again"])
         self.assertEqual(self.completed("generate --role route\t"), ["generate", "--role", "route-reflector"])
         self.assertEqual(self.completed("generate --flaw dead\t"), ["generate", "--flaw", "dead-join"])
-        self.assertEqual(self.completed("fleet show fleet.db --verdict SA\t"), ["fleet", "show", "fleet.db", "--verdict", "SAFE"])
-        self.assertEqual(self.completed("fleet show --outcome could\t"), ["fleet", "show", "--outcome", "could not run"])
+        self.assertEqual(self.completed("fleet show fleet.db --verdict SA\t"),
+                         ["fleet", "show", "fleet.db", "--verdict", "SAFE"])
+        self.assertEqual(self.completed("fleet show --outcome could\t"),
+                         ["fleet", "show", "--outcome", "could not run"])
 
     def test_ids_of_findings(self):
         ids = ids_of_findings()
@@ -131,7 +134,8 @@ class Completion:
         self.assertEqual(self.completed("fleet show --finding=row-los\t"), ["fleet", "show", "--finding=row-lost"])
         self.assertEqual(self.completed("run --severity row-lost=st\t"), ["run", "--severity", "row-lost=stop"])
         self.assertEqual(self.completed("run --severity=row-lost=st\t"), ["run", "--severity=row-lost=stop"])
-        self.assertEqual(self.completed("fleet plan --severity index\tno\t"), ["fleet", "plan", "--severity", "index-changed=note"])
+        self.assertEqual(self.completed("fleet plan --severity index\tno\t"),
+                         ["fleet", "plan", "--severity", "index-changed=note"])
         self.offered("run --severity ", ids)
         self.offered("findings ", ids)
 

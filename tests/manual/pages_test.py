@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""The manual pages against the command that writes them: each command has its page, each option of its help stands there, the
-examples run, mandoc finds nothing to say, and the pages are the same wherever they are written.
+"""The manual pages against the command that writes them: each command has its page, each option of its help stands
+there, the examples run, mandoc finds nothing to say, and the pages are the same wherever they are written.
 
 Takes the command from BGP_REHEARSE, else from build/release."""
 
@@ -110,20 +110,21 @@ class Pages(unittest.TestCase):
             told = "bgp-rehearse.toml" in self.section(words, "FILES")
             self.assertEqual(told, words != ("findings",), name_of(words))
 
-    def test_mandoc_finds_nothing_to_say(self):
-        found = subprocess.run(["mandoc", "-Tlint", *sorted(self.pages.values())], text=True, capture_output=True,
-                               check=False).stdout
-        # It looks for the pages that these refer to where they are installed.
+    def lint(self, *pages):
+        """What mandoc says, but of pages that these refer to: it looks for them where pages are installed."""
+        found = subprocess.run(["mandoc", "-Tlint", *pages], text=True, capture_output=True, check=False).stdout
         missing = re.compile(r"STYLE: referenced manual not found: Xr (\S+) 1")
-        said = [line for line in found.splitlines()
-                if not ((name := missing.search(line)) and name[1] in self.pages)]
-        self.assertEqual(said, [])
+        return [line for line in found.splitlines() if not ((name := missing.search(line)) and name[1] in self.pages)]
+
+    def test_mandoc_finds_nothing_to_say(self):
+        self.assertEqual(self.lint(*sorted(self.pages.values())), [])
 
     def test_lint_would_see_a_mistake(self):
-        page = self.pages["bgp-rehearse"].read_text().replace(".Sh EXAMPLES", ".Sh EXAMPLES\n.Ed")
         wrong = self.folder.parent / "wrong.1"
-        wrong.write_text(page)
-        self.assertIn("Ed", subprocess.run(["mandoc", "-Tlint", wrong], text=True, capture_output=True, check=False).stdout)
+        wrong.write_text(self.pages["bgp-rehearse"].read_text().replace(".Sh EXAMPLES", ".Sh EXAMPLES\n.Ed"))
+        self.assertRegex("".join(self.lint(wrong)), "Ed")
+        wrong.write_text(self.pages["bgp-rehearse"].read_text() + ".Xr no-such-page 1\n")
+        self.assertRegex("".join(self.lint(wrong)), "no-such-page")
 
     def test_pages_are_the_same_on_every_machine_and_day(self):
         with tempfile.TemporaryDirectory() as other:
@@ -150,8 +151,8 @@ class Pages(unittest.TestCase):
                     environment = os.environ | {"PATH": f"{COMMAND.parent}:{os.environ['PATH']}"}
                     here = example.replace(INSTALLED_EXAMPLES, str(ROOT / "examples"))
                     with self.subTest(f"{name_of(words)}: {example}"):
-                        done = subprocess.run(["bash", "-euo", "pipefail", "-c", here], cwd=scratch, env=environment, text=True,
-                                              capture_output=True, check=False)
+                        done = subprocess.run(["bash", "-euo", "pipefail", "-c", here], cwd=scratch, env=environment,
+                                              text=True, capture_output=True, check=False)
                         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
 
     def test_first_example_takes_an_installed_configuration(self):

@@ -1,4 +1,4 @@
-// What shells complete behind bgp-rehearse: commands, options, words that a value may be, ids of findings, names of files.
+// What shells complete behind bgp-rehearse: commands, options, words that a value may be, ids of findings, files.
 #pragma once
 
 #include <string>

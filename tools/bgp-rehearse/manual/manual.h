@@ -1,4 +1,4 @@
-// `bgp-rehearse --generate`: manual pages, and completion for shells, made of the command line itself when it is packaged.
+// `bgp-rehearse --generate`: manual pages and completion for shells, made of the command line itself for a package.
 #pragma once
 
 #include <string>
@@ -18,8 +18,8 @@ struct ManualOptions {
 // "man", "complete-bash", "complete-zsh", "complete-fish"
 std::vector<std::string> kinds_of_manual();
 
-// Writes all pages, "bgp-rehearse.1" and one for each command, or the one file of a shell. Each file appears whole or not
-// at all. Throws CommandError.
+// Writes all pages, "bgp-rehearse.1" and one for each command, or the one file of a shell. Each file appears whole or
+// not at all. Throws CommandError.
 ExitStatus write_manual(const ManualOptions& options);
 
 }  // namespace bgp_rehearse
