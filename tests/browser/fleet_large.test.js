@@ -1,5 +1,5 @@
-// How long the page of a large fleet takes to open and to narrow down. The promise is two seconds for 100,000 routers, on a
-// machine of two cores from 2020 or later; told in pieces of work (support/timing.js).
+// How long the page of a large fleet takes to open and to narrow down. The promise is two seconds for 100,000 routers,
+// on a machine of two cores from 2020 or later; told in pieces of work (support/timing.js).
 'use strict';
 
 const assert = require('node:assert/strict');

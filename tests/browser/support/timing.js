@@ -1,5 +1,5 @@
-// Times of a page in units of what the same browser takes at the same time to do a fixed piece of work, so that a slow or
-// busy machine fails nothing.
+// Times of a page in units of what the same browser takes at the same time to do a fixed piece of work, so that a slow
+// or busy machine fails nothing.
 'use strict';
 
 const assert = require('node:assert/strict');
