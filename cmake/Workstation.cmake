@@ -21,14 +21,21 @@ foreach(page IN ITEMS rehearse.md report.schema.json fleet.md fleet.schema.json 
     install(FILES ${PROJECT_SOURCE_DIR}/docs/${page} DESTINATION ${documents})
 endforeach()
 
-# Manual pages and completions, as the command tells them of itself.
+# Manual pages and completions, as the command tells them of itself. The pages have the date of the release.
+set(released_in ${PROJECT_SOURCE_DIR}/debian/changelog)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${released_in})
+file(STRINGS ${released_in} released LIMIT_COUNT 1 REGEX "^ -- ")
+string(REGEX REPLACE "^.*>  " "" released "${released}")
+execute_process(COMMAND date -u -d "${released}" +%s OUTPUT_VARIABLE released OUTPUT_STRIP_TRAILING_WHITESPACE
+                COMMAND_ERROR_IS_FATAL ANY)
 set(told ${PROJECT_BINARY_DIR}/told)
 foreach(kind IN ITEMS man complete-bash complete-zsh complete-fish)
     add_custom_command(
         OUTPUT ${told}/${kind}.made
         COMMAND ${CMAKE_COMMAND} -E rm -rf ${told}/${kind}
         COMMAND ${CMAKE_COMMAND} -E make_directory ${told}/${kind}
-        COMMAND bgp-rehearse --generate ${kind} ${told}/${kind}
+        COMMAND ${CMAKE_COMMAND} -E env SOURCE_DATE_EPOCH=${released}
+                $<TARGET_FILE:bgp-rehearse> --generate ${kind} ${told}/${kind}
         COMMAND ${CMAKE_COMMAND} -E touch ${told}/${kind}.made
         DEPENDS bgp-rehearse
         VERBATIM)
