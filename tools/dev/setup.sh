@@ -20,7 +20,7 @@ all_packages=(clang-14 libclang-rt-14-dev clang-tidy-14 cppcheck abigail-tools v
 shell_packages=(bash zsh fish python3 python3-pexpect)
 
 # For tools/dev/check-packages, a stage of ./check --all.
-package_packages=(dpkg-dev debhelper lintian blhc autopkgtest man-db mandoc)
+package_packages=(build-essential dpkg-dev debhelper lintian blhc autopkgtest man-db mandoc)
 
 # For tests/browser/run, a stage of ./check --all. Chromium has its sandbox in a package of its own; of other makers than
 # Debian, npm comes with Node.js.
