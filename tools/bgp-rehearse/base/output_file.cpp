@@ -171,6 +171,13 @@ OutputFile::~OutputFile()
     close(descriptor_);
 }
 
+void OutputFile::write(std::string_view text) const
+{
+    if (!write_all(descriptor_, text.data(), text.size())) {
+        not_written(target_, std::strerror(errno));
+    }
+}
+
 void OutputFile::make_temporary(const std::string& option)
 {
     for (unsigned int attempt = 0;; ++attempt) {

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace bgp_rehearse {
 
@@ -42,6 +43,9 @@ public:
     int descriptor() const noexcept { return descriptor_; }
     const std::string& target() const noexcept { return target_; }
     const std::string& temporary() const noexcept { return temporary_; }  // its name until it is in place
+
+    // Writes all of the text behind what was written before. Throws CommandError (NotWritten).
+    void write(std::string_view text) const;
 
     // Puts the file in place: content, then name, both on the disk when this returns. Throws CommandError (NotWritten)
     // with the old file untouched, or telling that the new one is there but its name not yet on the disk.

@@ -3,8 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <utility>
@@ -56,10 +54,7 @@ const std::vector<std::pair<const char*, Files (*)(const manual::Command&)>> kKi
 void write(const std::string& folder, const File& file)
 {
     OutputFile output(kOption, replaceable_file(kOption, std::filesystem::path(folder) / file.name));
-    if (!write_all(output.descriptor(), file.text.data(), file.text.size())) {
-        throw CommandError(ExitStatus::NotWritten,
-                           fmt::format("{} could not be written: {}", escaped(output.target()), std::strerror(errno)));
-    }
+    output.write(file.text);
     output.put_in_place();
 }
 

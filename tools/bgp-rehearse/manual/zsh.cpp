@@ -47,7 +47,7 @@ std::string action(const Values& values)
 }
 
 // One name of an option as _arguments takes it.
-std::string specification(const Option& option, const std::string& name)
+std::string named_option(const Option& option, const std::string& name)
 {
     std::string text = option.repeated ? "*" : fmt::format("({})", fmt::join(option.names, " "));
     const bool with_value = !option.value.empty();
@@ -60,12 +60,12 @@ std::string specification(const Option& option, const std::string& name)
     return fmt::format(" \\\n        '{}'", text);
 }
 
-std::string specifications(const Command& command)
+std::string all_arguments(const Command& command)
 {
     std::string text;
     for (const Option& option : command.options) {
         for (const std::string& name : option.names) {
-            text += specification(option, name);
+            text += named_option(option, name);
         }
     }
     for (const Option& argument : command.arguments) {
@@ -90,7 +90,7 @@ std::string function_of(const Command& command)
 
 std::string function_of_words(const Command& command)
 {
-    return fmt::format("{}()\n{{\n    _arguments -s{}\n}}\n\n", function_of(command), specifications(command));
+    return fmt::format("{}()\n{{\n    _arguments -s{}\n}}\n\n", function_of(command), all_arguments(command));
 }
 
 std::string function_of_commands(const Command& command)
@@ -109,7 +109,7 @@ std::string function_of_commands(const Command& command)
         "    [[ $state == below ]] || return\n"
         "    words=(\"$line[1]\" \"${{words[@]}}\")\n    ((CURRENT += 1))\n"
         "    case $line[1] in\n{3}    esac\n}}\n\n",
-        name, list, specifications(command), calls);
+        name, list, all_arguments(command), calls);
 }
 
 std::string severities(const Command& top)

@@ -3,9 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstring>
 #include <numeric>
 #include <stdexcept>
 #include <string_view>
@@ -171,10 +169,7 @@ public:
 private:
     void write()
     {
-        if (!write_all(file_->descriptor(), text_.data(), text_.size())) {
-            throw CommandError(ExitStatus::NotWritten, fmt::format("{} could not be written: {}",
-                                                                   escaped(file_->target()), std::strerror(errno)));
-        }
+        file_->write(text_);
         text_.clear();
     }
 

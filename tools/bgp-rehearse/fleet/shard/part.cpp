@@ -11,9 +11,6 @@
 #include <optional>
 #include <utility>
 
-#include "base/exit_status.h"
-#include "base/text_escape.h"
-
 namespace bgp_rehearse {
 
 namespace {
@@ -135,10 +132,7 @@ void PartWriter::put(std::string_view line)
 void PartWriter::write()
 {
     sha256_.add(pending_);
-    if (!write_all(file_.descriptor(), pending_.data(), pending_.size())) {
-        throw CommandError(ExitStatus::NotWritten,
-                           fmt::format("{} could not be written: {}", escaped(file_.target()), std::strerror(errno)));
-    }
+    file_.write(pending_);
     pending_.clear();
 }
 
