@@ -33,7 +33,7 @@ fleet_packages=(python3 parallel openssh-server openssh-client slurmctld slurmd 
 coverage_packages=(gcovr)
 
 # For bench/run only.
-bench_packages=(python3 python3-lxml xsltproc libxml2-utils libyang2-tools)
+bench_packages=(python3 python3-lxml xsltproc libxml2-utils libyang2-tools valgrind)
 
 # What is shown, tested and measured is the same for everyone: no bgp-rehearse.toml of one's own counts.
 export XDG_CONFIG_HOME=$PWD/build/no-configuration

@@ -29,42 +29,6 @@ namespace {
 using bgp_platform::Datastore;
 using bgp_platform::Device;
 
-// Each line goes out with a write of its own, so that the log is complete up to the moment the upgrade ends, whichever
-// way it does.
-FollowedUpgrade::TakeLine log_taker(const RunOptions& options, int log, const Teller& teller)
-{
-    const bool tell = options.keeps_log();
-    return [&teller, tell, log, failed = false](std::string_view line) mutable {
-        if (tell) {
-            teller.log_line(line);
-        }
-        if (log < 0 || failed) {
-            return;
-        }
-        const std::string text = escaped_line(line) + "\n";
-        if (!write_all(log, text.data(), text.size())) {
-            failed = true;
-            teller.log_failed(std::strerror(errno));
-        }
-    };
-}
-
-Report complete_report(const RunOptions& options, const FollowedUpgrade& upgrade, const Device& device, Report report)
-{
-    report.returned = upgrade.result();
-    report.calls = device.calls();
-    report.device = &device;
-    report.failed_calls = &upgrade.failed_calls();
-    report.faults = device.faults();
-    report.log = device.log();
-    report.steps = upgrade.steps();
-    report.log_parts = options.keeps_log() ? upgrade.log_parts() : std::vector<LogPart>{};
-    FollowedUpgrade::Judged judged = upgrade.judged(options);
-    report.check = std::move(judged.check);
-    report.judgement = std::move(judged.judgement);
-    return report;
-}
-
 // Returns why it failed, or nothing.
 std::string write_output(const std::string& name, const Device& device, int output)
 {
@@ -99,6 +63,40 @@ std::string write_reports(const RunOptions& options, const Report& report, const
 }
 
 }  // namespace
+
+FollowedUpgrade::TakeLine log_taker(const RunOptions& options, int log, const Teller& teller)
+{
+    const bool tell = options.keeps_log();
+    return [&teller, tell, log, failed = false](std::string_view line) mutable {
+        if (tell) {
+            teller.log_line(line);
+        }
+        if (log < 0 || failed) {
+            return;
+        }
+        const std::string text = escaped_line(line) + "\n";
+        if (!write_all(log, text.data(), text.size())) {
+            failed = true;
+            teller.log_failed(std::strerror(errno));
+        }
+    };
+}
+
+Report complete_report(const RunOptions& options, const FollowedUpgrade& upgrade, const Device& device, Report report)
+{
+    report.returned = upgrade.result();
+    report.calls = device.calls();
+    report.device = &device;
+    report.failed_calls = &upgrade.failed_calls();
+    report.faults = device.faults();
+    report.log = device.log();
+    report.steps = upgrade.steps();
+    report.log_parts = options.keeps_log() ? upgrade.log_parts() : std::vector<LogPart>{};
+    FollowedUpgrade::Judged judged = upgrade.judged(options);
+    report.check = std::move(judged.check);
+    report.judgement = std::move(judged.judgement);
+    return report;
+}
 
 int rehearse(const RunOptions& options, const std::string& library, Device& device, Report report,
              const RehearsalFiles& files, const Watch& watch, const Look& look, int channel)
