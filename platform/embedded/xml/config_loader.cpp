@@ -49,8 +49,7 @@ void ConfigLoader::start_element(const StartTag& tag)
 {
     refused_last_ = false;
     if (++levels_ > limits_.levels) {
-        errors_.end(
-            told(tag.line, place() + ": elements are nested more than " + std::to_string(limits_.levels) + " deep"));
+        refuse_level(tag);
     }
     if (beyond_ > 0) {
         start_in_beyond(tag);
@@ -65,6 +64,12 @@ void ConfigLoader::start_element(const StartTag& tag)
     } else {
         start_row(tag);
     }
+}
+
+void ConfigLoader::refuse_level(const StartTag& tag)
+{
+    errors_.end(
+        told(tag.line, place() + ": elements are nested more than " + std::to_string(limits_.levels) + " deep"));
 }
 
 void ConfigLoader::start_document(const StartTag& tag)

@@ -54,6 +54,8 @@ private:
     void open_wrapper(const StartTag& tag);
     bool in_reply() const noexcept { return reply_ && wrappers_ == 1; }
 
+    [[noreturn]] void refuse_level(const StartTag& tag);
+
     void start_row(const StartTag& tag);
 
     bool is_foreign(const StartTag& tag) const;

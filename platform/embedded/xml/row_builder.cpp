@@ -64,23 +64,22 @@ RowBuilder::RowBuilder(store::Configuration* into, const Limits& limits) : limit
 {
     Open outside;
     outside.row = &into->edit_root();
+    outside.next = &first_;
     open_.push_back(std::move(outside));
 }
 
 void RowBuilder::start_element(const StartTag& tag)
 {
-    const std::size_t around = open_.size();
     try {
         open(tag);
-        if (!tag.attributes.empty()) {
-            throw refused_attribute(tag);
-        }
     } catch (const Refusal&) {
-        if (open_.size() > around) {
-            open_.pop_back();
-        }
         spoil();
         throw;
+    }
+    if (!tag.attributes.empty()) {
+        const Refusal refusal = refused_attribute(tag);
+        drop_spoilt();
+        throw refusal;
     }
 }
 
@@ -88,10 +87,11 @@ void RowBuilder::open(const StartTag& tag)
 {
     const Open& around = open_.back();
     if (holds_text(around.node)) {
-        refuse(tag.line, (is_secret(*around.node) ? "an element" : element(tag.name)) + " stands in a leaf");
+        refuse_in_leaf(tag);
     }
-    const Node& node = find_node(tag);
-    Open opened{&node, {}, around.row, tag.line};
+    Known& known = find(tag);
+    const Node& node = *known.node;
+    Open opened{&node, {}, around.row, &known.inside, tag.line};
     if (node.kind == NodeKind::List) {
         count_entry(tag.line);
         opened.entry = store::RowRef(*node.entry);
@@ -111,21 +111,36 @@ Refusal RowBuilder::refused_attribute(const StartTag& tag) const
                                  " is not supported; only xmlns is");
 }
 
-const Node& RowBuilder::find_node(const StartTag& tag)
+RowBuilder::Known& RowBuilder::find(const StartTag& tag)
 {
-    const Name key{open_.back().node, tag.name};
-    const auto at = known_.find(key);
-    if (at != known_.end() && at->second.uri == tag.uri) {
-        return *at->second.node;
+    Open& around = open_.back();
+    Known*& next = *around.next;
+    if (next == nullptr || next->name != tag.name || next->uri != tag.uri) {
+        next = &find_known(tag);
     }
-    const Node* const node = look_up(key.parent, tag.name, tag.uri);
+    around.next = &next->behind;
+    return *next;
+}
+
+RowBuilder::Known& RowBuilder::find_known(const StartTag& tag)
+{
+    const Name name{open_.back().node, tag.name, tag.uri};
+    const auto at = known_.find(name);
+    if (at != known_.end()) {
+        return at->second;
+    }
+    return known_.emplace(name, Known{tag.name, tag.uri, &find_node(tag)}).first->second;
+}
+
+const Node& RowBuilder::find_node(const StartTag& tag) const
+{
+    const Node* const node = look_up(open_.back().node, tag.name, tag.uri);
     if (node == nullptr) {
         refuse_name(tag);
     }
     if (node->state) {
         refuse(tag.line, element(tag.name) + " is state, not configuration");
     }
-    known_.insert_or_assign(key, Known{tag.uri, node});
     return *node;
 }
 
@@ -189,14 +204,14 @@ void RowBuilder::close_leaf(const Open& leaf)
     if (!slot.absent()) {
         refuse(leaf.line, "the leaf stands here twice");
     }
-    slot = value_of(leaf);
+    read_value(leaf, &slot);
 }
 
 void RowBuilder::close_leaf_list_entry(const Open& entry)
 {
     count_entry(entry.line);
     store::RowRef row(*entry.node->entry);
-    row.edit().value(0) = value_of(entry);
+    read_value(entry, &row.edit().value(0));
     if (!entry.row->list(entry.node->slot).insert(std::move(row))) {
         refuse(entry.line, "the value " + in_quotes(trimmed(text_)) + " stands here twice");
     }
@@ -205,9 +220,7 @@ void RowBuilder::close_leaf_list_entry(const Open& entry)
 void RowBuilder::count_entry(int line)
 {
     if (entries_ == limits_.entries) {
-        Refusal last = refusal(line, "an entry beyond the " + std::to_string(limits_.entries) + " that are allowed");
-        last.final = true;
-        throw last;
+        refuse_entry(line);
     }
     ++entries_;
 }
@@ -226,27 +239,29 @@ void RowBuilder::close_list_entry(const Open& entry)
     }
 }
 
-Value RowBuilder::value_of(const Open& leaf) const
+// What is no value leaves none.
+void RowBuilder::read_value(const Open& leaf, Value* value) const
 {
-    const bool is_text = leaf.node->type->base == schema::BaseType::Text;
-    Value value;
-    std::string why;
-    if (!parse_value(*leaf.node, is_text ? std::string_view(text_) : trimmed(text_), &value, &why)) {
-        refuse(leaf.line, why);
+    const schema::Type& type = *leaf.node->type;
+    const std::string_view text = type.base == schema::BaseType::Text ? std::string_view(text_) : trimmed(text_);
+    if (!type.parse(text, value)) {
+        refuse_value(leaf, text);
     }
-    return value;
 }
 
 void RowBuilder::text(std::string_view piece, int line)
 {
-    Open& around = open_.back();
-    if (around.spoilt && holds_text(around.node)) {
-        return;
-    }
-    if (holds_text(around.node)) {
+    const Open& around = open_.back();
+    if (!holds_text(around.node)) {
+        pass_white(piece, line);
+    } else if (!around.spoilt) {
         add_to_value(piece);
-        return;
     }
+}
+
+void RowBuilder::pass_white(std::string_view piece, int line)
+{
+    Open& around = open_.back();
     const auto first = std::find_if_not(piece.begin(), piece.end(), is_blank);
     if (first == piece.end() || around.stray) {
         return;
@@ -260,8 +275,7 @@ void RowBuilder::text(std::string_view piece, int line)
 void RowBuilder::add_to_value(std::string_view piece)
 {
     if (piece.size() > limits_.value_bytes - text_.size()) {
-        spoil();
-        refuse(open_.back().line, "a value of more than " + std::to_string(limits_.value_bytes) + " bytes");
+        refuse_size();
     }
     text_ += piece;
 }
@@ -272,14 +286,40 @@ bool RowBuilder::in_secret() const
     return around != nullptr && is_secret(*around);
 }
 
-Refusal RowBuilder::refusal(int line, const std::string& what) const
+Refusal RowBuilder::refusal(int line, std::string_view what) const
 {
-    return {line, path() + ": " + what};
+    return {line, path().append(": ").append(what)};
 }
 
-void RowBuilder::refuse(int line, const std::string& what) const
+void RowBuilder::refuse(int line, std::string_view what) const
 {
     throw refusal(line, what);
+}
+
+void RowBuilder::refuse_in_leaf(const StartTag& tag) const
+{
+    refuse(tag.line, (is_secret(*open_.back().node) ? "an element" : element(tag.name)) + " stands in a leaf");
+}
+
+void RowBuilder::refuse_value(const Open& leaf, std::string_view text) const
+{
+    Value none;
+    std::string why;
+    parse_value(*leaf.node, text, &none, &why);
+    refuse(leaf.line, why);
+}
+
+void RowBuilder::refuse_size()
+{
+    spoil();
+    refuse(open_.back().line, "a value of more than " + std::to_string(limits_.value_bytes) + " bytes");
+}
+
+void RowBuilder::refuse_entry(int line) const
+{
+    Refusal last = refusal(line, "an entry beyond the " + std::to_string(limits_.entries) + " that are allowed");
+    last.final = true;
+    throw last;
 }
 
 void RowBuilder::refuse_name(const StartTag& tag) const

@@ -27,6 +27,8 @@ struct Refusal {
 class RowBuilder {
 public:
     RowBuilder(store::Configuration* into, const Limits& limits);
+    RowBuilder(const RowBuilder&) = delete;
+    RowBuilder& operator=(const RowBuilder&) = delete;
 
     // Opens an element. One that is refused is not open. The texts of name and namespace are interned by the caller:
     // the same text has the same address.
@@ -52,10 +54,21 @@ public:
     std::string path() const;
 
 private:
+    // An element that was found in the schema. One that comes again mostly comes where it did: each knows which came
+    // first inside it, and which came behind it, the last time.
+    struct Known {
+        const char* name;
+        const char* uri;
+        const schema::Node* node;
+        Known* inside = nullptr;
+        Known* behind = nullptr;
+    };
+
     struct Open {
         const schema::Node* node = nullptr;  // null: what is around the top elements
         store::RowRef entry{};               // of a list entry: its row, not yet in the list
         store::Row* row = nullptr;           // the row around, or the entry's: holds the slots of what stands inside
+        Known** next = nullptr;              // where it is kept which element came next inside
         int line = 0;
         bool spoilt = false;  // something in it was refused
         bool stray = false;   // text in it was refused
@@ -64,33 +77,40 @@ private:
     struct Name {
         const schema::Node* parent;
         const char* name;
-        bool operator==(const Name& other) const noexcept { return parent == other.parent && name == other.name; }
+        const char* uri;
+        bool operator==(const Name& other) const noexcept
+        {
+            return parent == other.parent && name == other.name && uri == other.uri;
+        }
     };
     struct NameHash {
         std::size_t operator()(const Name& name) const noexcept;
     };
-    struct Known {
-        const char* uri;
-        const schema::Node* node;
-    };
 
     void open(const StartTag& tag);
-    const schema::Node& find_node(const StartTag& tag);
+    Known& find(const StartTag& tag);
+    Known& find_known(const StartTag& tag);
+    const schema::Node& find_node(const StartTag& tag) const;
     const schema::Node* look_up(const schema::Node* parent, const char* name, const char* uri) const;
     void close(const Open& closed);
     void close_leaf(const Open& leaf);
     void close_leaf_list_entry(const Open& entry);
     void close_list_entry(const Open& entry);
-    schema::Value value_of(const Open& leaf) const;
+    void read_value(const Open& leaf, schema::Value* value) const;
     void add_to_value(std::string_view piece);
+    void pass_white(std::string_view piece, int line);
     void spoil() noexcept { open_.back().spoilt = true; }
     void drop_spoilt();
 
     void count_entry(int line);
 
-    Refusal refusal(int line, const std::string& what) const;  // at the innermost open element
-    [[noreturn]] void refuse(int line, const std::string& what) const;
+    Refusal refusal(int line, std::string_view what) const;  // at the innermost open element
+    [[noreturn]] void refuse(int line, std::string_view what) const;
     [[noreturn]] void refuse_name(const StartTag& tag) const;
+    [[noreturn]] void refuse_in_leaf(const StartTag& tag) const;
+    [[noreturn]] void refuse_value(const Open& leaf, std::string_view text) const;
+    [[noreturn]] void refuse_size();
+    [[noreturn]] void refuse_entry(int line) const;
 
     Limits limits_;
     std::size_t entries_ = 0;
@@ -98,6 +118,7 @@ private:
     std::vector<Open> open_;
     std::string text_;  // of the leaf that is open
     std::unordered_map<Name, Known, NameHash> known_;
+    Known* first_ = nullptr;  // the top element that came first the last time
 };
 
 }  // namespace bgp_platform::xml
