@@ -36,7 +36,6 @@ Type as_size()
 {
     Type type = type_of(BaseType::Enum, C_ENUM_VALUE);
     type.enums = {{"twoOctet", 1}, {"fourOctet", 2}};
-    type.enums_by_name = {1, 0};
     return type;
 }
 

@@ -5,7 +5,6 @@
 #include <array>
 #include <cstdlib>
 #include <memory>
-#include <numeric>
 #include <optional>
 #include <utility>
 
@@ -103,10 +102,6 @@ Type enum_type(const lysc_type& compiled)
     }
     std::sort(type.enums.begin(), type.enums.end(),
               [](const EnumName& left, const EnumName& right) { return left.number < right.number; });
-    type.enums_by_name.resize(type.enums.size());
-    std::iota(type.enums_by_name.begin(), type.enums_by_name.end(), uint16_t{0});
-    std::sort(type.enums_by_name.begin(), type.enums_by_name.end(),
-              [&](uint16_t left, uint16_t right) { return type.enums[left].name < type.enums[right].name; });
     return type;
 }
 

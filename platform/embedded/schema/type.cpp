@@ -56,11 +56,11 @@ bool inside(const Interval& interval, uint64_t number)
 template <typename Number>
 bool inside_any(const Type& type, Number number)
 {
-    if (!inside(widest(type.vtype), number)) {
-        return false;
+    if (type.intervals.empty()) {
+        return inside(widest(type.vtype), number);
     }
-    return type.intervals.empty() || std::any_of(type.intervals.begin(), type.intervals.end(),
-                                                 [=](const Interval& interval) { return inside(interval, number); });
+    return std::any_of(type.intervals.begin(), type.intervals.end(),
+                       [=](const Interval& interval) { return inside(interval, number); });
 }
 
 // Lengths of texts count characters, not bytes.
@@ -68,6 +68,11 @@ uint64_t characters(std::string_view text)
 {
     return static_cast<uint64_t>(std::count_if(
         text.begin(), text.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
+}
+
+bool has_allowed_length(const Type& type, std::string_view text)
+{
+    return type.intervals.empty() || inside_any(type, characters(text));
 }
 
 template <typename Number>
@@ -98,18 +103,20 @@ int hex_digit(char digit)
 // "0a:00:ff"; the empty text is no octets.
 bool parse_octets(std::string_view text, Value* value)
 {
-    std::string octets;
-    octets.reserve((text.size() + 1) / 3);
-    for (std::size_t at = 0; at < text.size(); at += 3) {
-        if (text.size() - at < 2 || text.size() - at == 3 || (text.size() - at > 2 && text[at + 2] != ':')) {
+    constexpr std::size_t kWidth = 3;  // two digits and the colon before the next
+    if (!text.empty() && text.size() % kWidth != kWidth - 1) {
+        return false;
+    }
+    std::string octets((text.size() + 1) / kWidth, '\0');
+    const char* digits = text.data();
+    for (char& octet : octets) {
+        const int high = hex_digit(digits[0]);
+        const int low = hex_digit(digits[1]);
+        if (high < 0 || low < 0 || (&octet != &octets.back() && digits[2] != ':')) {
             return false;
         }
-        const int high = hex_digit(text[at]);
-        const int low = hex_digit(text[at + 1]);
-        if (high < 0 || low < 0) {
-            return false;
-        }
-        octets += static_cast<char>(high << 4 | low);
+        octet = static_cast<char>(high << 4 | low);
+        digits += kWidth;
     }
     *value = Value::of_octets(octets);
     return true;
@@ -269,20 +276,20 @@ std::string refusal(const Type& type, std::string_view text)
     return why;
 }
 
-bool parse_int(std::string_view text, Value* value)
+bool parse_int(const Type& type, std::string_view text, Value* value)
 {
     int64_t number = 0;
-    if (!parse_number(text, &number)) {
+    if (!parse_number(text, &number) || !inside_any(type, number)) {
         return false;
     }
     *value = Value::of_int(number);
     return true;
 }
 
-bool parse_uint(std::string_view text, Value* value)
+bool parse_uint(const Type& type, std::string_view text, Value* value)
 {
     uint64_t number = 0;
-    if (!parse_number(text, &number)) {
+    if (!parse_number(text, &number) || !inside_any(type, number)) {
         return false;
     }
     *value = Value::of_uint(number);
@@ -308,27 +315,37 @@ bool parse_bool(std::string_view text, Value* value)
     return true;
 }
 
-bool parse_empty(std::string_view text, Value* value)
+bool parse_text(const Type& type, std::string_view text, Value* value)
 {
-    *value = Value::present();
-    return text.empty();
+    if (!has_allowed_length(type, text)) {
+        return false;
+    }
+    *value = Value::of_text(text);
+    return true;
 }
 
-// Reads the text by the base type alone; the intervals are left to check.
-bool parse_base(const Type& type, std::string_view text, Value* value)
+bool parse_empty(std::string_view text, Value* value)
+{
+    if (!text.empty()) {
+        return false;
+    }
+    *value = Value::present();
+    return true;
+}
+
+bool parse_any(const Type& type, std::string_view text, Value* value)
 {
     switch (type.base) {
         case BaseType::Int:
-            return parse_int(text, value);
+            return parse_int(type, text, value);
         case BaseType::Uint:
-            return parse_uint(text, value);
+            return parse_uint(type, text, value);
         case BaseType::Enum:
             return parse_enum(type, text, value);
         case BaseType::Bool:
             return parse_bool(text, value);
         case BaseType::Text:
-            *value = Value::of_text(text);
-            return true;
+            return parse_text(type, text, value);
         case BaseType::Octets:
             return parse_octets(text, value);
         case BaseType::Ipv4:
@@ -349,8 +366,7 @@ bool parse_base(const Type& type, std::string_view text, Value* value)
 
 bool Type::parse(std::string_view text, Value* value, std::string* why) const
 {
-    if (Value read; parse_base(*this, text, &read) && within(read)) {
-        *value = std::move(read);
+    if (parse_any(*this, text, value)) {
         return true;
     }
     if (why != nullptr) {
@@ -369,7 +385,7 @@ bool Type::within(const Value& value) const noexcept
         case BaseType::Enum:
             return find_enum(value.as_enum()) != nullptr;
         case BaseType::Text:
-            return intervals.empty() || inside_any(*this, characters(value.bytes()));
+            return has_allowed_length(*this, value.bytes());
         default:
             return true;
     }
@@ -431,10 +447,9 @@ const EnumName* Type::find_enum(int32_t number) const noexcept
 
 const EnumName* Type::find_enum(std::string_view wanted) const noexcept
 {
-    const auto at = std::lower_bound(
-        enums_by_name.begin(), enums_by_name.end(), wanted,
-        [this](uint16_t index, std::string_view sought) { return std::string_view(enums[index].name) < sought; });
-    return at != enums_by_name.end() && enums[*at].name == wanted ? &enums[*at] : nullptr;
+    const auto at =
+        std::find_if(enums.begin(), enums.end(), [=](const EnumName& known) { return known.name == wanted; });
+    return at != enums.end() ? &*at : nullptr;
 }
 
 }  // namespace bgp_platform::schema

@@ -26,11 +26,10 @@ struct Interval {  // of numbers, or of text lengths, both ends included; signed
 class Type {
 public:
     BaseType base = BaseType::Text;
-    confd_vtype vtype = C_BUF;            // what a read hands out; for Ip, C_IPV4 or C_IPV6 by value
-    std::string name;                     // as the YANG module says it ("uint32", "status"), for messages
-    std::vector<Interval> intervals;      // allowed numbers or lengths; empty: all that the base type holds
-    std::vector<EnumName> enums;          // sorted by number
-    std::vector<uint16_t> enums_by_name;  // indexes into enums, sorted by name
+    confd_vtype vtype = C_BUF;        // what a read hands out; for Ip, C_IPV4 or C_IPV6 by value
+    std::string name;                 // as the YANG module says it ("uint32", "status"), for messages
+    std::vector<Interval> intervals;  // allowed numbers or lengths; empty: all that the base type holds
+    std::vector<EnumName> enums;      // sorted by number
 
     // Reads a text. False: not a value of this type, and *why (when given) says what is expected.
     bool parse(std::string_view text, Value* value, std::string* why = nullptr) const;

@@ -41,16 +41,6 @@ void Value::drop_block() noexcept
     }
 }
 
-template <typename T>
-Value Value::scalar(Kind kind, const T& content) noexcept
-{
-    static_assert(sizeof content <= kInPlace);
-    Value value;
-    std::memcpy(value.bytes_, &content, sizeof content);
-    value.meta_ = static_cast<uint8_t>(static_cast<unsigned>(kind) << 4);
-    return value;
-}
-
 Value Value::of_bytes(Kind in_place, Kind long_kind, std::string_view bytes)
 {
     if (bytes.size() > kInPlace) {
@@ -63,36 +53,6 @@ Value Value::of_bytes(Kind in_place, Kind long_kind, std::string_view bytes)
     }
     value.meta_ = static_cast<uint8_t>(static_cast<unsigned>(in_place) << 4 | bytes.size());
     return value;
-}
-
-Value Value::present() noexcept
-{
-    return scalar(Kind::Present, '\0');
-}
-
-Value Value::of_int(int64_t number) noexcept
-{
-    return scalar(Kind::Int, number);
-}
-
-Value Value::of_uint(uint64_t number) noexcept
-{
-    return scalar(Kind::Uint, number);
-}
-
-Value Value::of_enum(int32_t number) noexcept
-{
-    return scalar(Kind::Enum, number);
-}
-
-Value Value::of_bool(bool flag) noexcept
-{
-    return scalar(Kind::Bool, static_cast<unsigned char>(flag ? 1 : 0));
-}
-
-Value Value::of_ipv4(in_addr address) noexcept
-{
-    return scalar(Kind::Ipv4, address);
 }
 
 Value Value::of_ipv6(const in6_addr& address)

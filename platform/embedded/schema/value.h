@@ -68,12 +68,12 @@ public:
     }
     ~Value() { release(); }
 
-    static Value present() noexcept;
-    static Value of_int(int64_t number) noexcept;
-    static Value of_uint(uint64_t number) noexcept;
-    static Value of_enum(int32_t number) noexcept;
-    static Value of_bool(bool flag) noexcept;
-    static Value of_ipv4(in_addr address) noexcept;
+    static Value present() noexcept { return scalar(Kind::Present, '\0'); }
+    static Value of_int(int64_t number) noexcept { return scalar(Kind::Int, number); }
+    static Value of_uint(uint64_t number) noexcept { return scalar(Kind::Uint, number); }
+    static Value of_enum(int32_t number) noexcept { return scalar(Kind::Enum, number); }
+    static Value of_bool(bool flag) noexcept { return scalar(Kind::Bool, static_cast<unsigned char>(flag ? 1 : 0)); }
+    static Value of_ipv4(in_addr address) noexcept { return scalar(Kind::Ipv4, address); }
     static Value of_ipv6(const in6_addr& address);
     static Value of_ipv4_prefix(in_addr address, uint8_t length) noexcept;
     static Value of_text(std::string_view text);
@@ -171,7 +171,14 @@ private:
         return number;
     }
     template <typename T>
-    static Value scalar(Kind kind, const T& content) noexcept;
+    static Value scalar(Kind kind, const T& content) noexcept
+    {
+        static_assert(sizeof content <= kInPlace);
+        Value value;
+        std::memcpy(value.bytes_, &content, sizeof content);
+        value.meta_ = static_cast<uint8_t>(static_cast<unsigned>(kind) << 4);
+        return value;
+    }
     static Value of_bytes(Kind in_place, Kind long_kind, std::string_view bytes);
     Block* block() const noexcept { return load<Block*>(); }
     static bool has_block(Kind kind) noexcept
