@@ -33,7 +33,15 @@ const Value& or_unset(const Value* value)
 // Rows by what they had and have. Some thousand of them mostly have a few values.
 class Histogram {
 public:
-    void add(const Value* before, const Value* after) { ++rows_[{or_unset(before), or_unset(after)}]; }
+    void add(const Value* before, const Value* after)
+    {
+        const Value& from = or_unset(before);
+        const Value& to = or_unset(after);
+        if (last_ == nullptr || last_->first.first != from || last_->first.second != to) {
+            last_ = &*rows_.try_emplace({from, to}, 0).first;
+        }
+        ++last_->second;
+    }
 
     // "500000 -> 0 (2), 100 -> 0 (2)", or "0" of rows that had none; the most frequent first, others as a number. Where
     // all have the same there is nothing to count.
@@ -74,6 +82,7 @@ private:
     }
 
     std::map<Change, std::size_t> rows_;
+    std::pair<const Change, std::size_t>* last_ = nullptr;  // that a row was added to: the next one's is often the same
 };
 
 // "up", "!up" or, empty, any.

@@ -7,6 +7,7 @@
 
 #include "contract/rekeyed_tables.h"
 #include "judge/lists.h"
+#include "judge/path_template.h"
 #include "judge/rule.h"
 #include "judge/used_rows.h"
 #include "judge/words.h"
@@ -67,7 +68,8 @@ public:
     explicit LeftRows(const Evidence& evidence)
         : evidence_(evidence),
           result_(evidence.device.configuration(Datastore::Transaction)),
-          used_(evidence.device.configuration(Datastore::Stored))
+          used_(evidence.device.configuration(Datastore::Stored)),
+          old_index_(old_index(evidence))
     {
     }
 
@@ -120,16 +122,17 @@ private:
         if (table == nullptr) {
             return nullptr;
         }
-        const auto key = new_key(*table, row, old_index(), libvrfid::VrfId::ComponentFromVrf(0));
+        const auto key = new_key(*table, row, old_index_, libvrfid::VrfId::ComponentFromVrf(0));
         return list.find(key.data(), key.size());
     }
 
     // That of the one entity.
-    uint64_t old_index() const
+    static uint64_t old_index(const Evidence& evidence)
     {
-        const std::optional<Path> entities = evidence_.device.path_of(kEntities);
-        const List* const list = evidence_.device.configuration(Datastore::Stored).find_list(*entities);
-        return list == nullptr || list->empty() ? 0 : list->at(0)->value(0).as_uint();
+        const Node* const entities = find_node(evidence.device.schema(), kEntities);
+        const Row* const entity =
+            evidence.device.configuration(Datastore::Stored).root().list(entities->slot).at(0);
+        return entity == nullptr ? 0 : entity->value(0).as_uint();
     }
 
     static std::string words(const Row& row, const Row* there, bool same)
@@ -169,6 +172,7 @@ private:
     const Evidence& evidence_;
     const Configuration& result_;
     UsedRows used_;
+    uint64_t old_index_;
     std::map<Group, Finding> groups_;
 };
 

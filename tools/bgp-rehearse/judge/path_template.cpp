@@ -190,28 +190,24 @@ void PathTemplate::take_keys(const Node& of, std::string_view keys, const Node* 
     steps_.push_back(step);
 }
 
-// Whether it is for the same values as the last look-up; else takes those.
-bool Lookup::take(const RowPlace& from)
+// Takes the values to look for. Most of them are those of the last look-up.
+void Lookup::take(const RowPlace& from)
 {
-    bool same = known_;
+    fresh_ = !known_;
     for (std::size_t i = 0; i < last_.size(); ++i) {
         const Value& source = path_.operands_[i].source(from);
-        if (!same || source != last_[i]) {
-            same = false;
-            last_[i] = source;
+        if (last_[i] == nullptr || (last_[i] != &source && *last_[i] != source)) {
+            converted_[i] = path_.operands_[i].converted(source);
+            fresh_ = true;
         }
+        last_[i] = &source;
     }
-    fresh_ = !same;
-    return same;
 }
 
 const Row* Lookup::row(const RowPlace& from)
 {
-    if (!take(from)) {
-        converted_.clear();
-        for (std::size_t i = 0; i < last_.size(); ++i) {
-            converted_.push_back(path_.operands_[i].converted(last_[i]));
-        }
+    take(from);
+    if (fresh_) {
         found_ = find(root_, 0);
         known_ = true;
     }

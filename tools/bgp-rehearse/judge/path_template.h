@@ -73,12 +73,15 @@ private:
     bool compares_ = false;  // the leaf with the last operand
 };
 
-// Looks a template up in a configuration, which must not change meanwhile. The last answer is kept: rows that follow one
-// another mostly refer to the same.
+// Looks a template up in a configuration, which must not change meanwhile, nor the rows looked from. The last answer is
+// kept: rows that follow one another mostly refer to the same.
 class Lookup {
 public:
     Lookup(const PathTemplate& path, const bgp_platform::store::Configuration& configuration)
-        : path_(path), root_(configuration.root()), last_(path.operands_.size())
+        : path_(path),
+          root_(configuration.root()),
+          last_(path.operands_.size()),
+          converted_(path.operands_.size())
     {
     }
 
@@ -93,7 +96,7 @@ public:
     bool fresh() const noexcept { return fresh_; }
 
 private:
-    bool take(const RowPlace& from);
+    void take(const RowPlace& from);
     const bgp_platform::store::Row* find(const bgp_platform::store::Row& around, std::size_t step);
     const bgp_platform::store::Row* find_entry(const bgp_platform::store::List& list,
                                                const bgp_platform::schema::Value* keys, std::size_t count);
@@ -101,8 +104,8 @@ private:
 
     const PathTemplate& path_;
     const bgp_platform::store::Row& root_;
-    std::vector<bgp_platform::schema::Value> last_;       // sources of the last look-up
-    std::vector<bgp_platform::schema::Value> converted_;  // the same as values of their targets
+    std::vector<const bgp_platform::schema::Value*> last_;  // sources of the last look-up; null before the first
+    std::vector<bgp_platform::schema::Value> converted_;    // the same as values of their targets
     const bgp_platform::store::Row* found_ = nullptr;
     bool known_ = false;
     bool fresh_ = false;
