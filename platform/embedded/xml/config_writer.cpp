@@ -119,6 +119,37 @@ std::string escaped_for_xml(const std::string& text)
     return reinterpret_cast<const char*>(escaped.get());
 }
 
+// The lines that a node's element begins and ends with, and what stands inside it. A leaf's stand on one line.
+struct Element {
+    Element(const Node& of, std::size_t depth) : node(&of)
+    {
+        const bool of_other_module = of.parent == nullptr || of.parent->module != of.module;
+        const std::string indent(2 * depth, ' ');
+        start = indent + "<" + of.name +
+                (of_other_module ? " xmlns=\"" + escaped_for_xml(of.module->uri) + "\"" : std::string()) + ">";
+        end = "</" + of.name + ">\n";
+        if (of.kind != NodeKind::Leaf && of.kind != NodeKind::LeafList) {
+            start += '\n';
+            end.insert(0, indent);
+        }
+    }
+
+    const Node* node;
+    std::string start;
+    std::string end;
+    std::vector<Element> inside;  // made when something is to be written there
+};
+
+std::vector<Element> elements_of(const std::vector<const Node*>& nodes, std::size_t depth)
+{
+    std::vector<Element> elements;
+    elements.reserve(nodes.size());
+    for (const Node* node : nodes) {
+        elements.emplace_back(*node, depth);
+    }
+    return elements;
+}
+
 class Writer {
 public:
     Writer(Sink* sink, const store::Configuration& configuration, const Progress& progress)
@@ -129,10 +160,12 @@ public:
     void write_document()
     {
         out_ += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-        open_element(kConfigElement, kConfigNamespace);
+        out_.append("<").append(kConfigElement).append(" xmlns=\"").append(kConfigNamespace).append("\">\n");
+        const std::size_t begun = position();
+        depth_ = 1;
         write_top_nodes();
         write_foreign();
-        close_element(kConfigElement);
+        end_element(begun, std::string("</") + kConfigElement + ">\n");
         finish();
     }
 
@@ -167,144 +200,130 @@ private:
         }
     }
 
-    // An element that is closed before anything stands in it is written as <name/>.
-    void open_element(std::string_view name, std::string_view name_space)
-    {
-        begin_line();
-        out_.append("<").append(name);
-        if (!name_space.empty()) {
-            out_.append(" xmlns=\"").append(escaped_for_xml(std::string(name_space))).append("\"");
-        }
-        begun_ = true;
-        ++depth_;
-    }
+    // In the document. While it stays, `out_` keeps what was written before.
+    std::size_t position() const noexcept { return written_ + out_.size(); }
 
-    void close_element(std::string_view name)
+    // An element that is ended where its beginning is, before anything stands in it, is written as <name/>.
+    void end_element(std::size_t begun, std::string_view end)
     {
-        --depth_;
-        if (begun_) {
-            out_ += "/>";
+        if (position() == begun) {
+            out_.replace(out_.size() - 2, 2, "/>\n");
         } else {
-            begin_line();
-            out_.append("</").append(name).append(">");
+            out_ += end;
         }
         end_line();
     }
 
-    void begin_line()
-    {
-        if (begun_) {
-            out_ += ">\n";
-            begun_ = false;
-        }
-        out_.append(2 * depth_, ' ');
-    }
-
     void end_line()
     {
-        out_ += '\n';
-        begun_ = false;
         if (out_.size() >= kPiece) {
             hand_over();
         }
     }
 
-    void write_top_nodes() { write_nodes(configuration_.schema().top_nodes(), configuration_.root()); }
+    void write_top_nodes()
+    {
+        std::vector<Element> top = elements_of(configuration_.schema().top_nodes(), depth_);
+        write_elements(&top, configuration_.root());
+    }
 
     void write_foreign()
     {
         for (const store::ForeignPart& part : configuration_.foreign()) {
-            begin_line();
+            out_.append(2 * depth_, ' ');
             for (const std::string& piece : part.text) {
                 out_ += piece;
                 if (out_.size() >= kPiece) {
                     hand_over();
                 }
             }
+            out_ += '\n';
             end_line();
             report(kReportEvery);
         }
     }
 
-    void write_nodes(const std::vector<const Node*>& nodes, const Row& row)
+    void write_elements(std::vector<Element>* elements, const Row& row)
     {
-        for (const Node* node : nodes) {
-            write_node(*node, row);
+        for (Element& element : *elements) {
+            write_element(&element, row);
         }
     }
 
-    void write_node(const Node& node, const Row& row)
+    void write_element(Element* element, const Row& row)
     {
+        const Node& node = *element->node;
         switch (node.kind) {
             case NodeKind::Leaf:
-                write_leaf(node, row.value(node.slot));
+                write_leaf(*element, row.value(node.slot));
                 break;
             case NodeKind::LeafList:
-                row.list(node.slot).for_each([&](const Row& entry) { write_leaf(node, entry.value(0)); });
+                row.list(node.slot).for_each([&](const Row& entry) { write_leaf(*element, entry.value(0)); });
                 break;
             case NodeKind::List:
-                row.list(node.slot).for_each([&](const Row& entry) { write_entry(node, entry); });
+                row.list(node.slot).for_each([&](const Row& entry) { write_entry(element, entry); });
                 break;
             case NodeKind::Container:
+                write_container(element, row);
+                break;
             case NodeKind::Presence:
-                if (holds_content(node, row)) {
-                    start(node);
-                    write_nodes(node.children, row);
-                    end(node);
+                if (!row.value(node.slot).absent()) {
+                    end_element(write_inside(element, row), element->end);
                 }
                 break;
         }
     }
 
-    static bool holds_content(const Node& node, const Row& row)
+    // Begins the element and writes what stands in it. Returns where it began.
+    std::size_t write_inside(Element* element, const Row& row)
     {
-        switch (node.kind) {
-            case NodeKind::Leaf:
-            case NodeKind::Presence:
-                return !row.value(node.slot).absent();
-            case NodeKind::LeafList:
-            case NodeKind::List:
-                return !row.list(node.slot).empty();
-            case NodeKind::Container:
-                break;
+        out_ += element->start;
+        const std::size_t begun = position();
+        ++depth_;
+        if (element->inside.empty()) {
+            element->inside = elements_of(element->node->children, depth_);
         }
-        for (const Node* child : node.children) {
-            if (holds_content(*child, row)) {
-                return true;
-            }
-        }
-        return false;
+        write_elements(&element->inside, row);
+        --depth_;
+        return begun;
     }
 
-    void write_entry(const Node& list, const Row& entry)
+    // One in which nothing stands is not there.
+    void write_container(Element* element, const Row& row)
+    {
+        const std::size_t begun = write_inside(element, row);
+        if (position() == begun) {
+            out_.resize(out_.size() - element->start.size());
+        } else {
+            end_element(begun, element->end);
+        }
+    }
+
+    void write_entry(Element* list, const Row& entry)
     {
         trail_.push_back(&entry);
-        start(list);
-        write_nodes(list.children, entry);
-        end(list);
+        end_element(write_inside(list, entry), list->end);
         trail_.pop_back();
         report(kReportEvery);
     }
 
-    void write_leaf(const Node& leaf, const Value& value)
+    void write_leaf(const Element& leaf, const Value& value)
     {
         if (value.absent()) {
             return;
         }
-        start(leaf);
+        out_ += leaf.start;
         const std::size_t behind_name = out_.size();
-        out_ += '>';
         if (value.is_text()) {
-            append_text(leaf, value.bytes());
+            append_text(*leaf.node, value.bytes());
         } else {
-            leaf.type->append_text(value, &out_);
+            leaf.node->type->append_text(value, &out_);
         }
-        --depth_;
-        if (out_.size() == behind_name + 1) {
+        if (out_.size() == behind_name) {
             out_.back() = '/';
-            out_ += '>';
+            out_ += ">\n";
         } else {
-            out_.append("</").append(leaf.name).append(">");
+            out_ += leaf.end;
         }
         end_line();
     }
@@ -325,21 +344,12 @@ private:
         }
     }
 
-    void start(const Node& node)
-    {
-        const bool of_other_module = node.parent == nullptr || node.parent->module != node.module;
-        open_element(node.name, of_other_module ? std::string_view(node.module->uri) : std::string_view());
-    }
-
-    void end(const Node& node) { close_element(node.name); }
-
     Sink* sink_;
     const store::Configuration& configuration_;
     const Progress& progress_;
     store::Trail trail_;
     std::string out_;        // what is not handed over yet
     std::size_t depth_ = 0;  // elements that are open
-    bool begun_ = false;     // the innermost one's tag is not ended yet
     std::size_t written_ = 0;
     std::size_t reported_ = 0;
 };
