@@ -53,11 +53,13 @@ void ConfigLoader::start_element(const StartTag& tag)
     }
     if (beyond_ > 0) {
         start_in_beyond(tag);
+    } else if (rows_.any_open()) {
+        start_row(tag);
     } else if (wrappers_ == 0) {
         start_document(tag);
     } else if (in_reply()) {
         start_in_reply(tag);
-    } else if (rows_.open_elements() == 0 && is_foreign(tag)) {
+    } else if (is_foreign(tag)) {
         foreign_.begin(tag, around_);
         start_beyond(Beyond::Foreign);
         check_foreign_size();
@@ -149,7 +151,7 @@ void ConfigLoader::end_element(const char* name, const char* prefix)
     --levels_;
     if (beyond_ > 0) {
         end_in_beyond(name, prefix);
-    } else if (rows_.open_elements() > 0) {
+    } else if (rows_.any_open()) {
         try {
             rows_.end_element();
         } catch (const Refusal& refusal) {

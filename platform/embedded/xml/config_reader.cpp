@@ -148,9 +148,12 @@ private:
         try {
             action();
         } catch (...) {
-            failure_ = std::current_exception();
+            keep_failure();
         }
     }
+
+    // Apart from guarded(), which each event goes through.
+    void keep_failure() noexcept { failure_ = std::current_exception(); }
 
     void rethrow() const
     {

@@ -91,15 +91,21 @@ void RowBuilder::open(const StartTag& tag)
     }
     Known& known = find(tag);
     const Node& node = *known.node;
-    Open opened{&node, {}, around.row, &known.inside, tag.line};
+    store::Row* const row = around.row;
     if (node.kind == NodeKind::List) {
         count_entry(tag.line);
+    } else if (node.kind == NodeKind::Presence) {
+        row->value(node.slot) = Value::present();
+    }
+    Open& opened = open_.emplace_back();
+    opened.node = &node;
+    opened.row = row;
+    opened.next = &known.inside;
+    opened.line = tag.line;
+    if (node.kind == NodeKind::List) {
         opened.entry = store::RowRef(*node.entry);
         opened.row = &opened.entry.edit();
-    } else if (node.kind == NodeKind::Presence) {
-        opened.row->value(node.slot) = Value::present();
     }
-    open_.push_back(std::move(opened));
     text_.clear();
 }
 

@@ -44,7 +44,8 @@ public:
     // What is said about an element with an attribute, which mean nothing here, at the innermost open one.
     Refusal refused_attribute(const StartTag& tag) const;
 
-    std::size_t open_elements() const noexcept { return open_.size() - 1; }
+    // Whether an element is open.
+    bool any_open() const noexcept { return open_.size() > 1; }
 
     // Whether the innermost open element holds what must not be shown.
     bool in_secret() const;
