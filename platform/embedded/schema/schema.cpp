@@ -8,6 +8,7 @@
 #include <iterator>
 #include <system_error>
 
+#include "schema/libyang_context.h"
 #include "schema/schema_reader.h"
 #include "schema/schema_storage.h"
 
@@ -79,29 +80,6 @@ struct TreeDeleter {
 
 }  // namespace
 
-KeepMessages::KeepMessages(const ly_ctx* context) : context_(context), options_(ly_log_options(LY_LOSTORE))
-{
-    ly_err_clean(const_cast<ly_ctx*>(context_), nullptr);
-}
-
-KeepMessages::~KeepMessages()
-{
-    ly_err_clean(const_cast<ly_ctx*>(context_), nullptr);
-    ly_log_options(options_);
-}
-
-std::string KeepMessages::first_error() const
-{
-    const ly_err_item* item = ly_err_first(context_);
-    while (item != nullptr && item->level != LY_LLERR) {
-        item = item->next;
-    }
-    if (item == nullptr || item->msg == nullptr) {
-        return {};
-    }
-    return item->path != nullptr ? std::string(item->msg) + " (" + item->path + ")" : std::string(item->msg);
-}
-
 bool is_secret(std::string_view leaf_name)
 {
     return leaf_name.find("assword") != std::string_view::npos;
@@ -165,12 +143,6 @@ std::shared_ptr<const Schema> Schema::from_folder(const std::string& folder)
     return from_modules(modules);
 }
 
-std::shared_ptr<const Schema> Schema::builtin()
-{
-    static const std::shared_ptr<const Schema> schema = from_modules(builtin_modules());
-    return schema;
-}
-
 const Module* Schema::module_by_prefix(std::string_view prefix_or_name) const noexcept
 {
     return first_module(storage_->modules, [=](const Module& module) {
@@ -211,6 +183,9 @@ const char* Schema::name_of(uint32_t hash) const noexcept
 
 std::string Schema::validate(const std::string& xml) const
 {
+    if (storage_->context == nullptr) {
+        storage_->context = context_of(builtin_modules());
+    }
     const ly_ctx* const context = storage_->context.get();
     const KeepMessages messages(context);
     lyd_node* read = nullptr;

@@ -1,6 +1,7 @@
 // The data model: every node of the YANG modules, with its tag, its type and its place in a stored row.
 //
-// A schema is read once from YANG text through libyang and is immutable after that. Nodes live as long as their schema.
+// A schema is read once from YANG text through libyang and is immutable after that; that of the built-in modules was read
+// when the platform was built, and is compiled in. Nodes live as long as their schema.
 // A record is the shape of one row: the root of the tree, a list's entry, or the single value of a leaf-list's entry.
 // Containers have no row of their own: their leaves are slots of the record around them.
 #pragma once
@@ -125,6 +126,7 @@ public:
 
 private:
     Schema();
+    friend class CompiledSchema;
     friend class SchemaReader;
 
     struct Storage;  // what owns nodes, records, types, modules and the libyang context

@@ -12,45 +12,6 @@ namespace bgp_platform::schema {
 
 namespace {
 
-using Texts = std::map<std::string, std::string, std::less<>>;  // libyang wants them NUL-terminated
-
-// libyang asks for a module or submodule, a module's imports among them.
-LY_ERR find_text(const char* module, const char* /*revision*/, const char* submodule, const char* /*subrevision*/,
-                 void* texts, LYS_INFORMAT* format, const char** text, ly_module_imp_data_free_clb* free_text)
-{
-    const auto& known = *static_cast<const Texts*>(texts);
-    const auto at = known.find(submodule != nullptr ? submodule : module);
-    if (at == known.end()) {
-        return LY_ENOTFOUND;
-    }
-    *format = LYS_IN_YANG;
-    *text = at->second.c_str();
-    *free_text = nullptr;
-    return LY_SUCCESS;
-}
-
-std::unique_ptr<ly_ctx, ContextDeleter> make_context(Texts* texts)
-{
-    ly_ctx* context = nullptr;
-    const uint16_t options = LY_CTX_NO_YANGLIBRARY | LY_CTX_DISABLE_SEARCHDIRS | LY_CTX_SET_PRIV_PARSED;
-    if (ly_ctx_new(nullptr, options, &context) != LY_SUCCESS) {
-        throw SchemaError("libyang cannot make a context");
-    }
-    ly_ctx_set_module_imp_clb(context, find_text, texts);
-    return std::unique_ptr<ly_ctx, ContextDeleter>(context);
-}
-
-void load_modules(ly_ctx* context, const std::vector<ModuleText>& modules)
-{
-    const KeepMessages messages(context);
-    for (const ModuleText& module : modules) {
-        const std::string name(module.name);
-        if (ly_ctx_load_module(context, name.c_str(), nullptr, nullptr) == nullptr) {
-            throw SchemaError("module " + name + ": " + messages.first_error());
-        }
-    }
-}
-
 [[noreturn]] void refuse(const lysc_node& compiled, const char* why)
 {
     throw SchemaError(schema_path(compiled) + ": " + why);
@@ -103,15 +64,9 @@ Value default_of(const lysc_node& compiled, const Type& type)
 
 std::shared_ptr<const Schema> SchemaReader::read(const std::vector<ModuleText>& modules)
 {
-    Texts texts;
-    for (const ModuleText& module : modules) {
-        texts.emplace(module.name, module.text);
-    }
     const std::shared_ptr<Schema> schema(new Schema);
-    schema->storage_->context = make_context(&texts);
-    ly_ctx* const context = schema->storage_->context.get();
-    load_modules(context, modules);
-    ly_ctx_set_module_imp_clb(context, nullptr, nullptr);
+    schema->storage_->context = context_of(modules);
+    const ly_ctx* const context = schema->storage_->context.get();
 
     SchemaReader reader(schema.get());
     for (const ModuleText& module : modules) {
