@@ -46,8 +46,8 @@ void fields(Form& form, Of<Form, Interval> interval)
 template <typename Form>
 void fields(Form& form, Of<Form, Type> type)
 {
-    auto& [base, vtype, name, intervals, enums, enums_by_name] = type;
-    form.all(base, vtype, name, intervals, enums, enums_by_name);
+    auto& [base, vtype, name, intervals, enums] = type;
+    form.all(base, vtype, name, intervals, enums);
 }
 
 template <typename Form>
