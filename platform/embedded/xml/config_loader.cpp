@@ -55,7 +55,14 @@ void ConfigLoader::start_element(const StartTag& tag)
         start_in_beyond(tag);
     } else if (rows_.any_open()) {
         start_row(tag);
-    } else if (wrappers_ == 0) {
+    } else {
+        start_around_rows(tag);
+    }
+}
+
+void ConfigLoader::start_around_rows(const StartTag& tag)
+{
+    if (wrappers_ == 0) {
         start_document(tag);
     } else if (in_reply()) {
         start_in_reply(tag);

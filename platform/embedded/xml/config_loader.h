@@ -49,6 +49,7 @@ private:
     // What the elements belong to that are no rows.
     enum class Beyond { Refused, ReplyError, Foreign };
 
+    void start_around_rows(const StartTag& tag);
     void start_document(const StartTag& tag);
     void start_in_reply(const StartTag& tag);
     void open_wrapper(const StartTag& tag);

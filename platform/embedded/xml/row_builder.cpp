@@ -77,9 +77,7 @@ void RowBuilder::start_element(const StartTag& tag)
         throw;
     }
     if (!tag.attributes.empty()) {
-        const Refusal refusal = refused_attribute(tag);
-        drop_spoilt();
-        throw refusal;
+        refuse_attribute(tag);
     }
 }
 
@@ -249,9 +247,9 @@ void RowBuilder::close_list_entry(const Open& entry)
 void RowBuilder::read_value(const Open& leaf, Value* value) const
 {
     const schema::Type& type = *leaf.node->type;
-    const std::string_view text = type.base == schema::BaseType::Text ? std::string_view(text_) : trimmed(text_);
-    if (!type.parse(text, value)) {
-        refuse_value(leaf, text);
+    const std::string_view given = type.base == schema::BaseType::Text ? std::string_view(text_) : trimmed(text_);
+    if (!type.parse(given, value)) {
+        refuse_value(leaf, given);
     }
 }
 
@@ -300,6 +298,13 @@ Refusal RowBuilder::refusal(int line, std::string_view what) const
 void RowBuilder::refuse(int line, std::string_view what) const
 {
     throw refusal(line, what);
+}
+
+void RowBuilder::refuse_attribute(const StartTag& tag)
+{
+    const Refusal refusal = refused_attribute(tag);
+    drop_spoilt();
+    throw refusal;
 }
 
 void RowBuilder::refuse_in_leaf(const StartTag& tag) const

@@ -108,6 +108,7 @@ private:
     Refusal refusal(int line, std::string_view what) const;  // at the innermost open element
     [[noreturn]] void refuse(int line, std::string_view what) const;
     [[noreturn]] void refuse_name(const StartTag& tag) const;
+    [[noreturn]] void refuse_attribute(const StartTag& tag);
     [[noreturn]] void refuse_in_leaf(const StartTag& tag) const;
     [[noreturn]] void refuse_value(const Open& leaf, std::string_view text) const;
     [[noreturn]] void refuse_size();
