@@ -3,7 +3,7 @@
 
 build_packages=(
     g++ cmake ninja-build pkg-config
-    libyang2-dev libxml2-dev libarchive-dev zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev libssl-dev
+    libyang2-dev libxml2-dev libarchive-dev zlib1g-dev libcli11-dev libfmt-dev nlohmann-json3-dev nettle-dev
     libsqlite3-dev
     libgtest-dev libgmock-dev librapidcheck-dev
 )

@@ -2,23 +2,14 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
-#include <openssl/evp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <stdexcept>
 #include <vector>
 
 namespace bgp_rehearse {
 
 namespace {
-
-void check(int succeeded)
-{
-    if (succeeded != 1) {
-        throw std::runtime_error("SHA-256 cannot be computed here");
-    }
-}
 
 std::string sha256_of_open(int file)
 {
@@ -33,26 +24,20 @@ std::string sha256_of_open(int file)
 
 }  // namespace
 
-void Sha256::Freed::operator()(evp_md_ctx_st* context) const noexcept
+Sha256::Sha256()
 {
-    EVP_MD_CTX_free(context);
-}
-
-Sha256::Sha256() : context_(EVP_MD_CTX_new())
-{
-    check(context_ ? EVP_DigestInit_ex(context_.get(), EVP_sha256(), nullptr) : 0);
+    sha256_init(&context_);
 }
 
 void Sha256::add(std::string_view piece)
 {
-    check(EVP_DigestUpdate(context_.get(), piece.data(), piece.size()));
+    sha256_update(&context_, piece.size(), reinterpret_cast<const uint8_t*>(piece.data()));
 }
 
 Sha256::Digest Sha256::digest()
 {
     Digest digest;
-    check(EVP_DigestFinal_ex(context_.get(), digest.data(), nullptr));
-    check(EVP_DigestInit_ex(context_.get(), EVP_sha256(), nullptr));
+    sha256_digest(&context_, digest.size(), digest.data());
     return digest;
 }
 

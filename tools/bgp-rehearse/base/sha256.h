@@ -1,20 +1,18 @@
 // What a file or a text is known by.
 #pragma once
 
+#include <nettle/sha2.h>
+
 #include <array>
-#include <cstddef>
-#include <memory>
 #include <string>
 #include <string_view>
-
-struct evp_md_ctx_st;
 
 namespace bgp_rehearse {
 
 // The SHA-256 of bytes that come piece by piece.
 class Sha256 {
 public:
-    using Digest = std::array<unsigned char, 32>;
+    using Digest = std::array<unsigned char, SHA256_DIGEST_SIZE>;
 
     Sha256();
 
@@ -25,10 +23,7 @@ public:
     std::string hex();
 
 private:
-    struct Freed {
-        void operator()(evp_md_ctx_st* context) const noexcept;
-    };
-    std::unique_ptr<evp_md_ctx_st, Freed> context_;
+    sha256_ctx context_{};
 };
 
 std::string hex_of(const Sha256::Digest& digest);
