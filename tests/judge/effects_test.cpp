@@ -255,7 +255,7 @@ TEST_F(Effects, OfAHealthyRouter_AreNotes)
 TEST_F(Effects, EachOfTheTable_FitsTheSchema)
 {
     stored("");
-    EXPECT_NO_THROW(bgp_rehearse::check_effects(upgrade_->device().schema()));
+    EXPECT_NO_THROW(bgp_rehearse::compile_effects(upgrade_->device().schema()));
 }
 
 }  // namespace

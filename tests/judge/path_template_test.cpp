@@ -147,7 +147,7 @@ TEST_F(PathTemplates, WhatDoesNotFitTheSchema_IsRefusedByName)
 
 TEST_F(PathTemplates, EachReferenceOfTheTable_FitsTheSchema)
 {
-    EXPECT_NO_THROW(bgp_rehearse::check_references(device().schema()));
+    EXPECT_NO_THROW(bgp_rehearse::compile_references(device().schema()));
 }
 
 }  // namespace

@@ -8,7 +8,9 @@
 #include <map>
 #include <stdexcept>
 #include <unordered_map>
+#include <vector>
 
+#include "judge/compiled_for.h"
 #include "judge/path_template.h"
 #include "judge/rule.h"
 #include "judge/words.h"
@@ -104,14 +106,49 @@ private:
     Value value_;
 };
 
+// A line of the table as the schema has it.
+struct CompiledEffect {
+    CompiledEffect(const Schema& schema, const Effect& effect)
+        : said(effect),
+          list(known(schema, effect.list)),
+          leaf(known(schema, fmt::format("{}/{}", effect.list, effect.leaf))),
+          before(effect.before, *leaf),
+          after(effect.after, *leaf)
+    {
+    }
+
+    const Effect& said;
+    const Node* list;
+    const Node* leaf;
+    Wanted before;
+    Wanted after;
+
+private:
+    static const Node* known(const Schema& schema, const std::string& path)
+    {
+        const Node* const node = find_node(schema, path);
+        if (node == nullptr) {
+            throw std::invalid_argument(fmt::format("there is no {}", path));
+        }
+        return node;
+    }
+};
+
+struct CompiledEffects {
+    explicit CompiledEffects(const Schema& schema)
+    {
+        for (const Effect& effect : kEffects) {
+            all.emplace_back(schema, effect);
+        }
+    }
+
+    std::vector<CompiledEffect> all;
+};
+
 class EffectCount {
 public:
-    EffectCount(const Schema& schema, const Effect& effect)
-        : list(known(schema, effect.list)),
-          effect_(effect),
-          leaf_(known(schema, fmt::format("{}/{}", effect.list, effect.leaf))),
-          before_(effect.before, *leaf_),
-          after_(effect.after, *leaf_)
+    explicit EffectCount(const CompiledEffect& effect)
+        : list(effect.list), compiled_(effect), effect_(effect.said), leaf_(effect.leaf)
     {
     }
 
@@ -119,7 +156,7 @@ public:
     {
         const Value* const before = value_in(*change.before, *leaf_);
         const Value* const after = value_in(*change.after, *leaf_);
-        if (or_unset(before) == or_unset(after) || !before_.is(before) || !after_.is(after)) {
+        if (or_unset(before) == or_unset(after) || !compiled_.before.is(before) || !compiled_.after.is(after)) {
             return;
         }
         if (before != nullptr || effect_.had_none == HadNone::Alike) {
@@ -170,15 +207,6 @@ private:
         }
     };
 
-    static const Node* known(const Schema& schema, const std::string& path)
-    {
-        const Node* const node = find_node(schema, path);
-        if (node == nullptr) {
-            throw std::invalid_argument(fmt::format("there is no {}", path));
-        }
-        return node;
-    }
-
     std::string sentence(std::size_t rows) const
     {
         std::string text = fmt::format("{} {}: {}", counted(rows, noun_of(*list)),
@@ -196,20 +224,20 @@ private:
                            rows == 1 ? "gets" : "get", had_none_.values.text(*leaf_, true));
     }
 
+    const CompiledEffect& compiled_;
     const Effect& effect_;
     const Node* leaf_;
-    Wanted before_;
-    Wanted after_;
     Rows changed_;
     Rows had_none_;
 };
 
 class Effects : public Rule {
 public:
-    explicit Effects(const Evidence& evidence) : evidence_(evidence)
+    explicit Effects(const Evidence& evidence)
+        : evidence_(evidence), compiled_(compiled_for<CompiledEffects>(evidence.device.schema()))
     {
-        for (const Effect& effect : kEffects) {
-            EffectCount& count = counts_.emplace_back(evidence.device.schema(), effect);
+        for (const CompiledEffect& effect : compiled_->all) {
+            EffectCount& count = counts_.emplace_back(effect);
             of_list_[count.list].push_back(&count);
         }
     }
@@ -235,18 +263,16 @@ public:
 
 private:
     const Evidence& evidence_;
+    std::shared_ptr<const CompiledEffects> compiled_;
     std::deque<EffectCount> counts_;
     std::unordered_map<const Node*, std::vector<EffectCount*>> of_list_;
 };
 
 }  // namespace
 
-void check_effects(const Schema& schema)
+void compile_effects(const Schema& schema)
 {
-    std::deque<EffectCount> counts;
-    for (const Effect& effect : kEffects) {
-        counts.emplace_back(schema, effect);
-    }
+    compiled_for<CompiledEffects>(schema);
 }
 
 std::unique_ptr<Rule> effects_rule(const Evidence& evidence)

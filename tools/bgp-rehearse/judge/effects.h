@@ -93,7 +93,8 @@ inline constexpr Effect kEffects[] = {
      "gets another default subsequent family", "get another default subsequent family", "default subsequent family"},
 };
 
-// Throws std::invalid_argument, naming it, when an effect of the table does not fit the schema.
-void check_effects(const bgp_platform::schema::Schema& schema);
+// So that judgements find the table compiled, in children too. Throws std::invalid_argument, naming it, when an effect does
+// not fit the schema.
+void compile_effects(const bgp_platform::schema::Schema& schema);
 
 }  // namespace bgp_rehearse

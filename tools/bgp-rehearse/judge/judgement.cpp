@@ -6,6 +6,8 @@
 
 #include "contract/steps.h"
 #include "judge/assumptions.h"
+#include "judge/effects.h"
+#include "judge/references.h"
 #include "judge/rule.h"
 
 namespace bgp_rehearse {
@@ -60,6 +62,12 @@ std::vector<std::unique_ptr<Rule>> all_rules(const Evidence& evidence)
 }
 
 }  // namespace
+
+void prepare_judgements(const bgp_platform::schema::Schema& schema)
+{
+    compile_references(schema);
+    compile_effects(schema);
+}
 
 const char* step_of_writer(bgp_platform::store::Writer writer) noexcept
 {

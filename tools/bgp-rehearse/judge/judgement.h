@@ -50,6 +50,9 @@ SeverityChoices chosen_severities(const std::vector<std::pair<std::string, std::
 // Judges an upgrade that returned. Throws std::logic_error when the account does not close.
 Judgement judge(const Evidence& evidence, const SeverityChoices& choices);
 
+// Compiles what judgements look rows up by, before the children are made that judge: else each of them does.
+void prepare_judgements(const bgp_platform::schema::Schema& schema);
+
 // Gives the findings the chosen severities, puts them in order, and draws the verdict from them.
 void settle(const SeverityChoices& choices, Judgement* judgement);
 

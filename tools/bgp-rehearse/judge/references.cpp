@@ -10,6 +10,7 @@
 #include <map>
 #include <unordered_set>
 
+#include "judge/compiled_for.h"
 #include "judge/compiled_reference.h"
 #include "judge/rule.h"
 #include "judge/words.h"
@@ -143,6 +144,17 @@ private:
     std::array<Named, kStates> named_;
 };
 
+struct CompiledReferences {
+    explicit CompiledReferences(const Schema& schema)
+    {
+        for (const Reference& reference : kReferences) {
+            all.emplace_back(schema, reference);
+        }
+    }
+
+    std::vector<CompiledReference> all;
+};
+
 struct Check {
     Check(const CompiledReference& the_reference, const Evidence& evidence)
         : reference(the_reference),
@@ -160,12 +172,14 @@ struct Check {
 
 class References : public Rule {
 public:
-    explicit References(const Evidence& evidence) : evidence_(evidence), history_(*evidence.device.history())
+    explicit References(const Evidence& evidence)
+        : evidence_(evidence),
+          history_(*evidence.device.history()),
+          compiled_(compiled_for<CompiledReferences>(evidence.device.schema()))
     {
-        for (const Reference& reference : kReferences) {
-            compiled_.emplace_back(evidence.device.schema(), reference);
-            Check& check = checks_.emplace_back(compiled_.back(), evidence);
-            of_list_[compiled_.back().list].push_back(&check);
+        for (const CompiledReference& reference : compiled_->all) {
+            Check& check = checks_.emplace_back(reference, evidence);
+            of_list_[reference.list].push_back(&check);
         }
         evidence.failed_calls.for_each([this](const FailedCalls::Call& call) {
             if (call.function == Function::maapi_move) {
@@ -266,7 +280,7 @@ private:
 
     const Evidence& evidence_;
     const History& history_;
-    std::deque<CompiledReference> compiled_;
+    std::shared_ptr<const CompiledReferences> compiled_;
     std::deque<Check> checks_;
     std::map<const Node*, std::vector<Check*>> of_list_;
     std::unordered_set<std::string_view> left_;  // the rows that could not be moved, by their paths
@@ -274,12 +288,9 @@ private:
 
 }  // namespace
 
-void check_references(const Schema& schema)
+void compile_references(const Schema& schema)
 {
-    std::deque<CompiledReference> compiled;
-    for (const Reference& reference : kReferences) {
-        compiled.emplace_back(schema, reference);
-    }
+    compiled_for<CompiledReferences>(schema);
 }
 
 std::unique_ptr<Rule> references_rule(const Evidence& evidence)

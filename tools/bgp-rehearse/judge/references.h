@@ -130,7 +130,8 @@ inline constexpr Reference kReferences[] = {
      "record $index", "/DC-BGP-MIB/bgpConfigTable/bgpConfigEntry{$entity $index}"},
 };
 
-// Throws std::invalid_argument, naming it, when a reference of the table does not fit the schema.
-void check_references(const bgp_platform::schema::Schema& schema);
+// So that judgements find the table compiled, in children too. Throws std::invalid_argument, naming it, when a reference
+// does not fit the schema.
+void compile_references(const bgp_platform::schema::Schema& schema);
 
 }  // namespace bgp_rehearse

@@ -13,6 +13,7 @@
 #include "base/exit_status.h"
 #include "base/upgrade_limits.h"
 #include "fleet/shard/summary.h"
+#include "judge/judgement.h"
 #include "run/ended.h"
 #include "run/facts.h"
 #include "run/messages.h"
@@ -70,8 +71,8 @@ Worker::Worker(const Plan& plan, const UpgradeLibrary& library, const InterruptG
       reader_(plan.options.max_bytes),
       channel_(open_channel())
 {
-    bgp_platform::schema::Schema::builtin();  // is made once, before all children
-    mallopt(M_MMAP_THRESHOLD, kHeap);         // for populate_heap()
+    prepare_judgements(*bgp_platform::schema::Schema::builtin());  // once, before all children
+    mallopt(M_MMAP_THRESHOLD, kHeap);                              // for populate_heap()
     mallopt(M_TRIM_THRESHOLD, kHeap);
 }
 
