@@ -57,6 +57,9 @@ public:
     {
         text_.reserve(kUsualLength);
         while (*at_ != '\0') {
+            if (!in_key_ && names()) {
+                continue;
+            }
             const std::size_t before = text_.size();
             if (*at_ != '%' || !conversion()) {
                 literal(*at_++);
@@ -71,6 +74,15 @@ public:
     }
 
 private:
+    // What stands outside braces, up to the next brace or conversion; false when that is nothing.
+    bool names()
+    {
+        const std::size_t length = std::strcspn(at_, "{%");
+        text_.append(at_, length);
+        at_ += length;
+        return length > 0;
+    }
+
     // As parse_template() reads it: a quote opens at the start of a key only, and a brace opens none within one.
     void literal(char letter)
     {
@@ -155,7 +167,7 @@ private:
             record_->values[keys_]->type->from_confd(*value, &typed)) {
             const std::size_t start = text_.size();
             store::append_key(*record_->values[keys_]->type, typed, &text_);
-            met_ |= text_.compare(start, 1, "\"") == 0 ? bit(Reading::KeyIsQuotedBlanksAreTaken) : 0;
+            met_ |= start < text_.size() && text_[start] == '"' ? bit(Reading::KeyIsQuotedBlanksAreTaken) : 0;
         } else {
             add_text(plain_text(value));
         }

@@ -290,7 +290,8 @@ private:
     // Goes to the outermost list that the text names, if it begins with one, and returns the length of its name.
     std::size_t walk_front(std::string_view text)
     {
-        const std::size_t length = std::min(text.find_first_of("{["), text.size());
+        const auto opens = [](char letter) { return letter == '{' || letter == '['; };
+        const auto length = static_cast<std::size_t>(std::find_if(text.begin(), text.end(), opens) - text.begin());
         const schema::Node* const node = keypaths_.node_of(text.substr(0, length), name_space_);
         if (node == nullptr || !node->is_list() || inside_list(*node)) {
             return 0;

@@ -21,7 +21,7 @@ void nzmw_vlog_debug(nzmw_log_t* log, const char* format, va_list args)
     if (log == nullptr || device == nullptr || !device->reports.wants(format)) {
         return;
     }
-    bgp_platform::report_or_lose([&] { device->reports.add_line(bgp_platform::format_text(format, args)); });
+    bgp_platform::report_or_lose([&] { device->reports.add_line(bgp_platform::FormattedText(format, args).view()); });
 }
 
 void nzmw_log_debug(nzmw_log_t* log, const char* format, ...)

@@ -56,7 +56,7 @@ void vzlog(zlog_category_t* category, const char* file, size_t filelen, const ch
     }
     bgp_platform::report_or_lose([&] {
         device->reports.add_trace({category->name, level, std::string(file, filelen), std::string(func, funclen), line,
-                                   bgp_platform::format_text(format, args)});
+                                   std::string(bgp_platform::FormattedText(format, args).view())});
     });
 }
 
