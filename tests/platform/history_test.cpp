@@ -41,7 +41,7 @@ protected:
     static void must(Result result) { ASSERT_EQ(result, Result::Ok); }
     const Row& row(const Path& path) const { return *written_.find_row(path); }
     const Row* stored_row(const Path& path) const { return stored_.find_row(path); }
-    const Row* came_from(const Path& path) const { return history_->stored_row(written_.root(), path.entries); }
+    const Row* came_from(const Path& path) const { return history_->stored_row(written_, path.entries); }
 
     Configuration stored_{plant_schema()};
     Configuration written_{plant_schema()};

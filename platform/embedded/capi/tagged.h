@@ -40,6 +40,7 @@ private:
 template <typename Value>
 PathError take_keys(const schema::Node& list, TagCursor<Value>* at, std::vector<schema::Value>* keys)
 {
+    keys->reserve(list.entry->keys);
     for (std::size_t i = 0; i < list.entry->keys; ++i, at->next()) {
         const schema::Node& key = *list.entry->values[i];
         if (at->at_end() || at->node_below(list) != &key) {

@@ -12,36 +12,6 @@ using schema::Node;
 using schema::NodeKind;
 using schema::Value;
 
-const Row* find_entry(const Row& around, const Selector& selector) noexcept
-{
-    const List& list = around.list(selector.list->slot);
-    return selector.position >= 0 ? list.at(static_cast<std::size_t>(selector.position))
-                                  : list.find(selector.keys.data(), selector.keys.size());
-}
-
-// The row that the first `count` selectors lead to; null when one of the entries is not there.
-const Row* follow(const Row& root, const std::vector<Selector>& selectors, std::size_t count) noexcept
-{
-    const Row* row = &root;
-    for (std::size_t i = 0; row != nullptr && i < count; ++i) {
-        row = find_entry(*row, selectors[i]);
-    }
-    return row;
-}
-
-// The same for writing; every entry is there.
-Row& follow_for_edit(Row& root, const std::vector<Selector>& selectors, std::size_t count)
-{
-    Row* row = &root;
-    for (std::size_t i = 0; i < count; ++i) {
-        List& list = row->list(selectors[i].list->slot);
-        const Row* const at = selectors[i].position < 0 ? nullptr : find_entry(*row, selectors[i]);
-        row = at == nullptr ? &list.edit_known(selectors[i].keys.data(), selectors[i].keys.size())
-                            : &list.edit_known(at->keys(), at->record().keys);
-    }
-    return *row;
-}
-
 // How many selectors lead to the row whose slot is the path's node: without the one that picks an entry of it.
 std::size_t selectors_around(const Path& path) noexcept
 {
@@ -132,26 +102,77 @@ void Configuration::add_foreign(std::vector<ForeignPart> parts)
     foreign_ = std::make_shared<const std::vector<ForeignPart>>(std::move(parts));
 }
 
+const Row* Configuration::find_entry(const List& list, const Selector& selector, std::size_t depth) const noexcept
+{
+    if (selector.position >= 0) {
+        return list.at(static_cast<std::size_t>(selector.position));
+    }
+    const Row* row = last_.find(depth, list, selector.keys.data(), selector.keys.size());
+    if (row == nullptr) {
+        row = list.find(selector.keys.data(), selector.keys.size());
+        if (row != nullptr) {
+            last_.set(depth, list, *row);
+        }
+    }
+    return row;
+}
+
+// The row that the first `count` selectors of a path lead to; null when one of the entries is not there.
+const Row* Configuration::follow(const Path& path, std::size_t count) const noexcept
+{
+    const Row* row = root_.get();
+    for (std::size_t i = 0; row != nullptr && i < count; ++i) {
+        row = find_entry(row->list(path.entries[i].list->slot), path.entries[i], i);
+    }
+    return row;
+}
+
+// The same for writing; every entry is there.
+Row& Configuration::open_row(const Path& path, std::size_t count)
+{
+    ++openings_;
+    Row* row = &root_.edit();
+    for (std::size_t i = 0; i < count; ++i) {
+        row = &open_entry(&row->list(path.entries[i].list->slot), path.entries[i], i);
+    }
+    last_.forget_from(count);
+    return *row;
+}
+
+Row& Configuration::open_entry(List* list, const Selector& selector, std::size_t depth)
+{
+    const Row* const at = selector.position < 0 ? nullptr : find_entry(*list, selector, depth);
+    const Value* const keys = at == nullptr ? selector.keys.data() : at->keys();
+    const std::size_t count = at == nullptr ? selector.keys.size() : at->record().keys;
+    if (Row* const own = last_.find_own(depth, *list, keys, count)) {
+        return *own;
+    }
+    last_.forget_from(depth);
+    Row& row = list->edit_known(keys, count);
+    last_.set_own(depth, *list, &row);
+    return row;
+}
+
 const Row* Configuration::find_row(const Path& path) const noexcept
 {
-    return follow(*root_, path.entries, path.entries.size());
+    return follow(path, path.entries.size());
 }
 
 // The row around the path's node, where a value or entry of it can stand; null when something on the way is not there.
 const Row* Configuration::find_place(const Path& path) const noexcept
 {
-    const Row* row = follow(*root_, path.entries, selectors_around(path));
+    const Row* row = follow(path, selectors_around(path));
     return row != nullptr && (path.node == nullptr || place_exists(*row, *path.node)) ? row : nullptr;
 }
 
 Row& Configuration::edit_place(const Path& path)
 {
-    return follow_for_edit(edit_root(), path.entries, selectors_around(path));
+    return open_row(path, selectors_around(path));
 }
 
 Row* Configuration::edit_row(const Path& path)
 {
-    return find_row(path) == nullptr ? nullptr : &follow_for_edit(edit_root(), path.entries, path.entries.size());
+    return find_row(path) == nullptr ? nullptr : &open_row(path, path.entries.size());
 }
 
 Value Configuration::get(const Path& leaf) const noexcept
@@ -180,7 +201,7 @@ bool Configuration::hangs(const Path& path) const noexcept
 {
     const bool whole_list = path.node != nullptr && path.node->is_list() && !path.names_entry();
     const std::size_t innermost = path.entries.size() - (whole_list || path.entries.empty() ? 0 : 1);
-    return follow(*root_, path.entries, innermost) == nullptr;
+    return follow(path, innermost) == nullptr;
 }
 
 bool Configuration::exists(const Path& path) const noexcept
@@ -217,10 +238,12 @@ Result Configuration::create(const Path& path)
         return Result::NotCreatable;  // by position or with a part of the key: no entry could be told from others
     }
     RowRef entry(*path.node->entry);
-    set_key(entry.edit(), keys);
+    Row& made = entry.edit();
+    set_key(made, keys);
     Row& place = edit_place(path);
-    const Row& made = *entry;
-    place.list(path.node->slot).insert_new(std::move(entry));
+    List& list = place.list(path.node->slot);
+    list.insert_new(std::move(entry));
+    last_.set_own(path.entries.size() - 1, list, &made);
     if (path.node->kind == NodeKind::LeafList) {
         note_written(place, *path.node);
     } else if (notes_.history != nullptr) {
@@ -269,7 +292,7 @@ Result Configuration::take_entry(const Path& path)
     const Row& entry = *find_row(path);
     room_for_note();
     History* const history = notes_.history;
-    const Row* const stored = history == nullptr ? nullptr : history->stored_row(*root_, path.entries);
+    const Row* const stored = history == nullptr ? nullptr : history->stored_row(*this, path.entries);
     Row& place = edit_place(path);
     const RowRef taken = place.list(path.node->slot).take_known(entry.keys(), entry.record().keys);
     if (path.node->kind == NodeKind::LeafList) {
@@ -300,7 +323,7 @@ Result Configuration::remove(const Path& path)
     }
     Row& open = edit_place(path);
     if (notes_.history != nullptr) {
-        note_cleared(open, notes_.history->stored_row(*root_, path.entries), *path.node);
+        note_cleared(open, notes_.history->stored_row(*this, path.entries), *path.node);
     }
     clear_content(open, *path.node);
     return Result::Ok;
@@ -318,13 +341,13 @@ public:
     Row& edit()
     {
         if (open_ == nullptr) {
-            row_ = open_ = &follow_for_edit(configuration_.edit_root(), path_.entries, path_.entries.size());
+            row_ = open_ = &configuration_.open_row(path_, path_.entries.size());
         }
         return *open_;
     }
     const Row* stored(const History& history) const noexcept
     {
-        return history.stored_row(*configuration_.root_, path_.entries);
+        return history.stored_row(configuration_, path_.entries);
     }
 
 private:
@@ -401,10 +424,10 @@ Result Configuration::move(const Path& entry, const std::vector<Value>& to_key)
         return there == row ? Result::Ok : Result::AlreadyExists;
     }
     room_for_note();
-    const Row* const stored = notes_.history == nullptr ? nullptr : notes_.history->stored_row(*root_, entry.entries);
+    const Row* const stored = notes_.history == nullptr ? nullptr : notes_.history->stored_row(*this, entry.entries);
     RowRef moved(*row);
-    set_key(moved.edit(), to_key);
-    const Row& moved_row = *moved;
+    Row& moved_row = moved.edit();
+    set_key(moved_row, to_key);
     List& list = edit_place(entry).list(entry.node->slot);
     list.insert_new(std::move(moved));
     try {
@@ -413,6 +436,7 @@ Result Configuration::move(const Path& entry, const std::vector<Value>& to_key)
         list.take_known(to_key.data(), to_key.size());  // which its insertion has made ready for
         throw;
     }
+    last_.set_own(entry.entries.size() - 1, list, &moved_row);
     if (notes_.history != nullptr) {
         notes_.history->note_left(moved_row, stored);
     }

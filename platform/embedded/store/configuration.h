@@ -12,6 +12,7 @@
 #include "schema/schema.h"
 #include "store/foreign_part.h"
 #include "store/history.h"
+#include "store/last_entries.h"
 #include "store/list.h"
 #include "store/row.h"
 
@@ -61,11 +62,18 @@ public:
     const schema::Schema& schema() const noexcept { return *schema_; }
     const std::shared_ptr<const schema::Schema>& schema_ref() const noexcept { return schema_; }
     const Row& root() const noexcept { return *root_; }
-    const RowRef& root_ref() const noexcept { return root_; }
+    const RowRef& root_ref() const noexcept
+    {
+        last_.share();
+        return root_;
+    }
 
     // The row whose slots hold the path's node; for a path that names an entry, that entry. Null when an entry on the
     // way is not there.
     const Row* find_row(const Path& path) const noexcept;
+
+    // The entry that a selector picks in a list that lies below so many others; null when it is not there.
+    const Row* find_entry(const List& list, const Selector& selector, std::size_t depth) const noexcept;
 
     // A leaf's value: its default when nothing is set and the entry and presence containers around it are there; absent
     // otherwise.
@@ -112,6 +120,7 @@ public:
     Row& edit_root()
     {
         ++openings_;
+        last_.forget_from(0);
         return root_.edit();
     }
 
@@ -123,7 +132,7 @@ public:
     uint64_t openings() const noexcept { return openings_; }
 
     // The row of the path for writing, every row and node on the way unshared; null when an entry on the way is not
-    // there.
+    // there. To be written before the configuration is asked for anything else.
     Row* edit_row(const Path& path);
 
 private:
@@ -147,6 +156,9 @@ private:
     void note_written(const Row& row, const schema::Node& node) const noexcept;
     void note_cleared(const Row& row, const Row* stored, const schema::Node& node);
 
+    const Row* follow(const Path& path, std::size_t count) const noexcept;
+    Row& open_entry(List* list, const Selector& selector, std::size_t depth);
+    Row& open_row(const Path& path, std::size_t count);
     const Row* find_place(const Path& path) const noexcept;
     Row& edit_place(const Path& path);  // what find_place() finds, unshared with every row and node on the way
 
@@ -155,6 +167,7 @@ private:
     std::shared_ptr<const std::vector<ForeignPart>> foreign_;
     uint64_t openings_ = 0;
     Notes notes_;
+    mutable LastEntries last_;
 };
 
 }  // namespace bgp_platform::store

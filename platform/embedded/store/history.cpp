@@ -131,13 +131,13 @@ const Row* History::stored_entry(const Row& entry, const List* stored_list) cons
     return stored_list == nullptr ? nullptr : stored_list->find(entry.keys(), entry.record().keys);
 }
 
-const Row* History::stored_row(const Row& root, const std::vector<Selector>& entries) const noexcept
+const Row* History::stored_row(const Configuration& written, const std::vector<Selector>& entries) const noexcept
 {
-    const Row* row = &root;
+    const Row* row = &written.root();
     const Row* before = stored_.get();
-    for (const Selector& selector : entries) {
-        const uint16_t slot = selector.list->slot;
-        row = row->list(slot).find(selector.keys.data(), selector.keys.size());
+    for (std::size_t depth = 0; depth < entries.size(); ++depth) {
+        const uint16_t slot = entries[depth].list->slot;
+        row = written.find_entry(row->list(slot), entries[depth], depth);
         if (row == nullptr) {
             return nullptr;
         }

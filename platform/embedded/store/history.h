@@ -57,9 +57,9 @@ public:
     void note_written(const Row& row, const schema::Node& node) noexcept;
     void note_left(const Row& row, const Row* stored) noexcept;  // its key, by a move, or the configuration
 
-    // The stored row of the entry that selectors lead to from the written root, wherever it and those around it have been
-    // moved since; null when it has none.
-    const Row* stored_row(const Row& root, const std::vector<Selector>& entries) const noexcept;
+    // The stored row of the entry that selectors lead to in the written configuration, wherever it and those around it have
+    // been moved since; null when it has none.
+    const Row* stored_row(const Configuration& written, const std::vector<Selector>& entries) const noexcept;
 
     // The stored row of an entry of a written list; `stored_list` are the entries that the list had, null when it is new.
     const Row* stored_entry(const Row& entry, const List* stored_list) const noexcept;

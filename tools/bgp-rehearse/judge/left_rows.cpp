@@ -107,7 +107,7 @@ private:
         if (row == nullptr || !path->names_entry()) {
             return;  // taken away since
         }
-        const Row* const stored = evidence_.device.history()->stored_row(result_.root(), path->entries);
+        const Row* const stored = evidence_.device.history()->stored_row(result_, path->entries);
         const Row* const there = row_in_its_place(*row, *result_.find_list(*path));
         const bool same = there != nullptr && same_content(*row, *there);
         Finding& finding =
