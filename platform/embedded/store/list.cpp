@@ -170,28 +170,44 @@ void split_and_put(ListNodeRef* place, std::size_t position, Reference reference
     count_rows(&(left ? right : place)->edit());
 }
 
-// The road of a row that is inserted, from the root to a leaf node. All memory that the insertion needs is fetched
-// before anything is changed.
+// The road of a row that is inserted, from the root to a leaf node, unshared. All memory that the insertion needs is
+// fetched before anything is changed.
 class Insertion {
 public:
-    Insertion(ListNodeRef* root, const Row& row) : search_(row)
+    Insertion(ListNodeRef* root, const Row& row)
     {
-        for (ListNodeRef* place = root;; ++depth_) {
-            ListNode& node = place->edit();
-            Level& level = levels_[depth_];
-            level.place = place;
-            if (node.leaf) {
-                level.position = count_passing(node, [this](const Row& other) { return search_.behind(other); });
-                break;
-            }
-            const std::size_t below = position_of(node, &search_);
-            level.position = below + 1;
-            place = &node.children()[below];
-        }
-        fetch();
+        Search search(row);
+        go_down(root, [&search](const ListNode& node) {
+            return node.leaf ? count_passing(node, [&search](const Row& other) { return search.behind(other); })
+                             : position_of(node, &search) + 1;
+        });
+        key_is_there_ = search.found();
+    }
+    explicit Insertion(ListNodeRef* root)  // of a row that lies behind all others
+    {
+        go_down(root, [](const ListNode& node) { return std::size_t{node.count}; });
     }
 
-    bool splits_root() const noexcept { return static_cast<bool>(levels_[0].right); }
+    bool key_is_there() const noexcept { return key_is_there_; }  // so that nothing may be inserted
+
+    // Fetches the memory; without it, nothing has been changed. True when the root will be split.
+    bool prepare()
+    {
+        std::size_t at = depth_;
+        while ((*levels_[at].place)->count == kFanOut) {
+            Level& full = levels_[at];
+            full.right = ListNodeRef(ListNode::make((*full.place)->leaf, room_of_right(full)));
+            if (at == 0) {
+                return true;
+            }
+            --at;
+        }
+        make_room(levels_[at].place, (*levels_[at].place)->count + std::size_t{1});
+        if (at < depth_) {  // its references may have moved
+            levels_[at + 1].place = &levels_[at].place->edit().children()[levels_[at].position - 1];
+        }
+        return false;
+    }
 
     // Returns what was split off from the root, if anything.
     ListNodeRef insert(RowRef row) noexcept
@@ -219,20 +235,18 @@ private:
 
     static std::size_t room_of_right(const Level& level) { return level.position == kFanOut ? kFirstRoom : kFanOut; }
 
-    void fetch()
+    // `position` tells where in a node a reference to the row, or to a node with it, is put.
+    template <typename Position>
+    void go_down(ListNodeRef* root, Position&& position)
     {
-        std::size_t at = depth_;
-        while ((*levels_[at].place)->count == kFanOut) {
-            Level& full = levels_[at];
-            full.right = ListNodeRef(ListNode::make((*full.place)->leaf, room_of_right(full)));
-            if (at == 0) {
-                return;
+        for (ListNodeRef* place = root;; ++depth_) {
+            ListNode& node = place->edit();
+            levels_[depth_].place = place;
+            levels_[depth_].position = position(node);
+            if (node.leaf) {
+                break;
             }
-            --at;
-        }
-        make_room(levels_[at].place, (*levels_[at].place)->count + std::size_t{1});
-        if (at < depth_) {  // its references may have moved
-            levels_[at + 1].place = &levels_[at].place->edit().children()[levels_[at].position - 1];
+            place = &node.children()[levels_[depth_].position - 1];
         }
     }
 
@@ -247,10 +261,25 @@ private:
         return std::move(level->right);
     }
 
-    Search search_;
     std::array<Level, ListNode::kDeepest> levels_;
     std::size_t depth_ = 0;
+    bool key_is_there_ = false;
 };
+
+// Puts a row into a tree that has some; the tree grows by a node at the top when its root is split.
+void put_in(ListNodeRef* root, Insertion* insertion, RowRef row)
+{
+    ListNodeRef top;
+    if (insertion->prepare()) {
+        top = ListNodeRef(ListNode::make(false, kFirstRoom));
+    }
+    ListNodeRef split = insertion->insert(std::move(row));
+    if (split) {
+        put(&top, 0, std::move(*root));
+        put(&top, 1, std::move(split));
+        *root = std::move(top);
+    }
+}
 
 // Takes a reference out of an unshared node, which may be empty then; its size is not counted anew.
 template <typename Reference>
@@ -395,12 +424,9 @@ Row& List::edit_known(const schema::Value* keys, std::size_t count)
     return edit_below(&root_, &search);
 }
 
-// Whether all entries lie before the tuple.
+// Whether all entries, of which there are some, lie before the tuple.
 bool List::ends_before(const schema::Value* keys, std::size_t count) const noexcept
 {
-    if (!root_) {
-        return true;
-    }
     const ListNode* node = root_.get();
     while (!node->leaf) {
         node = node->children()[node->count - 1].get();
@@ -410,10 +436,15 @@ bool List::ends_before(const schema::Value* keys, std::size_t count) const noexc
 
 bool List::insert(RowRef row)
 {
-    if (!ends_before(row->keys(), row->record().keys) && find(row->keys(), row->record().keys) != nullptr) {
+    if (!root_) {
+        insert_new(std::move(row));
+        return true;
+    }
+    Insertion insertion = ends_before(row->keys(), row->record().keys) ? Insertion(&root_) : Insertion(&root_, *row);
+    if (insertion.key_is_there()) {
         return false;
     }
-    insert_new(std::move(row));
+    put_in(&root_, &insertion, std::move(row));
     return true;
 }
 
@@ -426,16 +457,7 @@ void List::insert_new(RowRef row)
         return;
     }
     Insertion insertion(&root_, *row);
-    ListNodeRef top;
-    if (insertion.splits_root()) {
-        top = ListNodeRef(ListNode::make(false, kFirstRoom));
-    }
-    ListNodeRef split = insertion.insert(std::move(row));
-    if (split) {
-        put(&top, 0, std::move(root_));
-        put(&top, 1, std::move(split));
-        root_ = std::move(top);
-    }
+    put_in(&root_, &insertion, std::move(row));
 }
 
 RowRef List::take(const schema::Value* keys, std::size_t count)

@@ -36,8 +36,8 @@ public:
     Row* edit(const schema::Value* keys, std::size_t count);
     Row& edit_known(const schema::Value* keys, std::size_t count);  // an entry that is there
 
-    // Adds a row whose key is set. False, and nothing done, when the key is there already. Rows that come in key order
-    // are appended and fill the nodes.
+    // Adds a row whose key is set. False when the key is there already: the entries stay as they are, but no longer share
+    // the nodes on the way. Rows that come in key order are appended and fill the nodes.
     bool insert(RowRef row);
     void insert_new(RowRef row);  // one whose key is not there
 
