@@ -153,7 +153,7 @@ public:
             sources.push_back(object);
         }
         return compile("bin/bgp-rehearse", {root(), kHome / "tools/bgp-rehearse"}, sources,
-                       {BGP_REHEARSE_CORE, BGP_PLATFORM_LIBRARY, BGP_FMT_LIBRARY, "-lcrypto", "-larchive", "-lsqlite3",
+                       {BGP_REHEARSE_CORE, BGP_PLATFORM_LIBRARY, BGP_FMT_LIBRARY, "-lnettle", "-larchive", "-lsqlite3",
                         "-lz", "-ldl"});
     }
 

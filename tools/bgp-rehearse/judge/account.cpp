@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "judge/compiled_for.h"
+
 namespace bgp_rehearse {
 
 namespace {
@@ -40,17 +42,6 @@ void add(const RowCounts& rows, RowCounts* total)
     total->result += rows.result;
 }
 
-// Every list of the schema once, in its order.
-void add_lists(const std::vector<const Node*>& nodes, std::vector<ListAccount>* lists)
-{
-    for (const Node* node : nodes) {
-        if (node->kind == NodeKind::List) {
-            lists->push_back({node, {}});
-        }
-        add_lists(node->children, lists);
-    }
-}
-
 }  // namespace
 
 std::string Account::mistake() const
@@ -69,10 +60,10 @@ std::string Account::mistake() const
 }
 
 AccountKeeper::AccountKeeper(const Configuration& stored, const Configuration& result)
+    : order_(compiled_for<ListOrder>(stored.schema()))
 {
-    add_lists(stored.schema().top_nodes(), &account_.lists);
-    for (std::size_t i = 0; i < account_.lists.size(); ++i) {
-        places_.emplace(account_.lists[i].list, i);
+    for (const Node* list : order_->lists()) {
+        account_.lists.push_back({list, {}});
     }
     for_each_list_below(stored.root(), [this](const Node& list, std::size_t rows) { of(list).stored += rows; });
     for_each_list_below(result.root(), [this](const Node& list, std::size_t rows) { of(list).result += rows; });
@@ -80,7 +71,7 @@ AccountKeeper::AccountKeeper(const Configuration& stored, const Configuration& r
 
 RowCounts& AccountKeeper::of(const Node& list)
 {
-    return account_.lists[places_.at(&list)].rows;
+    return account_.lists[order_->place(list)].rows;
 }
 
 void AccountKeeper::kept(const Node& list, std::size_t rows)

@@ -3,10 +3,11 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
+#include "judge/list_order.h"
 #include "judge/row_changes.h"
 
 namespace bgp_rehearse {
@@ -56,7 +57,7 @@ private:
     RowCounts& of(const bgp_platform::schema::Node& list);
 
     Account account_;
-    std::unordered_map<const bgp_platform::schema::Node*, std::size_t> places_;
+    std::shared_ptr<const ListOrder> order_;
 };
 
 }  // namespace bgp_rehearse

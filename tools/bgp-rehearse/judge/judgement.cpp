@@ -6,7 +6,9 @@
 
 #include "contract/steps.h"
 #include "judge/assumptions.h"
+#include "judge/compiled_for.h"
 #include "judge/effects.h"
+#include "judge/list_order.h"
 #include "judge/references.h"
 #include "judge/rule.h"
 
@@ -67,6 +69,7 @@ void prepare_judgements(const bgp_platform::schema::Schema& schema)
 {
     compile_references(schema);
     compile_effects(schema);
+    compiled_for<ListOrder>(schema);
 }
 
 const char* step_of_writer(bgp_platform::store::Writer writer) noexcept

@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <tuple>
 
 #include "contract/rekeyed_tables.h"
+#include "judge/compiled_for.h"
+#include "judge/list_order.h"
 #include "judge/lists.h"
 #include "judge/path_template.h"
 #include "judge/rule.h"
@@ -69,7 +72,8 @@ public:
         : evidence_(evidence),
           result_(evidence.device.configuration(Datastore::Transaction)),
           used_(evidence.device.configuration(Datastore::Stored)),
-          old_index_(old_index(evidence))
+          old_index_(old_index(evidence)),
+          order_(compiled_for<ListOrder>(evidence.device.schema()))
     {
     }
 
@@ -82,7 +86,7 @@ public:
         });
         for (auto& [group, finding] : groups_) {
             finding.severity = group.severity;
-            finish(*group.list, group.taken, &finding);
+            finish(*order_->lists()[group.list], group.taken, &finding);
             findings->push_back(std::move(finding));
         }
     }
@@ -90,7 +94,7 @@ public:
 private:
     // Of one list, told alike.
     struct Group {
-        const Node* list;
+        std::size_t list;  // its place in the schema
         Severity severity;
         bool taken;  // by another row; else the move failed for another reason
 
@@ -111,7 +115,8 @@ private:
         const Row* const there = row_in_its_place(*row, *result_.find_list(*path));
         const bool same = there != nullptr && same_content(*row, *there);
         Finding& finding =
-            groups_[{path->node, same || !used_.is_used(*row) ? Severity::Note : Severity::Review, there != nullptr}];
+            groups_[{order_->place(*path->node), same || !used_.is_used(*row) ? Severity::Note : Severity::Review,
+                     there != nullptr}];
         finding.step = call.step;
         finding.say(std::string(call.path), words(*row, there, same), stored, row).log_line = call.log_line;
     }
@@ -130,8 +135,7 @@ private:
     static uint64_t old_index(const Evidence& evidence)
     {
         const Node* const entities = find_node(evidence.device.schema(), kEntities);
-        const Row* const entity =
-            evidence.device.configuration(Datastore::Stored).root().list(entities->slot).at(0);
+        const Row* const entity = evidence.device.configuration(Datastore::Stored).root().list(entities->slot).at(0);
         return entity == nullptr ? 0 : entity->value(0).as_uint();
     }
 
@@ -173,6 +177,7 @@ private:
     const Configuration& result_;
     UsedRows used_;
     uint64_t old_index_;
+    std::shared_ptr<const ListOrder> order_;
     std::map<Group, Finding> groups_;
 };
 
