@@ -5,7 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "schema/schema.h"
+#include "device.h"
 
 namespace bgp_rehearse {
 
