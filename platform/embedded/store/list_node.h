@@ -19,10 +19,11 @@ struct ListNode : Counted {
     static constexpr std::size_t kDeepest = 16;  // levels; a tree needs more rows than memory holds to be deeper
 
     const bool leaf;
-    const uint8_t room;           // references it has memory for, at most kFanOut
-    uint16_t count = 0;           // references in use
-    std::size_t size = 0;         // rows below
-    const Row* lowest = nullptr;  // the first of them
+    const uint8_t room;              // references it has memory for, at most kFanOut
+    uint8_t count = 0;               // references in use
+    mutable uint8_t last_place = 0;  // where a search came to last, from which the next one begins
+    std::size_t size = 0;            // rows below
+    const Row* lowest = nullptr;     // the first of them
 
     RowRef* rows() noexcept { return reinterpret_cast<RowRef*>(this + 1); }
     const RowRef* rows() const noexcept { return reinterpret_cast<const RowRef*>(this + 1); }
